@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QFile>
+#include <QMutex>
+#include <QString>
+
+// Writes timestamped log lines to "<user data directory>/Log/Quorvane.log",
+// starting a new file when the current one reaches its size limit (the older
+// ones are kept as .1 .. .N). With QUORVANE_LOG_STDERR=1 in the environment
+// every line also goes to stderr.
+class CLogWriter
+{
+public:
+    static CLogWriter* GetInstance();
+
+    CLogWriter();
+    ~CLogWriter();
+
+    void Write(int nLevel, const QByteArray& text);
+
+    // An empty directory means the user data directory's "Log" folder.
+    void SetDirectory(const QString& strDir);
+    void SetMaxFileSize(qint64 nBytes);
+    void SetKeptFiles(int nCount);
+    QString FilePath() const;
+
+private:
+    QString FilePathLocked() const;
+    void RotateLocked();
+
+    mutable QMutex m_mutex;
+    QFile m_file;
+    QString m_strDir;
+    qint64 m_nMaxFileSize = 2 * 1024 * 1024;
+    int m_nKeptFiles = 3;
+    bool m_bToStderr = false;
+};
