@@ -1,0 +1,165 @@
+#include "TestMain.h"
+
+#include "FactoryParamMissing.h"
+#include "FactoryParams.h"
+
+#include <cstring>
+
+class TestFactoryParams : public QObject
+{
+    Q_OBJECT
+private slots:
+    void recordIs720Bytes();
+    void constructorGivesInMemoryDefaultsOnEveryAxis();
+    void constructorGivesInMemoryDefaultsOnBothLasers();
+    void constructorGivesMachineAndSpeedDefaults();
+    void missingValuesDifferFromInMemoryDefaultsWhereIntended();
+    void changingOneFieldLeavesEveryOtherByte();
+    void byteCopyReproducesTheRecord();
+};
+
+void TestFactoryParams::recordIs720Bytes()
+{
+    QCOMPARE(sizeof(FactoryParams), size_t(720));
+    QCOMPARE(offsetof(FactoryParams, speed) + sizeof(SpeedSection), size_t(720));
+}
+
+void TestFactoryParams::constructorGivesInMemoryDefaultsOnEveryAxis()
+{
+    const FactoryParams params;
+    for (const MotorParams& motor : params.motor) {
+        QCOMPARE(motor.directionPolar, 1);
+        QCOMPARE(motor.limitPolar, 0);
+        QCOMPARE(motor.controlType, 0);
+        QCOMPARE(motor.pwmEdge, 0);
+        QCOMPARE(motor.keyDirection, 1);
+        QCOMPARE(motor.pulsePerMm, 7.88627);
+        QCOMPARE(motor.size, 900.0);
+        QCOMPARE(motor.zeroOffset, 3.0);
+        QCOMPARE(motor.hardLimitProtect, true);
+        QCOMPARE(motor.resetEnable, true);
+        QCOMPARE(motor.startupReset, true);
+        QCOMPARE(motor.speedJump, 20.0);
+        QCOMPARE(motor.speedMax, 1000.0);
+        QCOMPARE(motor.accMax, 20000.0);
+        QCOMPARE(motor.accUrgentStop, 20000.0);
+        QCOMPARE(motor.accKey, 2500.0);
+        QCOMPARE(motor.speedKeyJump, 10.0);
+    }
+}
+
+void TestFactoryParams::constructorGivesInMemoryDefaultsOnBothLasers()
+{
+    const FactoryParams params;
+    QCOMPARE(params.laser.laserCount, 1);
+    QCOMPARE(params.laser.reserved, 0);
+    QCOMPARE(params.laser.laserMachineType, 0);
+    for (const LaserParams& laser : params.laser.lasers) {
+        QCOMPARE(laser.enabled, true);
+        QCOMPARE(laser.powerMin, 10.0);
+        QCOMPARE(laser.powerMax, 100.0);
+        QCOMPARE(laser.power, 80);
+        QCOMPARE(laser.powerReduction, 0.0);
+        QCOMPARE(laser.frequency, 20000.0);
+        QCOMPARE(laser.burningFrequency, 5000.0);
+        QCOMPARE(laser.burningWidth, 0.5);
+        QCOMPARE(laser.switchSignal, 0);
+        QCOMPARE(laser.waterProtect, true);
+        QCOMPARE(laser.type, 0);
+    }
+}
+
+void TestFactoryParams::constructorGivesMachineAndSpeedDefaults()
+{
+    const FactoryParams params;
+    QCOMPARE(params.machine.machineType, 0);
+    QCOMPARE(params.machine.motiveMode, 0);
+    QCOMPARE(params.machine.feedMode, 0);
+    QCOMPARE(params.machine.machineZero, 0);
+    QCOMPARE(params.machine.openProject, false);
+    QCOMPARE(params.machine.blow, false);
+    QCOMPARE(params.machine.laserSpace, 0.0);
+    QCOMPARE(params.machine.outageDelay, 1000);
+
+    QCOMPARE(params.speed.panelSpeedReset, 50.0);
+    QCOMPARE(params.speed.sweepSpeedXStart, 5.0);
+    QCOMPARE(params.speed.sweepSpeedYStart, 5.0);
+    QCOMPARE(params.speed.sweepSpeedNewline, 20.0);
+    QCOMPARE(params.speed.sweepAccX, 2000.0);
+    QCOMPARE(params.speed.sweepAccY, 2000.0);
+    QCOMPARE(params.speed.cutSpeedSpace, 300.0);
+    QCOMPARE(params.speed.cutSpeedCorner, 50.0);
+    QCOMPARE(params.speed.cutAccSpace, 2000.0);
+    QCOMPARE(params.speed.cutAccCorner, 800.0);
+    QCOMPARE(params.speed.cutAccWork, 2000.0);
+}
+
+void TestFactoryParams::missingValuesDifferFromInMemoryDefaultsWhereIntended()
+{
+    // The two sets must stay apart: a record loaded from a file that lacks
+    // keys is not a fresh record.
+    const FactoryParams fresh;
+    QCOMPARE(FactoryParamMissing::kPulsePerMm, 1.0);
+    QVERIFY(fresh.motor[0].pulsePerMm != FactoryParamMissing::kPulsePerMm);
+    QCOMPARE(FactoryParamMissing::kOutageDelay, 0);
+    QVERIFY(fresh.machine.outageDelay != FactoryParamMissing::kOutageDelay);
+    QCOMPARE(FactoryParamMissing::kHardLimitProtect, 0);
+    QCOMPARE(FactoryParamMissing::kResetEnable, 0);
+    QCOMPARE(FactoryParamMissing::kStartupReset, 0);
+    QCOMPARE(FactoryParamMissing::kWaterProtect, 0);
+    QCOMPARE(FactoryParamMissing::kPowerMin, 0.0);
+    QCOMPARE(FactoryParamMissing::kAccMax, 8000.0);
+    QCOMPARE(FactoryParamMissing::kAccUrgentStop, 5000.0);
+    QCOMPARE(FactoryParamMissing::kAccKey, 3000.0);
+    QCOMPARE(FactoryParamMissing::kSpeedJump, 5.0);
+    QCOMPARE(FactoryParamMissing::kSpeedKeyJump, 5.0);
+    QCOMPARE(FactoryParamMissing::kZeroOffset, 0.0);
+    QCOMPARE(FactoryParamMissing::kDirectionPolar, 0);
+    QCOMPARE(FactoryParamMissing::kKeyDirection, 0);
+    QCOMPARE(FactoryParamMissing::kSweepSpeedNewline, 5.0);
+    QCOMPARE(FactoryParamMissing::kSweepAccX, 800.0);
+    QCOMPARE(FactoryParamMissing::kCutSpeedSpace, 50.0);
+    QCOMPARE(FactoryParamMissing::kCutAccCorner, 500.0);
+}
+
+void TestFactoryParams::changingOneFieldLeavesEveryOtherByte()
+{
+    FactoryParams before;
+    FactoryParams after;
+    std::memcpy(static_cast<void*>(&after), &before, sizeof(FactoryParams));
+    after.motor[1].pulsePerMm = 123.456;
+
+    const auto* pBefore = reinterpret_cast<const unsigned char*>(&before);
+    const auto* pAfter = reinterpret_cast<const unsigned char*>(&after);
+    const size_t nFieldStart = offsetof(FactoryParams, motor) + sizeof(MotorParams) + offsetof(MotorParams, pulsePerMm);
+    QCOMPARE(nFieldStart, size_t(104 + 24));
+    for (size_t i = 0; i < sizeof(FactoryParams); ++i) {
+        if (i >= nFieldStart && i < nFieldStart + sizeof(double))
+            continue;
+        QVERIFY2(pBefore[i] == pAfter[i], qPrintable(QStringLiteral("byte %1 changed").arg(i)));
+    }
+    QVERIFY(std::memcmp(pBefore + nFieldStart, pAfter + nFieldStart, sizeof(double)) != 0);
+    QCOMPARE(after.motor[0].pulsePerMm, 7.88627);
+    QCOMPARE(after.motor[2].pulsePerMm, 7.88627);
+}
+
+void TestFactoryParams::byteCopyReproducesTheRecord()
+{
+    FactoryParams source;
+    source.motor[3].speedMax = 321.0;
+    source.laser.laserCount = 2;
+    source.laser.lasers[1].type = 3;
+    source.machine.blow = true;
+    source.speed.cutAccWork = 1234.5;
+    FactoryParams copy;
+    std::memcpy(static_cast<void*>(&copy), &source, 720);
+    QCOMPARE(copy.motor[3].speedMax, 321.0);
+    QCOMPARE(copy.laser.laserCount, 2);
+    QCOMPARE(copy.laser.lasers[1].type, 3);
+    QCOMPARE(copy.machine.blow, true);
+    QCOMPARE(copy.speed.cutAccWork, 1234.5);
+    QCOMPARE(std::memcmp(&copy, &source, sizeof(FactoryParams)), 0);
+}
+
+FACTORYMGR_TEST_MAIN(TestFactoryParams)
+#include "tst_factoryparams.moc"

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QApplication>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cstdio>
+
+// Every test executable gets a user configuration directory of its own, made
+// before the application object exists, so that tests never share files and
+// run in parallel in any order. Offscreen unless a platform is asked for.
+#define FACTORYMGR_TEST_MAIN(TestClass)                                                                          \
+    int main(int argc, char** argv)                                                                              \
+    {                                                                                                            \
+        QTemporaryDir home(QDir::tempPath() + "/factorymgr-test-XXXXXX");                                        \
+        if (!home.isValid()) {                                                                                   \
+            std::fprintf(stderr, "cannot create a temporary directory\n");                                       \
+            return 1;                                                                                            \
+        }                                                                                                        \
+        qputenv("XDG_CONFIG_HOME", (home.path() + "/config").toLocal8Bit());                                     \
+        qputenv("XDG_DATA_HOME", (home.path() + "/data").toLocal8Bit());                                         \
+        QDir().mkpath(home.path() + "/runtime");                                                                 \
+        QFile::setPermissions(home.path() + "/runtime", QFileDevice::ReadOwner | QFileDevice::WriteOwner         \
+                                                            | QFileDevice::ExeOwner);                            \
+        qputenv("XDG_RUNTIME_DIR", (home.path() + "/runtime").toLocal8Bit());                                    \
+        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))                                                      \
+            qputenv("QT_QPA_PLATFORM", "offscreen");                                                             \
+        QApplication app(argc, argv);                                                                            \
+        app.setAttribute(Qt::AA_Use96Dpi, true);                                                                 \
+        TestClass tc;                                                                                            \
+        QTEST_SET_MAIN_SOURCE_PATH                                                                               \
+        return QTest::qExec(&tc, argc, argv);                                                                    \
+    }
