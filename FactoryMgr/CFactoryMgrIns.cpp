@@ -1,0 +1,167 @@
+#include "CFactoryMgrIns.h"
+
+#include "CFactoryMgrApp.h"
+#include "FactoryParamFile.h"
+#include "ILog.h"
+#include "ParamsEqual.h"
+
+#include <cstring>
+#include <exception>
+
+namespace {
+void LogFailure(const char* szOperation, const char* szWhat)
+{
+    ILog_WriteLogF(1, "IFactoryMgr::%s failed: %s", szOperation, szWhat);
+}
+
+// Runs one interface operation so that no exception crosses to the host.
+template <typename Result, typename Fn>
+Result Guarded(const char* szOperation, Result fallback, Fn fn) noexcept
+{
+    try {
+        return fn();
+    } catch (const std::exception& e) {
+        LogFailure(szOperation, e.what());
+    } catch (...) {
+        LogFailure(szOperation, "unknown exception");
+    }
+    return fallback;
+}
+
+template <typename Fn>
+void Guarded(const char* szOperation, Fn fn) noexcept
+{
+    Guarded(szOperation, 0, [&] {
+        fn();
+        return 0;
+    });
+}
+}
+
+CFactoryMgrIns::CFactoryMgrIns()
+    : QObject(nullptr)
+    , m_hostContext1(nullptr)
+    , m_hostContext2(nullptr)
+    , m_pDlgFactoryMgr(nullptr)
+    , m_pDlgCalibrateXyStep(nullptr)
+{
+    LoadFactoryParams(m_params, QString());
+}
+
+CFactoryMgrIns::~CFactoryMgrIns() = default;
+
+int CFactoryMgrIns::Init(IDevice* pDevice, IErrorNotifier* pNotifier)
+{
+    return Guarded("Init", int(ResultInternalError), [&] {
+        m_hostContext2 = nullptr;
+        m_pDlgFactoryMgr = nullptr;
+        CFactoryMgrApp* pApp = CFactoryMgrApp::GetInstance();
+        pApp->SetNotifier(pNotifier);
+        pApp->SetDevice(pDevice);
+        return 0;
+    });
+}
+
+DlgFactoryMgr* CFactoryMgrIns::ShowFactoryDlg(PfnConvertPattern pfnConvertPattern)
+{
+    return Guarded("ShowFactoryDlg", static_cast<DlgFactoryMgr*>(nullptr), [&] {
+        CFactoryMgrApp::GetInstance()->SetConvertPatternCallback(pfnConvertPattern);
+        return static_cast<DlgFactoryMgr*>(nullptr);
+    });
+}
+
+int CFactoryMgrIns::ShowCalibrateXyStepDlg()
+{
+    return Guarded("ShowCalibrateXyStepDlg", 0, [&] { return 0; });
+}
+
+int CFactoryMgrIns::GetLaserCount()
+{
+    return m_params.laser.laserCount;
+}
+
+int CFactoryMgrIns::SetFactoryParams(const FactoryParams* pParams)
+{
+    if (!pParams)
+        return ResultBadArgument;
+    return Guarded("SetFactoryParams", int(ResultInternalError), [&] {
+        std::memcpy(static_cast<void*>(&m_params), pParams, sizeof(FactoryParams));
+        static_cast<IFactoryMgr*>(this)->SaveToFile(false);
+        return 0;
+    });
+}
+
+int CFactoryMgrIns::GetFactoryParams(FactoryParams* pParams)
+{
+    if (!pParams)
+        return ResultBadArgument;
+    std::memcpy(static_cast<void*>(pParams), &m_params, sizeof(FactoryParams));
+    return 0;
+}
+
+int CFactoryMgrIns::ReadParamsFromDevice()
+{
+    return Guarded("ReadParamsFromDevice", int(ResultInternalError),
+                   [&] { return CFactoryMgrApp::GetInstance()->ReadFactoryParams(&m_params); });
+}
+
+int CFactoryMgrIns::UploadParamsToDevice()
+{
+    return Guarded("UploadParamsToDevice", int(ResultInternalError),
+                   [&] { return CFactoryMgrApp::GetInstance()->WriteFactoryParams(&m_params); });
+}
+
+void CFactoryMgrIns::SetHostContext(void* pContext1, void* pContext2)
+{
+    m_hostContext1 = pContext1;
+    m_hostContext2 = pContext2;
+}
+
+void CFactoryMgrIns::ReloadFromFile()
+{
+    // Only an open dialog takes a reloaded record.
+    if (!m_pDlgFactoryMgr)
+        return;
+}
+
+void CFactoryMgrIns::SaveToFile(bool bFromDialog)
+{
+    Guarded("SaveToFile", [&] {
+        if (bFromDialog && !m_pDlgFactoryMgr)
+            return;
+        SaveFactoryParams(m_params, QString());
+    });
+}
+
+bool CFactoryMgrIns::CheckDeviceParams(quint32* pFlags)
+{
+    return Guarded("CheckDeviceParams", false, [&] {
+        FactoryParams before;
+        std::memcpy(static_cast<void*>(&before), &m_params, sizeof(FactoryParams));
+        static_cast<IFactoryMgr*>(this)->ReadParamsFromDevice();
+        const bool bSame = ParamsEqual(before, m_params);
+        if (pFlags)
+            *pFlags = 0;
+        return bSame;
+    });
+}
+
+void CFactoryMgrIns::ImportParams(QWidget* pParent)
+{
+    Q_UNUSED(pParent)
+}
+
+void CFactoryMgrIns::ExportParams(QWidget* pParent)
+{
+    Q_UNUSED(pParent)
+}
+
+void CFactoryMgrIns::SetFactoryFlag(bool bFactoryFlag)
+{
+    CFactoryMgrApp::GetInstance()->SetFactoryFlag(bFactoryFlag);
+}
+
+void CFactoryMgrIns::SetUnit(int nUnit)
+{
+    CFactoryMgrApp::GetInstance()->SetUnit(nUnit);
+}
