@@ -3,6 +3,7 @@
 #include "FakeCard.h"
 
 #include <cstring>
+#include <stdexcept>
 
 ICard* FakeDevice::GetCurrentCard()
 {
@@ -13,6 +14,8 @@ ICard* FakeDevice::GetCurrentCard()
 int FakeDevice::WriteFactoryParams(FactoryParams* pParams)
 {
     ++m_nWrites;
+    if (m_bThrow)
+        throw std::runtime_error("device write failed");
     m_pLastWritten = pParams;
     if (pParams)
         std::memcpy(static_cast<void*>(&m_stored), pParams, sizeof(FactoryParams));
@@ -22,6 +25,8 @@ int FakeDevice::WriteFactoryParams(FactoryParams* pParams)
 int FakeDevice::ReadFactoryParams(FactoryParams* pParams)
 {
     ++m_nReads;
+    if (m_bThrow)
+        throw std::runtime_error("device read failed");
     m_pLastRead = pParams;
     if (pParams)
         std::memcpy(static_cast<void*>(pParams), &m_stored, sizeof(FactoryParams));

@@ -24,4 +24,6 @@ public:
     std::atomic<int> m_nCardAsked{0};
     std::atomic<int> m_nWrites{0};
     std::atomic<int> m_nReads{0};
+    // Makes both transfers throw, as a misbehaving host object might.
+    std::atomic<bool> m_bThrow{false};
 };

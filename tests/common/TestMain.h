@@ -27,6 +27,7 @@
             qputenv("QT_QPA_PLATFORM", "offscreen");                                                             \
         QApplication app(argc, argv);                                                                            \
         app.setAttribute(Qt::AA_Use96Dpi, true);                                                                 \
+        app.setAttribute(Qt::AA_DontUseNativeDialogs, true);                                                     \
         TestClass tc;                                                                                            \
         QTEST_SET_MAIN_SOURCE_PATH                                                                               \
         return QTest::qExec(&tc, argc, argv);                                                                    \
