@@ -1,9 +1,13 @@
 #include "CFactoryMgrIns.h"
 
 #include "CFactoryMgrApp.h"
+#include "CTipsBox.h"
+#include "DlgFactoryMgr.h"
 #include "FactoryParamFile.h"
 #include "ILog.h"
 #include "ParamsEqual.h"
+
+#include <QFile>
 
 #include <cstring>
 #include <exception>
@@ -65,8 +69,23 @@ int CFactoryMgrIns::Init(IDevice* pDevice, IErrorNotifier* pNotifier)
 DlgFactoryMgr* CFactoryMgrIns::ShowFactoryDlg(PfnConvertPattern pfnConvertPattern)
 {
     return Guarded("ShowFactoryDlg", static_cast<DlgFactoryMgr*>(nullptr), [&] {
+        if (m_pDlgFactoryMgr)
+            m_pDlgFactoryMgr->deleteLater();
+        auto* pDialog = new DlgFactoryMgr(&m_params, nullptr);
+        pDialog->ClearCenterOnShow();
         CFactoryMgrApp::GetInstance()->SetConvertPatternCallback(pfnConvertPattern);
-        return static_cast<DlgFactoryMgr*>(nullptr);
+
+        const QString strAccessFile = QStringLiteral("%1/Data/FactoryPsw.ini").arg(CFactoryMgrApp::GetResourceDirectory());
+        if (QFile::exists(strAccessFile)) {
+            m_pDlgFactoryMgr = pDialog;
+            m_pDlgFactoryMgr->SetParams(m_params);
+            m_pDlgFactoryMgr->ResetCellEditors();
+            return pDialog;
+        }
+        // The host always receives a dialog; only one made with the access
+        // file present is kept and takes part in the dialog-bound operations.
+        CTipsBox::Show(nullptr, tr("Tips"), tr("Config file damaged or not exist, please contact the supplier!"), tr("OK"));
+        return pDialog;
     });
 }
 
@@ -87,6 +106,8 @@ int CFactoryMgrIns::SetFactoryParams(const FactoryParams* pParams)
     return Guarded("SetFactoryParams", int(ResultInternalError), [&] {
         std::memcpy(static_cast<void*>(&m_params), pParams, sizeof(FactoryParams));
         static_cast<IFactoryMgr*>(this)->SaveToFile(false);
+        if (m_pDlgFactoryMgr)
+            m_pDlgFactoryMgr->SetParams(m_params);
         return 0;
     });
 }
@@ -107,8 +128,14 @@ int CFactoryMgrIns::ReadParamsFromDevice()
 
 int CFactoryMgrIns::UploadParamsToDevice()
 {
-    return Guarded("UploadParamsToDevice", int(ResultInternalError),
-                   [&] { return CFactoryMgrApp::GetInstance()->WriteFactoryParams(&m_params); });
+    return Guarded("UploadParamsToDevice", int(ResultInternalError), [&] {
+        // Without a dialog the record goes as the host last set it.
+        if (m_pDlgFactoryMgr) {
+            m_pDlgFactoryMgr->DataToCtrlSlot(false);
+            m_pDlgFactoryMgr->GetParams(m_params);
+        }
+        return CFactoryMgrApp::GetInstance()->WriteFactoryParams(&m_params);
+    });
 }
 
 void CFactoryMgrIns::SetHostContext(void* pContext1, void* pContext2)
@@ -119,16 +146,25 @@ void CFactoryMgrIns::SetHostContext(void* pContext1, void* pContext2)
 
 void CFactoryMgrIns::ReloadFromFile()
 {
-    // Only an open dialog takes a reloaded record.
-    if (!m_pDlgFactoryMgr)
-        return;
+    Guarded("ReloadFromFile", [&] {
+        // Only an open dialog takes a reloaded record.
+        if (!m_pDlgFactoryMgr)
+            return;
+        LoadFactoryParams(m_params, QString());
+        m_pDlgFactoryMgr->SetParams(m_params);
+        m_pDlgFactoryMgr->DataToCtrlSlot(true);
+    });
 }
 
 void CFactoryMgrIns::SaveToFile(bool bFromDialog)
 {
     Guarded("SaveToFile", [&] {
-        if (bFromDialog && !m_pDlgFactoryMgr)
-            return;
+        if (bFromDialog) {
+            if (!m_pDlgFactoryMgr)
+                return;
+            m_pDlgFactoryMgr->DataToCtrlSlot(false);
+            m_pDlgFactoryMgr->GetParams(m_params);
+        }
         SaveFactoryParams(m_params, QString());
     });
 }
@@ -148,12 +184,21 @@ bool CFactoryMgrIns::CheckDeviceParams(quint32* pFlags)
 
 void CFactoryMgrIns::ImportParams(QWidget* pParent)
 {
+    // The dialog is the file dialog's parent.
     Q_UNUSED(pParent)
+    Guarded("ImportParams", [&] {
+        if (m_pDlgFactoryMgr)
+            m_pDlgFactoryMgr->ImportParams();
+    });
 }
 
 void CFactoryMgrIns::ExportParams(QWidget* pParent)
 {
     Q_UNUSED(pParent)
+    Guarded("ExportParams", [&] {
+        if (m_pDlgFactoryMgr)
+            m_pDlgFactoryMgr->ExportParams();
+    });
 }
 
 void CFactoryMgrIns::SetFactoryFlag(bool bFactoryFlag)

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "FactoryParams.h"
+#include "DlgFactoryMgr.h"
 #include "IFactoryMgr.h"
 
 #include <QObject>
+#include <QPointer>
 
 class CDlgCalibrateXyStep;
 
@@ -47,6 +49,6 @@ private:
     FactoryParams m_params;
     void* m_hostContext1;
     void* m_hostContext2;
-    DlgFactoryMgr* m_pDlgFactoryMgr;
+    QPointer<DlgFactoryMgr> m_pDlgFactoryMgr;   // also clears itself if the host deletes the dialog
     CDlgCalibrateXyStep* m_pDlgCalibrateXyStep;
 };

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+class QLibrary;
+
+// Loads sibling plug-ins the way the host loads this one: by name, through
+// their exported "NewInterface" and "ReleaseInterface".
+
+// One successfully loaded library and the interface it made.
+struct PluginLibraryRecord
+{
+    QLibrary* pLibrary = nullptr;           // owned
+    void* (*pfnCreate)() = nullptr;         // "NewInterface"
+    void (*pfnRelease)(void*) = nullptr;    // "ReleaseInterface"
+    void* pInterface = nullptr;
+};
+
+// Records in the order of loading. The module keeps one for the libraries it
+// loads; a caller may keep its own.
+typedef QList<PluginLibraryRecord*> PluginRegistry;
+
+// Loads library strName as QLibrary finds it (no directory, no suffix) and
+// returns the interface its "NewInterface" made, appending the record to
+// pTarget (null: the module-wide registry). Null on failure; with
+// bReportFailure a failure is shown in a "Tips" box (GUI thread only) and the
+// library's error text goes to the log.
+void* LoadPluginInterface(const QString& strName, bool bReportFailure, PluginRegistry* pTarget);
+
+// Releases the latest record of the module-wide registry holding pInterface.
+// Always true, also when there is none.
+bool ReleasePluginInterface(void* pInterface);
+
+// Releases every record of the module-wide registry, the last loaded first.
+void ReleaseAllPluginInterfaces();
+
+// The module-wide registry, for inspection.
+const PluginRegistry& ModulePluginRegistry();

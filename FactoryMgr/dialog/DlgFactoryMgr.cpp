@@ -1,0 +1,308 @@
+#include "DlgFactoryMgr.h"
+
+#include "CFactoryMgrApp.h"
+#include "CPropertyTable.h"
+#include "CThemeTab.h"
+#include "CTranslator.h"
+#include "FactoryParamFile.h"
+#include "ILog.h"
+#include "PluginLoader.h"
+#include "ui_DlgFactoryMgr.h"
+
+#include <QFileDialog>
+#include <QKeyEvent>
+
+#include <cstring>
+
+namespace {
+QString Wording(const char* szText)
+{
+    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
+}
+
+void SetHeaders(QTableWidget* pTable, const QStringList& headers)
+{
+    for (int c = 0; c < headers.size() && c < pTable->columnCount(); ++c) {
+        QTableWidgetItem* pItem = pTable->horizontalHeaderItem(c);
+        if (!pItem) {
+            pItem = new QTableWidgetItem;
+            pTable->setHorizontalHeaderItem(c, pItem);
+        }
+        pItem->setText(Wording(headers[c].toUtf8().constData()));
+    }
+}
+
+void SetRowLabels(QTableWidget* pTable, const QStringList& labels)
+{
+    for (int r = 0; r < labels.size() && r < pTable->rowCount(); ++r) {
+        QTableWidgetItem* pItem = pTable->item(r, 0);
+        if (!pItem) {
+            pItem = new QTableWidgetItem;
+            pTable->setItem(r, 0, pItem);
+        }
+        pItem->setText(Wording(labels[r].toUtf8().constData()));
+    }
+}
+}
+
+DlgFactoryMgr::DlgFactoryMgr(FactoryParams* pRecord, QWidget* parent)
+    : BaseDialog(parent)
+    , ui(new Ui::DlgFactoryMgr)
+    , m_pRecord(pRecord)
+    , m_bFlag(false)
+    , m_nMotorRow(-1)
+    , m_nMotorColumn(-1)
+    , m_nMotorPrevRow(-1)
+    , m_nMotorPrevColumn(-1)
+    , m_nReserved1(0)
+    , m_nReserved2(0)
+    , m_nLaserRow(-1)
+    , m_nLaserColumn(-1)
+    , m_nMachineRow(-1)
+    , m_nMachineColumn(-1)
+    , m_nSpeedRow(-1)
+    , m_nSpeedColumn(-1)
+    , m_pResolution(nullptr)
+    , m_bHomepageFilled(false)
+    , m_bSystemTabLoaded(false)
+{
+    ui->setupUi(this);
+    RetranslateTexts();
+    if (m_pRecord) {
+        std::memcpy(static_cast<void*>(&m_snapshotParams), m_pRecord, sizeof(FactoryParams));
+        std::memcpy(static_cast<void*>(&m_workParams), m_pRecord, sizeof(FactoryParams));
+    }
+    InitDialog();
+}
+
+DlgFactoryMgr::~DlgFactoryMgr()
+{
+    delete ui;
+}
+
+int DlgFactoryMgr::SetParams(const FactoryParams& params)
+{
+    std::memcpy(static_cast<void*>(&m_workParams), &params, sizeof(FactoryParams));
+    return 0;
+}
+
+int DlgFactoryMgr::GetParams(FactoryParams& params) const
+{
+    std::memcpy(static_cast<void*>(&params), &m_workParams, sizeof(FactoryParams));
+    return 0;
+}
+
+int DlgFactoryMgr::GetSnapshotParams(FactoryParams& params) const
+{
+    std::memcpy(static_cast<void*>(&params), &m_snapshotParams, sizeof(FactoryParams));
+    return 0;
+}
+
+void DlgFactoryMgr::RetranslateTexts()
+{
+    setWindowTitle(Wording("Machine Settings"));
+    QTabWidget* pTabs = ui->tabWidget;
+    pTabs->setTabText(pTabs->indexOf(ui->tab), Wording("Motor"));
+    pTabs->setTabText(pTabs->indexOf(ui->widget1), Wording("Laser"));
+    pTabs->setTabText(pTabs->indexOf(ui->tab_5), Wording("Processing"));
+    pTabs->setTabText(pTabs->indexOf(ui->widget2), Wording("Machine"));
+    pTabs->setTabText(pTabs->indexOf(ui->tab_2), Wording("System"));
+    pTabs->setTabText(pTabs->indexOf(ui->tab_theme), Wording("Theme"));
+
+    SetHeaders(ui->tableWidget_motor, {"Property", "X", "Y", "Z", "U"});
+    SetRowLabels(ui->tableWidget_motor,
+                 {"Direction of Polarity", "Control Mode", "PWM Edge Valid", "Keypad Direction", "Initialization",
+                  "Step(p/um)", "Move Distance(mm)", "Zero Offset(mm)", "Motor Speed Limit", "Ini Speed(mm/s)",
+                  "Max Speed(mm/s)", "Max Acc(mm/s²)", "Emergency stop Acc(mm/s²)", "Button Acc(mm/s²)",
+                  "Keypad Speed(mm/s)"});
+
+    SetHeaders(ui->tableWidget_laser, {"Property", "Laser"});
+    ui->label->setText(Wording("Laser tube configuration"));
+    ui->radioButton_laserSingle->setText(Wording("Single laser"));
+    ui->radioButton_laserDouble->setText(Wording("Multi-laser"));
+    ui->label_2->setText(Wording("Laser tube configuration"));
+    ui->radioButton_tubeSingle->setText(Wording("Single tube"));
+    ui->radioButton_tubeDouble->setText(Wording("Multi-tube"));
+
+    SetHeaders(ui->tableWidget_speed, {"Property", "Value"});
+    SetRowLabels(ui->tableWidget_speed,
+                 {"Idle speed(mm/s)", "Corner speed(mm/s)", "Idle Acc(mm/s²)", "PMax Acc(mm/s²)", "Working Acc(mm/s²)",
+                  "Engraving X-axis Ini speed(mm/s)", "Engraving Y-axis Ini speed(mm/s)", "Engraving DPI speed(mm/s)",
+                  "Engraving X-axis Acc(mm/s²)", "Engraving Y-axis Acc(mm/s²)", "Reset speed(mm/s)"});
+
+    SetHeaders(ui->tableWidget_machine, {"Property", "Value"});
+    SetRowLabels(ui->tableWidget_machine,
+                 {"Moving parts", "Dual head Distance", "Machine zero", "Lid protection", "Blowing"});
+
+    SetHeaders(ui->tableWidget_system, {"Property", "Value"});
+    SetRowLabels(ui->tableWidget_system, {"Firmware Version", "Panel Version", "Total Work Time",
+                                          "Total job processing time", "Total X-axis Movement", "Total Y-axis Movement"});
+    ui->pushButton_mainboardUpgrade->setText(Wording("MainboardUpgrade"));
+    ui->pushButton_panelUpgrade->setText(Wording("PanelUpgrade"));
+    ui->pushButton_clear->setText(Wording("Clear"));
+
+    ui->label_DlgFactoryMgr1->setText(Wording("Customize Homepage"));
+    SetHeaders(ui->tableWidget_customHomepage, {"Title Bar", "Website Link"});
+    SetRowLabels(ui->tableWidget_customHomepage,
+                 {"Start", "Navigation", "Gallery", "Device", "Community", "Knowledge Base", "Official Support",
+                  "Navigation", "Online Gallery", "Advanced Tutorial"});
+
+    ui->pushButton_correctXyStep->setText(Wording("Calibrate XY step"));
+    ui->pushButton_read->setText(Wording("Read"));
+    ui->pushButton_upload->setText(Wording("Upload"));
+}
+
+void DlgFactoryMgr::InitDialog()
+{
+    // Without the sibling plug-in the tables keep their design sizes.
+    m_pResolution = static_cast<IResolution*>(LoadPluginInterface(QStringLiteral("Resolution"), true, nullptr));
+    CopyRecordToDisplay();
+    CPropertyTable::Format(ui->tableWidget_motor, m_pResolution);
+    ui->tabWidget->setCurrentIndex(0);
+}
+
+void DlgFactoryMgr::CopyRecordToDisplay()
+{
+    std::memcpy(static_cast<void*>(m_displayParams.motor), m_workParams.motor, sizeof(m_workParams.motor));
+    std::memcpy(static_cast<void*>(&m_laserSection), &m_workParams.laser, sizeof(LaserSection));
+    std::memcpy(static_cast<void*>(&m_machineSection), &m_workParams.machine, sizeof(MachineSection));
+    std::memcpy(static_cast<void*>(&m_speedSection), &m_workParams.speed, sizeof(SpeedSection));
+}
+
+void DlgFactoryMgr::CopyDisplayToRecord()
+{
+    std::memcpy(static_cast<void*>(&m_workParams.laser), &m_laserSection, sizeof(LaserSection));
+    std::memcpy(static_cast<void*>(m_workParams.motor), m_displayParams.motor, sizeof(m_workParams.motor));
+    std::memcpy(static_cast<void*>(&m_workParams.machine), &m_machineSection, sizeof(MachineSection));
+    std::memcpy(static_cast<void*>(&m_workParams.speed), &m_speedSection, sizeof(SpeedSection));
+}
+
+void DlgFactoryMgr::DataToCtrlSlot(bool bDataToCtrl)
+{
+    if (bDataToCtrl) {
+        CopyRecordToDisplay();
+        return;
+    }
+    // These two have no row in the Motor table: every record that leaves the
+    // dialog carries hard-limit protection on and limit polarity 0.
+    for (MotorParams& motor : m_displayParams.motor) {
+        motor.hardLimitProtect = true;
+        motor.limitPolar = 0;
+    }
+    // An address table that was never shown holds nothing to store.
+    if (m_bHomepageFilled)
+        CThemeTab::Store(ui->tableWidget_customHomepage);
+    CopyDisplayToRecord();
+}
+
+void DlgFactoryMgr::ImportParams()
+{
+    ILog_WriteLogF(0, "pushButton_import was clicked.");
+    const QString strPath = QFileDialog::getOpenFileName(this, Wording("Open"), QString(), "files (*.ini);");
+    if (strPath.isNull())
+        return;
+    LoadFactoryParams(m_workParams, strPath);
+    if (m_pRecord)
+        std::memcpy(static_cast<void*>(m_pRecord), &m_workParams, sizeof(FactoryParams));
+    DataToCtrlSlot(true);
+}
+
+void DlgFactoryMgr::ExportParams()
+{
+    ILog_WriteLogF(0, "pushButton_export was clicked.");
+    const QString strPath = QFileDialog::getSaveFileName(this, Wording("Save As"), QString(), "files (*.ini);");
+    if (strPath.isNull())
+        return;
+    DataToCtrlSlot(false);
+    SaveFactoryParams(m_workParams, strPath);
+}
+
+void DlgFactoryMgr::ApplyXyStepRatio(double dRatioW, double dRatioH)
+{
+    m_workParams.motor[0].pulsePerMm *= dRatioW;
+    m_workParams.motor[1].pulsePerMm *= dRatioH;
+    std::memcpy(static_cast<void*>(m_displayParams.motor), m_workParams.motor, sizeof(m_workParams.motor));
+    DataToCtrlSlot(true);
+}
+
+void DlgFactoryMgr::ResetCellEditors()
+{
+}
+
+int DlgFactoryMgr::RunTask(int nTask, void* pParam)
+{
+    Q_UNUSED(pParam)
+    switch (nTask) {
+    case TaskReadFromDevice: return CFactoryMgrApp::GetInstance()->ReadFactoryParams(&m_workParams);
+    case TaskWriteToDevice: return CFactoryMgrApp::GetInstance()->WriteFactoryParams(&m_workParams);
+    default: return 0;
+    }
+}
+
+int DlgFactoryMgr::IsTaskCancelable(int nTask)
+{
+    Q_UNUSED(nTask)
+    return 0;
+}
+
+int DlgFactoryMgr::CancelTask(int nTask, qintptr wParam, qintptr lParam)
+{
+    Q_UNUSED(nTask)
+    Q_UNUSED(wParam)
+    Q_UNUSED(lParam)
+    return 0;
+}
+
+double DlgFactoryMgr::GetTaskProgress(int nTask)
+{
+    Q_UNUSED(nTask)
+    return 0.0;
+}
+
+void DlgFactoryMgr::on_tabWidget_currentChanged(int index)
+{
+    ILog_WriteLogF(0, "tabWidget was changed.");
+    if (ui->tabWidget->widget(index) == ui->tab_theme && !m_bHomepageFilled) {
+        m_bHomepageFilled = true;
+        CThemeTab::Fill(ui->tableWidget_customHomepage, m_pResolution);
+    }
+}
+
+void DlgFactoryMgr::on_pushButton_correctXyStep_clicked()
+{
+    emit CorrectXyStepSignal();
+}
+
+void DlgFactoryMgr::on_pushButton_read_clicked()
+{
+    emit ReadCurParamsFromDeviceSignal();
+}
+
+void DlgFactoryMgr::on_pushButton_upload_clicked()
+{
+    emit UploadCurParamsToDeviceSignal();
+}
+
+void DlgFactoryMgr::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape) {
+        close();
+        // The host embeds the dialog three widget levels deep; its window goes too.
+        QWidget* pAncestor = parentWidget();
+        for (int i = 1; i < 3 && pAncestor; ++i)
+            pAncestor = pAncestor->parentWidget();
+        if (pAncestor)
+            pAncestor->close();
+    }
+    BaseDialog::keyPressEvent(event);
+}
+
+void DlgFactoryMgr::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::LanguageChange) {
+        RetranslateTexts();
+        CPropertyTable::Format(ui->tableWidget_motor, m_pResolution);
+        return;
+    }
+    BaseDialog::changeEvent(event);
+}

@@ -1,0 +1,101 @@
+#pragma once
+
+#include "BaseDialog.h"
+#include "FactoryParams.h"
+#include "IThreadDialogOwner.h"
+
+#include <QModelIndex>
+
+class IResolution;
+namespace Ui {
+class DlgFactoryMgr;
+}
+
+// The machine settings dialog. It edits a working copy of the factory
+// parameter record, one table per tab, and hands the copy out when asked.
+// Read, Upload and Calibrate only emit signals; the service object that made
+// the dialog does the device work.
+class DlgFactoryMgr : public BaseDialog, public IThreadDialogOwner
+{
+    Q_OBJECT
+public:
+    // Tasks of RunTask.
+    enum Task
+    {
+        TaskReadFromDevice = 0,
+        TaskWriteToDevice = 1
+    };
+
+    explicit DlgFactoryMgr(FactoryParams* pRecord, QWidget* parent = nullptr);
+    ~DlgFactoryMgr() override;
+
+    // Whole-record copies, 720 bytes each. All return 0.
+    int SetParams(const FactoryParams& params);
+    int GetParams(FactoryParams& params) const;
+    int GetSnapshotParams(FactoryParams& params) const;
+
+    // Import and export of an .ini file, asked for with a file dialog.
+    void ImportParams();
+    void ExportParams();
+    // The calibration wizard's result: X and Y steps multiplied by the ratios.
+    void ApplyXyStepRatio(double dRatioW, double dRatioH);
+    // Puts the Motor and Machine tables back into display mode.
+    void ResetCellEditors();
+
+    // IThreadDialogOwner: task 0 reads the working record from the device,
+    // task 1 writes it.
+    int RunTask(int nTask, void* pParam) override;
+    int IsTaskCancelable(int nTask) override;
+    int CancelTask(int nTask, qintptr wParam, qintptr lParam) override;
+    double GetTaskProgress(int nTask) override;
+
+signals:
+    void CorrectXyStepSignal();
+    void ReadCurParamsFromDeviceSignal();
+    void UploadCurParamsToDeviceSignal();
+
+public slots:
+    // true: working record into the controls; false: controls into the working record.
+    void DataToCtrlSlot(bool bDataToCtrl);
+
+private slots:
+    void on_tabWidget_currentChanged(int index);
+    void on_pushButton_correctXyStep_clicked();
+    void on_pushButton_read_clicked();
+    void on_pushButton_upload_clicked();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    void RetranslateTexts();
+    void InitDialog();
+    void CopyRecordToDisplay();
+    void CopyDisplayToRecord();
+
+    Ui::DlgFactoryMgr* ui;
+    FactoryParams* m_pRecord;           // the caller's record; written back by import only
+    FactoryParams m_workParams;         // what every control edits
+    FactoryParams m_snapshotParams;     // the caller's record at construction, never edited
+    bool m_bFlag;
+    int m_nMotorRow;
+    int m_nMotorColumn;
+    int m_nMotorPrevRow;
+    int m_nMotorPrevColumn;
+    FactoryParams m_displayParams;      // motor[0..3]: the axis blocks of the Motor table
+    int m_nReserved1;
+    int m_nReserved2;
+    int m_nLaserRow;
+    int m_nLaserColumn;
+    LaserSection m_laserSection;
+    int m_nMachineRow;
+    int m_nMachineColumn;
+    MachineSection m_machineSection;
+    int m_nSpeedRow;
+    int m_nSpeedColumn;
+    SpeedSection m_speedSection;
+    IResolution* m_pResolution;
+    bool m_bHomepageFilled;
+    bool m_bSystemTabLoaded;
+};
