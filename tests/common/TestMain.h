@@ -26,7 +26,6 @@
         if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))                                                      \
             qputenv("QT_QPA_PLATFORM", "offscreen");                                                             \
         QApplication app(argc, argv);                                                                            \
-        app.setAttribute(Qt::AA_Use96Dpi, true);                                                                 \
         app.setAttribute(Qt::AA_DontUseNativeDialogs, true);                                                     \
         TestClass tc;                                                                                            \
         QTEST_SET_MAIN_SOURCE_PATH                                                                               \

@@ -1,0 +1,218 @@
+#include "TestMain.h"
+
+#include "CLogWriter.h"
+#include "IResolution.h"
+#include "ModalAnswerer.h"
+#include "PluginLoader.h"
+#include "PluginTrace.h"
+
+#include <QThread>
+
+#include <memory>
+
+class TestPluginLoader : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+
+    void loadsAndRegistersALibrary();
+    void missingLibraryIsReported();
+    void libraryWithoutNewInterfaceIsReported();
+    void libraryWithoutReleaseInterfaceIsReported();
+    void unreportedFailureShowsAndLogsNothing();
+    void failureOffTheGuiThreadIsOnlyLogged();
+    void nullInterfaceIsStoredAndReturned();
+    void callersOwnRegistryTakesTheRecord();
+    void releasingAnUnknownPointerDoesNothing();
+    void sameInterfaceTwiceReleasesTheLaterRecordFirst();
+    void releaseAllGoesInReverseOrder();
+    void resolutionScalesByTheScreensDpi();
+
+private:
+    QByteArray Log() const;
+    // What QLibrary itself says when szSymbol cannot be resolved in szLibrary.
+    static QByteArray ResolveError(const char* szLibrary, const char* szSymbol);
+    QString m_strLogDir;
+};
+
+QByteArray TestPluginLoader::Log() const
+{
+    QFile file(CLogWriter::GetInstance()->FilePath());
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QByteArray TestPluginLoader::ResolveError(const char* szLibrary, const char* szSymbol)
+{
+    QLibrary library(QString::fromLatin1(szLibrary));
+    library.load();
+    library.resolve(szSymbol);
+    return library.errorString().toLocal8Bit();
+}
+
+void TestPluginLoader::init()
+{
+    m_strLogDir = QDir::tempPath() + "/factorymgr-loader-" + QString::number(QCoreApplication::applicationPid())
+        + "-" + QTest::currentTestFunction();
+    CLogWriter::GetInstance()->SetDirectory(m_strLogDir);
+    PluginTrace_Take();
+}
+
+void TestPluginLoader::cleanup()
+{
+    ReleaseAllPluginInterfaces();
+    CLogWriter::GetInstance()->SetDirectory(QString());
+    QDir(m_strLogDir).removeRecursively();
+}
+
+void TestPluginLoader::loadsAndRegistersALibrary()
+{
+    ModalAnswerer answerer;
+    void* pInterface = LoadPluginInterface("TestPluginGood", true, nullptr);
+    QVERIFY(pInterface);
+    QCOMPARE(ModulePluginRegistry().size(), 1);
+    const PluginLibraryRecord* pRecord = ModulePluginRegistry().first();
+    QCOMPARE(pRecord->pInterface, pInterface);
+    QVERIFY(pRecord->pLibrary && pRecord->pLibrary->isLoaded());
+    QVERIFY(pRecord->pfnCreate && pRecord->pfnRelease);
+    QVERIFY(ReleasePluginInterface(pInterface));
+    QCOMPARE(QByteArray(PluginTrace_Take()), QByteArray("TestPluginGood"));
+    QVERIFY(ModulePluginRegistry().isEmpty());
+    QCOMPARE(answerer.Count(), 0);
+}
+
+void TestPluginLoader::missingLibraryIsReported()
+{
+    ModalAnswerer answerer;
+    QVERIFY(!LoadPluginInterface("NoSuchPlugin", true, nullptr));
+    QCOMPARE(answerer.Count(), 1);
+    const ModalAnswerer::Seen box = answerer.Boxes().first();
+    QCOMPARE(box.strTitle, QStringLiteral("Tips"));
+    QCOMPARE(box.strText, QStringLiteral("Load NoSuchPlugin failed! \n"));
+    QCOMPARE(box.buttons, QStringList{"OK"});
+    QVERIFY2(Log().contains("[1] Cannot load library NoSuchPlugin"), Log().constData());
+    QVERIFY(ModulePluginRegistry().isEmpty());
+}
+
+void TestPluginLoader::libraryWithoutNewInterfaceIsReported()
+{
+    ModalAnswerer answerer;
+    QVERIFY(!LoadPluginInterface("TestPluginNoNew", true, nullptr));
+    QCOMPARE(answerer.Count(), 1);
+    QCOMPARE(answerer.Boxes().first().strText, QStringLiteral("Load TestPluginNoNew faile2! \n"));
+    QVERIFY2(Log().contains("[1] " + ResolveError("TestPluginNoNew", "NewInterface")), Log().constData());
+    QVERIFY(ModulePluginRegistry().isEmpty());
+}
+
+void TestPluginLoader::libraryWithoutReleaseInterfaceIsReported()
+{
+    ModalAnswerer answerer;
+    QVERIFY(!LoadPluginInterface("TestPluginNoRelease", true, nullptr));
+    QCOMPARE(answerer.Count(), 1);
+    QCOMPARE(answerer.Boxes().first().strTitle, QStringLiteral("Tips"));
+    QCOMPARE(answerer.Boxes().first().strText, QStringLiteral("Load TestPluginNoRelease faile3! \n"));
+    QVERIFY2(Log().contains("[1] " + ResolveError("TestPluginNoRelease", "ReleaseInterface")), Log().constData());
+    QVERIFY(ModulePluginRegistry().isEmpty());
+}
+
+void TestPluginLoader::unreportedFailureShowsAndLogsNothing()
+{
+    ModalAnswerer answerer;
+    QVERIFY(!LoadPluginInterface("NoSuchPlugin", false, nullptr));
+    QVERIFY(!LoadPluginInterface("TestPluginNoNew", false, nullptr));
+    QVERIFY(!LoadPluginInterface("TestPluginNoRelease", false, nullptr));
+    QCOMPARE(answerer.Count(), 0);
+    QCOMPARE(Log(), QByteArray());
+    QVERIFY(ModulePluginRegistry().isEmpty());
+}
+
+void TestPluginLoader::failureOffTheGuiThreadIsOnlyLogged()
+{
+    ModalAnswerer answerer;
+    void* pResult = reinterpret_cast<void*>(1);
+    std::unique_ptr<QThread> worker(QThread::create([&] { pResult = LoadPluginInterface("NoSuchPlugin", true, nullptr); }));
+    worker->start();
+    QVERIFY(worker->wait(10000));
+    QCoreApplication::processEvents();
+    QVERIFY(!pResult);
+    QCOMPARE(answerer.Count(), 0);
+    QVERIFY(Log().contains("Cannot load library NoSuchPlugin"));
+}
+
+void TestPluginLoader::nullInterfaceIsStoredAndReturned()
+{
+    QVERIFY(!LoadPluginInterface("TestPluginNull", true, nullptr));
+    QCOMPARE(ModulePluginRegistry().size(), 1);
+    QVERIFY(ModulePluginRegistry().first()->pInterface == nullptr);
+}
+
+void TestPluginLoader::callersOwnRegistryTakesTheRecord()
+{
+    PluginRegistry own;
+    void* pInterface = LoadPluginInterface("TestPluginGood", true, &own);
+    QVERIFY(pInterface);
+    QCOMPARE(own.size(), 1);
+    QVERIFY(ModulePluginRegistry().isEmpty());
+    // The module's release operations do not touch a caller's registry.
+    QVERIFY(ReleasePluginInterface(pInterface));
+    QCOMPARE(own.size(), 1);
+    QCOMPARE(QByteArray(PluginTrace_Take()), QByteArray());
+    own.first()->pfnRelease(own.first()->pInterface);
+    delete own.first()->pLibrary;
+    delete own.first();
+}
+
+void TestPluginLoader::releasingAnUnknownPointerDoesNothing()
+{
+    QVERIFY(LoadPluginInterface("TestPluginGood", true, nullptr));
+    int nStranger = 0;
+    QVERIFY(ReleasePluginInterface(&nStranger));
+    QVERIFY(ReleasePluginInterface(nullptr));
+    QCOMPARE(ModulePluginRegistry().size(), 1);
+    QCOMPARE(QByteArray(PluginTrace_Take()), QByteArray());
+}
+
+void TestPluginLoader::sameInterfaceTwiceReleasesTheLaterRecordFirst()
+{
+    void* pFirst = LoadPluginInterface("TestPluginGood", true, nullptr);
+    const PluginLibraryRecord* pFirstRecord = ModulePluginRegistry().last();
+    void* pSecond = LoadPluginInterface("TestPluginGood", true, nullptr);
+    const PluginLibraryRecord* pSecondRecord = ModulePluginRegistry().last();
+    QVERIFY(pFirst);
+    QCOMPARE(pSecond, pFirst);
+    QVERIFY(pFirstRecord != pSecondRecord);
+
+    QVERIFY(ReleasePluginInterface(pFirst));
+    QCOMPARE(ModulePluginRegistry().size(), 1);
+    QCOMPARE(ModulePluginRegistry().first(), pFirstRecord);
+    QCOMPARE(QByteArray(PluginTrace_Take()), QByteArray("TestPluginGood"));
+    // The earlier record's library stays loaded, so it can still be released.
+    QVERIFY(pFirstRecord->pLibrary->isLoaded());
+    QVERIFY(ReleasePluginInterface(pFirst));
+    QCOMPARE(QByteArray(PluginTrace_Take()), QByteArray("TestPluginGood"));
+    QVERIFY(ModulePluginRegistry().isEmpty());
+}
+
+void TestPluginLoader::releaseAllGoesInReverseOrder()
+{
+    QVERIFY(LoadPluginInterface("TestPluginGood", true, nullptr));
+    QVERIFY(LoadPluginInterface("TestPluginGood2", true, nullptr));
+    ReleaseAllPluginInterfaces();
+    QCOMPARE(QByteArray(PluginTrace_Take()), QByteArray("TestPluginGood2 TestPluginGood"));
+    QVERIFY(ModulePluginRegistry().isEmpty());
+}
+
+void TestPluginLoader::resolutionScalesByTheScreensDpi()
+{
+    // This suite runs on a 144 DPI screen with Qt's own scaling off, so the
+    // screen reports its DPI: 1.5 times the design size.
+    auto* pResolution = static_cast<IResolution*>(LoadPluginInterface("Resolution", true, nullptr));
+    QVERIFY(pResolution);
+    QCOMPARE(pResolution->GetLogicalDpi(), 144.0);
+    QCOMPARE(pResolution->Scale(255.0), 382.5);
+    QCOMPARE(pResolution->Scale(35.0), 52.5);
+}
+
+FACTORYMGR_TEST_MAIN(TestPluginLoader)
+#include "tst_pluginloader.moc"
