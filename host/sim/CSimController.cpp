@@ -1,0 +1,387 @@
+#include "CSimController.h"
+
+#include "CShapeFile.h"
+#include "CSimLimits.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QSettings>
+#include <QThread>
+#include <QVariant>
+
+#include <cstring>
+
+namespace {
+const char* const kGroup = "CONTROLLER";
+
+// "QV-MB 3.2.0" -> "QV-MB 3.2.1": the version a new firmware reports when its
+// file does not name one.
+QString NextVersion(const QString& strVersion)
+{
+    static const QRegularExpression kLastNumber(QStringLiteral("(\\d+)(\\D*)$"));
+    const QRegularExpressionMatch match = kLastNumber.match(strVersion);
+    if (!match.hasMatch())
+        return strVersion + ".1";
+    return strVersion.left(match.capturedStart(1)) + QString::number(match.captured(1).toLongLong() + 1)
+        + match.captured(2);
+}
+
+void CopyText(char* pBuffer, std::size_t nSize, const QString& strText)
+{
+    std::memset(pBuffer, 0, nSize);
+    const QByteArray bytes = strText.toUtf8().left(int(nSize) - 1);
+    std::memcpy(pBuffer, bytes.constData(), std::size_t(bytes.size()));
+}
+}
+
+CSimController::CSimController(const QString& strFlashPath, QObject* parent)
+    : QObject(parent)
+    , m_strFlashPath(strFlashPath)
+{
+    Load();
+    m_connectedFor.start();
+}
+
+CSimController::~CSimController()
+{
+    QMutexLocker locker(&m_mutex);
+    SaveLocked();
+}
+
+QString CSimController::FlashPath() const
+{
+    return m_strFlashPath;
+}
+
+void CSimController::Load()
+{
+    QSettings flash(m_strFlashPath, QSettings::IniFormat);
+    flash.beginGroup(kGroup);
+    const QByteArray params = flash.value("PARAMS").toByteArray();
+    if (params.size() == int(sizeof(FactoryParams)))
+        std::memcpy(static_cast<void*>(&m_params), params.constData(), sizeof(FactoryParams));
+    m_nWorkSeconds = flash.value("WORK_SECONDS", 0).toLongLong();
+    m_nJobSeconds = flash.value("JOB_SECONDS", 0).toLongLong();
+    m_dTravelX = flash.value("TRAVEL_X", 0.0).toDouble();
+    m_dTravelY = flash.value("TRAVEL_Y", 0.0).toDouble();
+    m_strFirmware = flash.value("FIRMWARE", m_strFirmware).toString();
+    m_strPanel = flash.value("PANEL", m_strPanel).toString();
+    m_nCardType = flash.value("CARD_TYPE", m_nCardType).toInt();
+    m_dTrueStepX = flash.value("TRUE_STEP_X", m_dTrueStepX).toDouble();
+    m_dTrueStepY = flash.value("TRUE_STEP_Y", m_dTrueStepY).toDouble();
+}
+
+void CSimController::SaveLocked()
+{
+    QDir().mkpath(QFileInfo(m_strFlashPath).absolutePath());
+    QSettings flash(m_strFlashPath, QSettings::IniFormat);
+    flash.beginGroup(kGroup);
+    flash.setValue("PARAMS", QByteArray(reinterpret_cast<const char*>(&m_params), sizeof(FactoryParams)));
+    flash.setValue("WORK_SECONDS", WorkSecondsLocked());
+    flash.setValue("JOB_SECONDS", m_nJobSeconds);
+    flash.setValue("TRAVEL_X", m_dTravelX);
+    flash.setValue("TRAVEL_Y", m_dTravelY);
+    flash.setValue("FIRMWARE", m_strFirmware);
+    flash.setValue("PANEL", m_strPanel);
+    flash.setValue("CARD_TYPE", m_nCardType);
+    flash.setValue("TRUE_STEP_X", m_dTrueStepX);
+    flash.setValue("TRUE_STEP_Y", m_dTrueStepY);
+}
+
+int CSimController::WorkSecondsLocked() const
+{
+    return int(m_nWorkSeconds + (m_bConnected ? m_connectedFor.elapsed() / 1000 : 0));
+}
+
+void CSimController::Wait() const
+{
+    int nDuration = 0;
+    {
+        QMutexLocker locker(&m_mutex);
+        nDuration = m_nTaskDuration;
+    }
+    if (nDuration > 0)
+        QThread::msleep(static_cast<unsigned long>(nDuration));
+}
+
+ICard* CSimController::GetCurrentCard()
+{
+    QMutexLocker locker(&m_mutex);
+    return m_bConnected ? static_cast<ICard*>(this) : nullptr;
+}
+
+int CSimController::WriteFactoryParams(FactoryParams* pParams)
+{
+    QMutexLocker locker(&m_mutex);
+    if (!m_bConnected)
+        return CodeNotConnected;
+    if (m_bInformationOnly)
+        return 1001;
+    if (m_bBusy || m_bRunning)
+        return 1005;
+    if (!pParams)
+        return CodeBadJob;
+    m_params = CSimLimits::Limit(*pParams, &m_nLastLimited);
+    SaveLocked();
+    return 0;
+}
+
+int CSimController::ReadFactoryParams(FactoryParams* pParams)
+{
+    QMutexLocker locker(&m_mutex);
+    if (!m_bConnected)
+        return CodeNotConnected;
+    if (!pParams)
+        return CodeBadJob;
+    std::memcpy(static_cast<void*>(pParams), &m_params, sizeof(FactoryParams));
+    return 0;
+}
+
+int CSimController::GetState()
+{
+    QMutexLocker locker(&m_mutex);
+    if (!m_bConnected)
+        return StateDisconnected;
+    return m_bInformationOnly ? StateInformationOnly : StateReady;
+}
+
+ITaskState* CSimController::GetTaskState()
+{
+    return this;
+}
+
+int CSimController::IsBusy()
+{
+    QMutexLocker locker(&m_mutex);
+    return m_bBusy || m_bRunning ? 1 : 0;
+}
+
+int CSimController::CallFunction(const char* szName, const QVariant& arg)
+{
+    if (!IsConnected())
+        return CodeNotConnected;
+    const QByteArray name(szName ? szName : "");
+    if (name == "BacklashAdjust")
+        return Cut(arg);
+    if (name == "CardUpgrade")
+        return Upgrade(arg, {"upd"}, true);
+    if (name == "PanelUpgrade")
+        return Upgrade(arg, {"hmt", "hmi"}, false);
+    if (name == "ClearCardInfo") {
+        QMutexLocker locker(&m_mutex);
+        m_nWorkSeconds = 0;
+        m_connectedFor.restart();
+        m_nJobSeconds = 0;
+        m_dTravelX = 0.0;
+        m_dTravelY = 0.0;
+        SaveLocked();
+        locker.unlock();
+        emit StateChanged();
+        return 0;
+    }
+    return CodeUnknownFunction;
+}
+
+int CSimController::QueryFunction(const char* szName, QVariant& inOut)
+{
+    if (!IsConnected())
+        return CodeNotConnected;
+    const QByteArray name(szName ? szName : "");
+    if (name == "GetCardInfo") {
+        auto* pInfo = static_cast<CardInfo*>(inOut.value<void*>());
+        if (!pInfo)
+            return CodeBadJob;
+        *pInfo = Info();
+        return 0;
+    }
+    if (name == "CurrentCardType") {
+        inOut = QVariant(CardType());
+        return 0;
+    }
+    return CodeUnknownFunction;
+}
+
+int CSimController::Upgrade(const QVariant& arg, const QStringList& extensions, bool bMainboard)
+{
+    const QFileInfo file(arg.toString());
+    if (arg.toString().isEmpty() || !file.isFile())
+        return CodeFileMissing;
+    if (file.size() == 0)
+        return CodeFileEmpty;
+    if (!extensions.contains(file.suffix().toLower()))
+        return CodeWrongFileType;
+
+    {
+        QMutexLocker locker(&m_mutex);
+        m_bRunning = true;
+    }
+    emit StateChanged();
+    Wait();
+    // A firmware file may name its version on a first line "VERSION <text>".
+    QString strNamed;
+    QFile firmware(file.absoluteFilePath());
+    if (firmware.open(QIODevice::ReadOnly)) {
+        const QByteArray first = firmware.readLine(256).trimmed();
+        if (first.startsWith("VERSION "))
+            strNamed = QString::fromUtf8(first.mid(8)).trimmed().left(60);
+    }
+    {
+        QMutexLocker locker(&m_mutex);
+        QString& strVersion = bMainboard ? m_strFirmware : m_strPanel;
+        strVersion = strNamed.isEmpty() ? NextVersion(strVersion) : strNamed;
+        m_bRunning = false;
+        SaveLocked();
+    }
+    emit StateChanged();
+    return 0;
+}
+
+int CSimController::Cut(const QVariant& arg)
+{
+    if (!QFileInfo(arg.toString()).isFile())
+        return CodeFileMissing;
+    CShapeFile job;
+    QString strError;
+    if (!job.Read(arg.toString(), "TL", strError) || job.shapes.isEmpty())
+        return CodeBadJob;
+
+    double dScaleX = 0.0;
+    double dScaleY = 0.0;
+    double dSpeed = 0.0;
+    {
+        QMutexLocker locker(&m_mutex);
+        const double dStepX = m_params.motor[0].pulsePerMm;
+        const double dStepY = m_params.motor[1].pulsePerMm;
+        if (dStepX <= 0.0 || dStepY <= 0.0)
+            return CodeBadJob;
+        dScaleX = m_dTrueStepX / dStepX;
+        dScaleY = m_dTrueStepY / dStepY;
+        dSpeed = m_params.speed.cutSpeedCorner > 0.0 ? m_params.speed.cutSpeedCorner : 50.0;
+        m_bRunning = true;
+    }
+    emit StateChanged();
+    Wait();
+
+    const QRectF bounds = job.Bounds();
+    const QSizeF cut(bounds.width() * dScaleX, bounds.height() * dScaleY);
+    const QPointF travel = job.Travel();
+    {
+        QMutexLocker locker(&m_mutex);
+        m_lastCut = cut;
+        m_dTravelX += travel.x() * dScaleX;
+        m_dTravelY += travel.y() * dScaleY;
+        m_nJobSeconds += qint64((travel.x() * dScaleX + travel.y() * dScaleY) / dSpeed + 0.5);
+        m_bRunning = false;
+        SaveLocked();
+    }
+    emit JobCut(cut.width(), cut.height());
+    emit StateChanged();
+    return 0;
+}
+
+void CSimController::SetConnected(bool bConnected)
+{
+    {
+        QMutexLocker locker(&m_mutex);
+        if (bConnected == m_bConnected)
+            return;
+        if (!bConnected)
+            m_nWorkSeconds = WorkSecondsLocked();
+        m_bConnected = bConnected;
+        m_connectedFor.restart();
+        SaveLocked();
+    }
+    emit StateChanged();
+}
+
+bool CSimController::IsConnected() const
+{
+    QMutexLocker locker(&m_mutex);
+    return m_bConnected;
+}
+
+void CSimController::SetInformationOnly(bool bInformationOnly)
+{
+    {
+        QMutexLocker locker(&m_mutex);
+        m_bInformationOnly = bInformationOnly;
+    }
+    emit StateChanged();
+}
+
+bool CSimController::IsInformationOnly() const
+{
+    QMutexLocker locker(&m_mutex);
+    return m_bInformationOnly;
+}
+
+void CSimController::SetBusy(bool bBusy)
+{
+    {
+        QMutexLocker locker(&m_mutex);
+        m_bBusy = bBusy;
+    }
+    emit StateChanged();
+}
+
+void CSimController::SetCardType(int nCardType)
+{
+    {
+        QMutexLocker locker(&m_mutex);
+        m_nCardType = nCardType;
+        SaveLocked();
+    }
+    emit StateChanged();
+}
+
+int CSimController::CardType() const
+{
+    QMutexLocker locker(&m_mutex);
+    return m_nCardType;
+}
+
+void CSimController::SetTaskDuration(int nMilliseconds)
+{
+    QMutexLocker locker(&m_mutex);
+    m_nTaskDuration = qMax(0, nMilliseconds);
+}
+
+void CSimController::SetTrueSteps(double dX, double dY)
+{
+    QMutexLocker locker(&m_mutex);
+    m_dTrueStepX = dX;
+    m_dTrueStepY = dY;
+    SaveLocked();
+}
+
+FactoryParams CSimController::StoredParams() const
+{
+    QMutexLocker locker(&m_mutex);
+    return m_params;
+}
+
+CardInfo CSimController::Info() const
+{
+    QMutexLocker locker(&m_mutex);
+    CardInfo info{};
+    info.totalWorkTime = WorkSecondsLocked();
+    info.totalJobTime = int(m_nJobSeconds);
+    info.totalXMove = int(m_dTravelX + 0.5);
+    info.totalYMove = int(m_dTravelY + 0.5);
+    CopyText(info.firmwareVersion, sizeof(info.firmwareVersion), m_strFirmware);
+    CopyText(info.panelVersion, sizeof(info.panelVersion), m_strPanel);
+    return info;
+}
+
+int CSimController::LastLimitedCount() const
+{
+    QMutexLocker locker(&m_mutex);
+    return m_nLastLimited;
+}
+
+QSizeF CSimController::LastCut() const
+{
+    QMutexLocker locker(&m_mutex);
+    return m_lastCut;
+}

@@ -1,0 +1,112 @@
+#pragma once
+
+#include "CardInfo.h"
+#include "FactoryParams.h"
+#include "ICard.h"
+#include "IDevice.h"
+#include "ITaskState.h"
+
+#include <QElapsedTimer>
+#include <QMutex>
+#include <QObject>
+#include <QSizeF>
+#include <QString>
+
+// A motion-control card and the machine behind it, in software. It is the
+// host's device, its current card and the card's task state at once.
+//
+// Like a controller's flash, everything it keeps (the factory parameters, the
+// counters, the firmware versions, the card type and the machine's true steps)
+// lives in a file and survives a restart. It stores what it cannot take as
+// the nearest value it can (CSimLimits). The machine's true travel per motor
+// pulse differs from the configured step, so the calibration square comes out
+// at 150 x true / configured mm on each axis until the step is corrected.
+class CSimController : public QObject, public IDevice, public ICard, public ITaskState
+{
+    Q_OBJECT
+public:
+    // The controller's own result codes (the bridge's are 1001 and 1005).
+    enum Code
+    {
+        CodeNotConnected = 2001,      // no controller on the line
+        CodeFileMissing = 2002,       // the firmware or job file does not exist
+        CodeFileEmpty = 2003,         // the firmware file is empty
+        CodeWrongFileType = 2004,     // the firmware file has the wrong extension
+        CodeBadJob = 2005,            // the job file is not a job the machine can cut
+        CodeUnknownFunction = 2006    // the card has no function of that name
+    };
+
+    explicit CSimController(const QString& strFlashPath, QObject* parent = nullptr);
+    ~CSimController() override;
+
+    // IDevice
+    ICard* GetCurrentCard() override;
+    int WriteFactoryParams(FactoryParams* pParams) override;
+    int ReadFactoryParams(FactoryParams* pParams) override;
+    // ICard
+    int GetState() override;
+    ITaskState* GetTaskState() override;
+    int CallFunction(const char* szName, const QVariant& arg) override;
+    int QueryFunction(const char* szName, QVariant& inOut) override;
+    // ITaskState: busy while the operator runs a job, or while an upgrade or a cut runs.
+    int IsBusy() override;
+
+    // What the host's Device menu changes.
+    void SetConnected(bool bConnected);
+    bool IsConnected() const;
+    // Connected, but only reading information is allowed (card state 3).
+    void SetInformationOnly(bool bInformationOnly);
+    bool IsInformationOnly() const;
+    void SetBusy(bool bBusy);
+    void SetCardType(int nCardType);
+    int CardType() const;
+
+    // How long an upgrade or a cut takes (the default is two seconds).
+    void SetTaskDuration(int nMilliseconds);
+    // The machine's true travel per motor pulse on X and Y.
+    void SetTrueSteps(double dX, double dY);
+
+    FactoryParams StoredParams() const;
+    CardInfo Info() const;
+    // How many values of the last parameter write it could not take as sent.
+    int LastLimitedCount() const;
+    // The size the last cut came out at, in millimetres (empty before any cut).
+    QSizeF LastCut() const;
+
+    QString FlashPath() const;
+
+signals:
+    // A job was cut; the sizes are what a ruler would measure.
+    void JobCut(double dWidth, double dHeight);
+    // Connection, state, busy, card type, versions or counters changed.
+    void StateChanged();
+
+private:
+    int Upgrade(const QVariant& arg, const QStringList& extensions, bool bMainboard);
+    int Cut(const QVariant& arg);
+    void Load();
+    void SaveLocked();
+    int WorkSecondsLocked() const;
+    void Wait() const;
+
+    mutable QMutex m_mutex;
+    const QString m_strFlashPath;
+    FactoryParams m_params;
+    bool m_bConnected = true;
+    bool m_bInformationOnly = false;
+    bool m_bBusy = false;
+    bool m_bRunning = false;
+    int m_nCardType = 8;
+    int m_nTaskDuration = 2000;
+    qint64 m_nWorkSeconds = 0;        // before the current connection
+    QElapsedTimer m_connectedFor;
+    qint64 m_nJobSeconds = 0;
+    double m_dTravelX = 0.0;
+    double m_dTravelY = 0.0;
+    QString m_strFirmware = QStringLiteral("QV-MB 3.2.0");
+    QString m_strPanel = QStringLiteral("QV-PN 1.4.0");
+    double m_dTrueStepX = 7.95;
+    double m_dTrueStepY = 7.80;
+    QSizeF m_lastCut;
+    int m_nLastLimited = 0;
+};
