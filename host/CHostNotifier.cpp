@@ -1,0 +1,49 @@
+#include "CHostNotifier.h"
+
+#include "CSimController.h"
+#include "CTranslator.h"
+
+#include <QApplication>
+#include <QMessageBox>
+
+namespace {
+QString Wording(const char* szText)
+{
+    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
+}
+}
+
+QString CHostNotifier::Describe(int nCode)
+{
+    switch (nCode) {
+    case 1001: return Wording("No controller is connected, or the controller's state does not allow this.");
+    case 1005: return Wording("The controller is busy with a job. Try again when it has finished.");
+    case 11: return Wording("The calibration pattern could not be turned into a machine job.");
+    case CSimController::CodeNotConnected: return Wording("The controller is not connected.");
+    case CSimController::CodeFileMissing: return Wording("The file does not exist.");
+    case CSimController::CodeFileEmpty: return Wording("The firmware file is empty.");
+    case CSimController::CodeWrongFileType: return Wording("The firmware file is not of the expected type.");
+    case CSimController::CodeBadJob: return Wording("The machine cannot cut this job.");
+    case CSimController::CodeUnknownFunction: return Wording("The controller does not know this function.");
+    default: return Wording("The controller reported an error.");
+    }
+}
+
+int CHostNotifier::ShowErrorCode(int nCode, int nReserved)
+{
+    Q_UNUSED(nReserved)
+    m_shown << nCode;
+    if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
+        return 0;
+    QMessageBox box(QMessageBox::Warning, Wording("Error"),
+                    QStringLiteral("%1\n\n%2 %3").arg(Describe(nCode), Wording("Code:")).arg(nCode),
+                    QMessageBox::Ok, QApplication::activeWindow());
+    box.setObjectName(QStringLiteral("errorBox"));
+    box.exec();
+    return 0;
+}
+
+QList<int> CHostNotifier::Shown() const
+{
+    return m_shown;
+}

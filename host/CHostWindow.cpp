@@ -1,0 +1,374 @@
+#include "CHostWindow.h"
+
+#include "CHostPaths.h"
+#include "CPatternConverter.h"
+#include "CSettingsWindow.h"
+#include "CSimController.h"
+#include "CTranslator.h"
+#include "CUiPermissionsManager.h"
+#include "DlgFactoryMgr.h"
+#include "FactoryParams.h"
+
+#include <QActionGroup>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDialog>
+#include <QDir>
+#include <QLabel>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSettings>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+namespace {
+QString Wording(const char* szText)
+{
+    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
+}
+
+QString UserDataDirectory()
+{
+    return CHostPaths::UserDataDirectory(CUiPermissionsManager::GetInstance()->GetThemeName());
+}
+}
+
+CHostWindow::CHostWindow(QWidget* parent)
+    : QMainWindow(parent)
+{
+    setObjectName(QStringLiteral("hostWindow"));
+    m_pSim = new CSimController(UserDataDirectory() + "/Sim/controller.ini", this);
+    connect(m_pSim, &CSimController::StateChanged, this, &CHostWindow::RefreshStatus, Qt::QueuedConnection);
+    connect(m_pSim, &CSimController::JobCut, this, &CHostWindow::OnJobCut, Qt::QueuedConnection);
+
+    auto* pCentral = new QWidget(this);
+    pCentral->setObjectName(QStringLiteral("homePage"));
+    auto* pLayout = new QVBoxLayout(pCentral);
+    m_pStatus = new QLabel(pCentral);
+    m_pStatus->setObjectName(QStringLiteral("label_status"));
+    m_pStatus->setTextFormat(Qt::PlainText);
+    m_pReport = new QLabel(pCentral);
+    m_pReport->setObjectName(QStringLiteral("label_report"));
+    m_pReport->setWordWrap(true);
+    m_pOpenButton = new QPushButton(pCentral);
+    m_pOpenButton->setObjectName(QStringLiteral("pushButton_openSettings"));
+    m_pCalibrateButton = new QPushButton(pCentral);
+    m_pCalibrateButton->setObjectName(QStringLiteral("pushButton_calibrate"));
+    pLayout->addWidget(m_pStatus);
+    pLayout->addWidget(m_pOpenButton);
+    pLayout->addWidget(m_pCalibrateButton);
+    pLayout->addWidget(m_pReport);
+    pLayout->addStretch();
+    setCentralWidget(pCentral);
+    connect(m_pOpenButton, &QPushButton::clicked, this, &CHostWindow::OpenSettings);
+    connect(m_pCalibrateButton, &QPushButton::clicked, this, &CHostWindow::CalibrateXyStep);
+
+    BuildMenus();
+    const QSettings host(HostSettingsPath(), QSettings::IniFormat);
+    m_nUnit = host.value("HOST/UNIT", 1).toInt();
+    CTranslator::GetInstance()->SetLanguage(host.value("HOST/LANGUAGE", "en").toString());
+    RetranslateUi();
+    resize(640, 420);
+}
+
+CHostWindow::~CHostWindow()
+{
+    delete m_pSettings;
+}
+
+QString CHostWindow::HostSettingsPath() const
+{
+    return UserDataDirectory() + "/Data/Host.ini";
+}
+
+bool CHostWindow::Start()
+{
+    const QString strPlugin = QCoreApplication::applicationDirPath() + "/libFactoryMgr.so";
+    if (!m_plugin.Load(strPlugin)) {
+        QMessageBox::critical(this, Wording("Error"), m_plugin.ErrorString());
+        return false;
+    }
+    IFactoryMgr* pMgr = m_plugin.Mgr();
+    pMgr->Init(m_pSim, &m_notifier);
+    pMgr->SetUnit(m_nUnit);
+    pMgr->SetFactoryFlag(true);
+    RefreshStatus();
+    return true;
+}
+
+CSimController* CHostWindow::Simulator() const
+{
+    return m_pSim;
+}
+
+IFactoryMgr* CHostWindow::Mgr() const
+{
+    return m_plugin.Mgr();
+}
+
+CSettingsWindow* CHostWindow::SettingsWindow() const
+{
+    return m_pSettings;
+}
+
+const CHostNotifier& CHostWindow::Notifier() const
+{
+    return m_notifier;
+}
+
+void CHostWindow::BuildMenus()
+{
+    const auto addAction = [this](QMenu* pMenu, const char* szText, const char* szName, auto slot) {
+        QAction* pAction = pMenu->addAction(QString());
+        pAction->setObjectName(QString::fromLatin1(szName));
+        m_actions << qMakePair(pAction, szText);
+        connect(pAction, &QAction::triggered, this, slot);
+        return pAction;
+    };
+    const auto addMenu = [this](QMenu* pParent, const char* szText, const char* szName) {
+        QMenu* pMenu = pParent ? pParent->addMenu(QString()) : menuBar()->addMenu(QString());
+        pMenu->setObjectName(QString::fromLatin1(szName));
+        m_menus << qMakePair(pMenu, szText);
+        return pMenu;
+    };
+
+    QMenu* pFile = addMenu(nullptr, "&File", "menu_file");
+    addAction(pFile, "Machine Settings...", "action_openSettings", &CHostWindow::OpenSettings)->setShortcut(Qt::CTRL | Qt::Key_M);
+    pFile->addSeparator();
+    addAction(pFile, "Import Parameters...", "action_import", &CHostWindow::ImportParameters);
+    addAction(pFile, "Export Parameters...", "action_export", &CHostWindow::ExportParameters);
+    addAction(pFile, "Save Parameters", "action_save", &CHostWindow::SaveParameters)->setShortcut(QKeySequence::Save);
+    addAction(pFile, "Reload Parameters", "action_reload", &CHostWindow::ReloadParameters);
+    pFile->addSeparator();
+    addAction(pFile, "Quit", "action_quit", &QWidget::close)->setShortcut(QKeySequence::Quit);
+
+    QMenu* pTools = addMenu(nullptr, "&Tools", "menu_tools");
+    addAction(pTools, "Calibrate XY Step...", "action_calibrate", &CHostWindow::CalibrateXyStep);
+
+    QMenu* pView = addMenu(nullptr, "&View", "menu_view");
+    QMenu* pUnits = addMenu(pView, "Display Unit", "menu_units");
+    auto* pUnitGroup = new QActionGroup(this);
+    m_pMillimetres = addAction(pUnits, "Millimetres", "action_millimetres", [this] { SetUnit(1); });
+    m_pInches = addAction(pUnits, "Inches", "action_inches", [this] { SetUnit(0); });
+    QMenu* pLanguage = addMenu(pView, "Language", "menu_language");
+    auto* pLanguageGroup = new QActionGroup(this);
+    m_pEnglish = addAction(pLanguage, "English", "action_english", [this] { SetLanguage("en"); });
+    m_pChinese = addAction(pLanguage, "Simplified Chinese", "action_chinese", [this] { SetLanguage("zh_CN"); });
+    for (QAction* pAction : {m_pMillimetres, m_pInches})
+        pUnitGroup->addAction(pAction)->setCheckable(true);
+    for (QAction* pAction : {m_pEnglish, m_pChinese})
+        pLanguageGroup->addAction(pAction)->setCheckable(true);
+
+    QMenu* pDevice = addMenu(nullptr, "&Device", "menu_device");
+    m_pConnected = addAction(pDevice, "Connected", "action_connected", [this](bool b) { m_pSim->SetConnected(b); });
+    m_pInformationOnly = addAction(pDevice, "Information Only (State 3)", "action_informationOnly",
+                                   [this](bool b) { m_pSim->SetInformationOnly(b); });
+    m_pBusy = addAction(pDevice, "Busy with a Job", "action_busy", [this](bool b) { m_pSim->SetBusy(b); });
+    for (QAction* pAction : {m_pConnected, m_pInformationOnly, m_pBusy})
+        pAction->setCheckable(true);
+    QMenu* pCard = addMenu(pDevice, "Card Type", "menu_cardType");
+    auto* pCardGroup = new QActionGroup(this);
+    m_pCardType8 = addAction(pCard, "Type 8 (laser sources)", "action_cardType8", [this] { m_pSim->SetCardType(8); });
+    m_pCardTypeOther = addAction(pCard, "Type 5 (laser tubes)", "action_cardType5", [this] { m_pSim->SetCardType(5); });
+    for (QAction* pAction : {m_pCardType8, m_pCardTypeOther})
+        pCardGroup->addAction(pAction)->setCheckable(true);
+}
+
+void CHostWindow::RetranslateUi()
+{
+    setWindowTitle(Wording("Quorvane Reference Host"));
+    for (const auto& menu : m_menus)
+        menu.first->setTitle(Wording(menu.second));
+    for (const auto& action : m_actions)
+        action.first->setText(Wording(action.second));
+    m_pOpenButton->setText(Wording("Machine Settings..."));
+    m_pCalibrateButton->setText(Wording("Calibrate XY Step..."));
+    RefreshStatus();
+}
+
+void CHostWindow::RefreshStatus()
+{
+    const bool bConnected = m_pSim->IsConnected();
+    m_pConnected->setChecked(bConnected);
+    m_pInformationOnly->setChecked(m_pSim->IsInformationOnly());
+    m_pBusy->setChecked(m_pSim->IsBusy() != 0);
+    (m_pSim->CardType() == 8 ? m_pCardType8 : m_pCardTypeOther)->setChecked(true);
+    (m_nUnit == 0 || m_nUnit == 2 ? m_pInches : m_pMillimetres)->setChecked(true);
+    (CTranslator::GetInstance()->GetLanguage() == "zh_CN" ? m_pChinese : m_pEnglish)->setChecked(true);
+
+    const CardInfo info = m_pSim->Info();
+    QStringList lines;
+    lines << Wording("Simulated controller:") + " "
+            + (!bConnected                    ? Wording("not connected")
+                   : m_pSim->IsInformationOnly() ? Wording("connected, information only (state 3)")
+                                                 : Wording("connected and ready (state 2)"))
+            + (m_pSim->IsBusy() ? ", " + Wording("busy") : QString());
+    lines << Wording("Card type:") + " " + QString::number(m_pSim->CardType());
+    lines << Wording("Firmware Version") + ": " + QString::fromUtf8(info.firmwareVersion);
+    lines << Wording("Panel Version") + ": " + QString::fromUtf8(info.panelVersion);
+    const QSizeF cut = m_pSim->LastCut();
+    if (!cut.isEmpty())
+        lines << Wording("Last cut:") + QStringLiteral(" %1 mm x %2 mm").arg(cut.width(), 0, 'f', 2).arg(cut.height(), 0, 'f', 2);
+    m_pStatus->setText(lines.join('\n'));
+}
+
+void CHostWindow::Report(const QString& strText)
+{
+    m_pReport->setText(strText);
+    emit Reported(strText);
+}
+
+void CHostWindow::OpenSettings()
+{
+    IFactoryMgr* pMgr = Mgr();
+    if (!pMgr)
+        return;
+    CloseSettings();
+    QDialog* pDialog = static_cast<QDialog*>(pMgr->ShowFactoryDlg(&CPatternConverter::ConvertPattern));
+    if (!pDialog)
+        return;
+    m_pDialog = pDialog;
+    connect(pDialog, SIGNAL(ReadCurParamsFromDeviceSignal()), this, SLOT(ReadFromController()));
+    connect(pDialog, SIGNAL(UploadCurParamsToDeviceSignal()), this, SLOT(UploadToController()));
+    connect(pDialog, SIGNAL(CorrectXyStepSignal()), this, SLOT(CalibrateXyStep()));
+    m_pSettings = new CSettingsWindow(pDialog);
+    m_pSettings->show();
+}
+
+void CHostWindow::CloseSettings()
+{
+    if (!m_pSettings)
+        return;
+    // The dialog belongs to the plug-in, which deletes it when it makes the
+    // next one: take it out of the window before the window goes.
+    if (m_pDialog) {
+        m_pDialog->hide();
+        m_pDialog->setParent(nullptr);
+    }
+    delete m_pSettings;
+}
+
+void CHostWindow::ReadFromController()
+{
+    IFactoryMgr* pMgr = Mgr();
+    const int nResult = pMgr->ReadParamsFromDevice();
+    if (nResult != 0) {
+        m_notifier.ShowErrorCode(nResult, 0);
+        return;
+    }
+    // Into the open dialog, and into the parameter file.
+    FactoryParams params;
+    pMgr->GetFactoryParams(&params);
+    pMgr->SetFactoryParams(&params);
+    if (m_pDialog)
+        QMetaObject::invokeMethod(m_pDialog, "DataToCtrlSlot", Q_ARG(bool, true));
+    Report(Wording("The parameters were read from the controller."));
+}
+
+void CHostWindow::UploadToController()
+{
+    IFactoryMgr* pMgr = Mgr();
+    const int nResult = pMgr->UploadParamsToDevice();
+    if (nResult != 0) {
+        m_notifier.ShowErrorCode(nResult, 0);
+        return;
+    }
+    quint32 nFlags = 0;
+    pMgr->CheckDeviceParams(&nFlags);
+    const int nRefused = m_pSim->LastLimitedCount();
+    pMgr->SaveToFile(true);
+    Report(nRefused == 0 ? Wording("The controller kept every value. The parameters are saved.")
+                         : Wording("The controller did not keep %1 value(s); they are marked red. The parameters are saved.")
+                               .arg(nRefused));
+}
+
+void CHostWindow::CalibrateXyStep()
+{
+    if (IFactoryMgr* pMgr = Mgr())
+        pMgr->ShowCalibrateXyStepDlg();
+}
+
+void CHostWindow::OnJobCut(double dWidth, double dHeight)
+{
+    RefreshStatus();
+    Report(Wording("The machine cut the calibration square at %1 mm x %2 mm. Enter these as the measured width and height.")
+               .arg(dWidth, 0, 'f', 2)
+               .arg(dHeight, 0, 'f', 2));
+}
+
+void CHostWindow::ImportParameters()
+{
+    if (!m_pSettings)
+        OpenSettings();
+    Mgr()->ImportParams(m_pSettings);
+}
+
+void CHostWindow::ExportParameters()
+{
+    if (!m_pSettings)
+        OpenSettings();
+    Mgr()->ExportParams(m_pSettings);
+}
+
+void CHostWindow::SaveParameters()
+{
+    Mgr()->SaveToFile(m_pSettings != nullptr);
+    Report(Wording("The parameters are saved."));
+}
+
+void CHostWindow::ReloadParameters()
+{
+    Mgr()->ReloadFromFile();
+    Report(Wording("The parameters were reloaded from the parameter file."));
+}
+
+void CHostWindow::SetUnit(int nUnit)
+{
+    m_nUnit = nUnit;
+    if (IFactoryMgr* pMgr = Mgr())
+        pMgr->SetUnit(nUnit);
+    QSettings(HostSettingsPath(), QSettings::IniFormat).setValue("HOST/UNIT", nUnit);
+    RefreshStatus();
+}
+
+void CHostWindow::SetLanguage(const QString& strLanguage)
+{
+    CTranslator::GetInstance()->SetLanguage(strLanguage);
+    QSettings(HostSettingsPath(), QSettings::IniFormat).setValue("HOST/LANGUAGE", CTranslator::GetInstance()->GetLanguage());
+}
+
+void CHostWindow::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::LanguageChange)
+        RetranslateUi();
+    QMainWindow::changeEvent(event);
+}
+
+void CHostWindow::closeEvent(QCloseEvent* event)
+{
+    if (m_pSettings)
+        m_pSettings->close();
+    QMainWindow::closeEvent(event);
+}
+
+bool CHostWindow::SaveScreenshots(const QString& strDir)
+{
+    if (!QDir().mkpath(strDir))
+        return false;
+    show();
+    QApplication::processEvents();
+    bool bOk = grab().save(strDir + "/main-window.png");
+    OpenSettings();
+    if (!m_pSettings || !m_pDialog)
+        return false;
+    QApplication::processEvents();
+    auto* pTabs = m_pDialog->findChild<QTabWidget*>(QStringLiteral("tabWidget"));
+    for (int i = 0; pTabs && i < pTabs->count(); ++i) {
+        pTabs->setCurrentIndex(i);
+        QApplication::processEvents();
+        bOk = m_pSettings->grab().save(QStringLiteral("%1/settings-%2.png").arg(strDir, pTabs->widget(i)->objectName()))
+            && bOk;
+    }
+    return bOk;
+}
