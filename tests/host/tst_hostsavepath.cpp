@@ -1,0 +1,172 @@
+#include "TestMain.h"
+
+#include "CHostWindow.h"
+#include "CSettingsWindow.h"
+#include "CSimController.h"
+#include "CTranslator.h"
+#include "ModalAnswerer.h"
+
+#include <QDialog>
+#include <QSignalSpy>
+
+namespace {
+// What the user set: in range for the controller except two values.
+FactoryParams UserValues()
+{
+    FactoryParams params;
+    params.motor[0].speedMax = 1400.0;        // X takes up to 1500
+    params.motor[1].speedMax = 1200.0;        // Y takes up to 1000: limited
+    params.motor[0].accMax = 35000.0;         // X takes up to 30000: limited
+    params.motor[2].pulsePerMm = 12.5;
+    params.speed.cutSpeedCorner = 75.5;
+    params.laser.lasers[0].powerMax = 90.0;
+    params.machine.laserSpace = 12.5;
+    return params;
+}
+
+void ShowInDialog(CHostWindow& host, const FactoryParams& params)
+{
+    // As the host does after a read: into the plug-in, then into the controls.
+    host.Mgr()->SetFactoryParams(&params);
+    QMetaObject::invokeMethod(host.SettingsWindow()->Dialog(), "DataToCtrlSlot", Q_ARG(bool, true));
+}
+}
+
+// The reference host on the simulated controller, in this process: the plug-in
+// is loaded by file name from beside the executable, as the host binary does.
+class TestHostSavePath : public QObject
+{
+    Q_OBJECT
+private slots:
+    void cleanup();
+    void uploadCheckSaveAndRestart();
+    void readShowsTheControllersValues();
+    void errorsAreExplainedToTheUser();
+    void escapeInTheDialogClosesTheSettingsWindow();
+    void languageAndUnitReachThePlugin();
+};
+
+void TestHostSavePath::cleanup()
+{
+    CTranslator::GetInstance()->SetLanguage("en");
+}
+
+void TestHostSavePath::uploadCheckSaveAndRestart()
+{
+    {
+        CHostWindow host;
+        QVERIFY(host.Start());
+        host.Simulator()->SetTaskDuration(0);
+        host.OpenSettings();
+        QVERIFY(host.SettingsWindow());
+        ShowInDialog(host, UserValues());
+
+        QSignalSpy reported(&host, &CHostWindow::Reported);
+        host.UploadToController();
+        QCOMPARE(reported.count(), 1);
+        QCOMPARE(reported.first().first().toString(),
+                 QStringLiteral("The controller did not keep 2 value(s); they are marked red. The parameters are saved."));
+        const FactoryParams stored = host.Simulator()->StoredParams();
+        QCOMPARE(stored.motor[1].speedMax, 1000.0);
+        QCOMPARE(stored.motor[0].accMax, 30000.0);
+        QCOMPARE(stored.motor[0].speedMax, 1400.0);
+    }
+
+    // A restart: a new host, the same parameter file and controller flash.
+    CHostWindow host;
+    QVERIFY(host.Start());
+    FactoryParams fromFile;
+    host.Mgr()->GetFactoryParams(&fromFile);
+    QCOMPARE(host.Mgr()->ReadParamsFromDevice(), 0);
+    FactoryParams fromController;
+    host.Mgr()->GetFactoryParams(&fromController);
+
+    const FactoryParams user = UserValues();
+    for (const FactoryParams& back : {fromFile, fromController}) {
+        QCOMPARE(back.motor[0].speedMax, user.motor[0].speedMax);
+        QCOMPARE(back.motor[2].pulsePerMm, user.motor[2].pulsePerMm);
+        QCOMPARE(back.speed.cutSpeedCorner, user.speed.cutSpeedCorner);
+        QCOMPARE(back.laser.lasers[0].powerMax, user.laser.lasers[0].powerMax);
+        QCOMPARE(back.machine.laserSpace, user.machine.laserSpace);
+        QCOMPARE(back.motor[3].hardLimitProtect, true);   // every record that left the dialog
+    }
+    QCOMPARE(fromController.motor[1].speedMax, 1000.0);
+    QCOMPARE(fromController.motor[0].accMax, 30000.0);
+}
+
+void TestHostSavePath::readShowsTheControllersValues()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.OpenSettings();
+    FactoryParams onController;
+    onController.motor[3].size = 444.0;
+    QCOMPARE(host.Simulator()->WriteFactoryParams(&onController), 0);
+
+    QSignalSpy reported(&host, &CHostWindow::Reported);
+    host.ReadFromController();
+    QCOMPARE(reported.count(), 1);
+    // What the dialog now holds is what it hands on: collect and look.
+    host.Mgr()->SaveToFile(true);
+    FactoryParams held;
+    host.Mgr()->GetFactoryParams(&held);
+    QCOMPARE(held.motor[3].size, 444.0);
+}
+
+void TestHostSavePath::errorsAreExplainedToTheUser()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.OpenSettings();
+    host.Simulator()->SetConnected(false);
+    ModalAnswerer answerer;
+    host.ReadFromController();
+    host.Simulator()->SetConnected(true);
+    host.Simulator()->SetBusy(true);
+    host.UploadToController();
+    host.Simulator()->SetBusy(false);
+
+    QCOMPARE(host.Notifier().Shown(), QList<int>({int(CSimController::CodeNotConnected), 1005}));
+    QCOMPARE(answerer.Count(), 2);
+    QCOMPARE(answerer.Boxes()[0].strTitle, QStringLiteral("Error"));
+    QVERIFY(answerer.Boxes()[0].strText.startsWith("The controller is not connected."));
+    QVERIFY(answerer.Boxes()[0].strText.contains("2001"));
+    QVERIFY(answerer.Boxes()[1].strText.startsWith("The controller is busy with a job."));
+}
+
+void TestHostSavePath::escapeInTheDialogClosesTheSettingsWindow()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.show();
+    host.OpenSettings();
+    CSettingsWindow* pWindow = host.SettingsWindow();
+    QVERIFY(QTest::qWaitForWindowExposed(pWindow));
+    QDialog* pDialog = pWindow->Dialog();
+    QCOMPARE(pDialog->parentWidget()->parentWidget()->parentWidget(), pWindow);
+    QTest::keyClick(pDialog, Qt::Key_Escape);
+    QVERIFY(!pWindow->isVisible());
+    QVERIFY(host.isVisible());
+}
+
+void TestHostSavePath::languageAndUnitReachThePlugin()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.OpenSettings();
+    host.SetLanguage("zh_CN");
+    QTRY_COMPARE(host.windowTitle(), QStringLiteral("Quorvane 参考主机"));
+    QTRY_COMPARE(host.SettingsWindow()->windowTitle(), QStringLiteral("机器设置"));
+    host.SetLanguage("en");
+    QTRY_COMPARE(host.SettingsWindow()->windowTitle(), QStringLiteral("Machine Settings"));
+
+    // The unit is kept for the next start too.
+    host.SetUnit(0);
+    CHostWindow again;
+    QVERIFY(again.Start());
+    QAction* pInches = again.findChild<QAction*>("action_inches");
+    QVERIFY(pInches && pInches->isChecked());
+}
+
+FACTORYMGR_TEST_MAIN(TestHostSavePath)
+#include "tst_hostsavepath.moc"

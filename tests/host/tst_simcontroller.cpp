@@ -1,0 +1,346 @@
+#include "TestMain.h"
+
+#include "CPatternConverter.h"
+#include "CShapeFile.h"
+#include "CSimController.h"
+
+#include <QSettings>
+
+#include <cmath>
+#include <memory>
+
+namespace {
+void WriteFile(const QString& strPath, const QByteArray& content)
+{
+    QFile file(strPath);
+    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(content);
+}
+}
+
+class TestSimController : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+
+    void acceptsWhatItCanTake();
+    void limitsWhatItCannotTake();
+    void statesAndRefusals();
+    void keepsEverythingAcrossARestart();
+    void damagedFlashStartsFresh();
+    void answersTheCardFunctions();
+    void cuttingCountsJobTimeAndTravel();
+    void clearResetsTheCounters();
+    void workTimeComesFromTheFlash();
+    void upgradeChecksTheFile_data();
+    void upgradeChecksTheFile();
+    void upgradeChangesTheVersion();
+    void busyWhileAnUpgradeRuns();
+    void calibrationConvergesInOneCorrection();
+    void patternConverterMakesAJob();
+
+private:
+    std::unique_ptr<CSimController> Make();
+    QScopedPointer<QTemporaryDir> m_pDir;
+    QString m_strFlash;
+    QString m_strPattern;
+};
+
+void TestSimController::init()
+{
+    m_pDir.reset(new QTemporaryDir);
+    m_strFlash = m_pDir->path() + "/flash/controller.ini";
+    m_strPattern = QCoreApplication::applicationDirPath() + "/../Resources/Data/adjustpulse.lcpx";
+}
+
+std::unique_ptr<CSimController> TestSimController::Make()
+{
+    auto pSim = std::make_unique<CSimController>(m_strFlash);
+    pSim->SetTaskDuration(0);
+    return pSim;
+}
+
+void TestSimController::acceptsWhatItCanTake()
+{
+    auto pSim = Make();
+    FactoryParams params;
+    params.motor[0].speedMax = 1450.0;
+    params.laser.lasers[1].powerMax = 95.5;
+    QCOMPARE(pSim->WriteFactoryParams(&params), 0);
+    QCOMPARE(pSim->LastLimitedCount(), 0);
+    FactoryParams back;
+    QCOMPARE(pSim->ReadFactoryParams(&back), 0);
+    QCOMPARE(std::memcmp(&back, &params, sizeof(FactoryParams)), 0);
+}
+
+void TestSimController::limitsWhatItCannotTake()
+{
+    auto pSim = Make();
+    FactoryParams params;
+    params.motor[0].speedMax = 1600.0;   // X takes 1500
+    params.motor[1].speedMax = 1100.0;   // Y takes 1000
+    params.motor[1].accMax = 45000.0;    // X and Y take 30000
+    params.motor[2].speedMax = 150.0;    // Z takes 1000: kept
+    params.laser.lasers[0].powerMax = 120.0;
+    params.laser.laserCount = 5;
+    params.laser.lasers[1].type = 9;
+    params.speed.cutAccWork = -5.0;
+    params.motor[3].directionPolar = 3;
+    QCOMPARE(pSim->WriteFactoryParams(&params), 0);
+    QCOMPARE(pSim->LastLimitedCount(), 8);
+    FactoryParams back;
+    pSim->ReadFactoryParams(&back);
+    QCOMPARE(back.motor[0].speedMax, 1500.0);
+    QCOMPARE(back.motor[1].speedMax, 1000.0);
+    QCOMPARE(back.motor[1].accMax, 30000.0);
+    QCOMPARE(back.motor[2].speedMax, 150.0);
+    QCOMPARE(back.laser.lasers[0].powerMax, 100.0);
+    QCOMPARE(back.laser.laserCount, 2);
+    QCOMPARE(back.laser.lasers[1].type, 4);
+    QCOMPARE(back.speed.cutAccWork, 0.0);
+    QCOMPARE(back.motor[3].directionPolar, 1);
+}
+
+void TestSimController::statesAndRefusals()
+{
+    auto pSim = Make();
+    FactoryParams params;
+    QVERIFY(pSim->GetCurrentCard() == pSim.get());
+    QCOMPARE(pSim->GetState(), 2);
+    QVERIFY(pSim->GetTaskState() == pSim.get());
+
+    pSim->SetInformationOnly(true);
+    QCOMPARE(pSim->GetState(), 3);
+    QCOMPARE(pSim->WriteFactoryParams(&params), 1001);
+    QCOMPARE(pSim->ReadFactoryParams(&params), 0);
+    pSim->SetInformationOnly(false);
+
+    pSim->SetBusy(true);
+    QCOMPARE(pSim->IsBusy(), 1);
+    QCOMPARE(pSim->WriteFactoryParams(&params), 1005);
+    pSim->SetBusy(false);
+    QCOMPARE(pSim->IsBusy(), 0);
+
+    pSim->SetConnected(false);
+    QVERIFY(pSim->GetCurrentCard() == nullptr);
+    QCOMPARE(pSim->GetState(), 0);
+    QCOMPARE(pSim->WriteFactoryParams(&params), int(CSimController::CodeNotConnected));
+    QCOMPARE(pSim->ReadFactoryParams(&params), int(CSimController::CodeNotConnected));
+    QCOMPARE(pSim->CallFunction("ClearCardInfo", QVariant()), int(CSimController::CodeNotConnected));
+    QCOMPARE(pSim->WriteFactoryParams(nullptr), int(CSimController::CodeNotConnected));
+    pSim->SetConnected(true);
+    QCOMPARE(pSim->WriteFactoryParams(nullptr), int(CSimController::CodeBadJob));
+}
+
+void TestSimController::keepsEverythingAcrossARestart()
+{
+    {
+        auto pSim = Make();
+        FactoryParams params;
+        params.motor[1].pulsePerMm = 8.125;
+        params.speed.sweepAccY = 1234.0;
+        pSim->WriteFactoryParams(&params);
+        pSim->SetCardType(5);
+        pSim->SetTrueSteps(8.0, 7.5);
+        const QString strFirmware = m_pDir->path() + "/main.upd";
+        WriteFile(strFirmware, "VERSION QV-MB 9.9.9\nbinary");
+        QCOMPARE(pSim->CallFunction("CardUpgrade", QVariant(strFirmware)), 0);
+    }
+    auto pSim = Make();
+    const FactoryParams params = pSim->StoredParams();
+    QCOMPARE(params.motor[1].pulsePerMm, 8.125);
+    QCOMPARE(params.speed.sweepAccY, 1234.0);
+    QCOMPARE(pSim->CardType(), 5);
+    QCOMPARE(QByteArray(pSim->Info().firmwareVersion), QByteArray("QV-MB 9.9.9"));
+}
+
+void TestSimController::damagedFlashStartsFresh()
+{
+    QDir().mkpath(QFileInfo(m_strFlash).absolutePath());
+    WriteFile(m_strFlash, "[CONTROLLER]\nPARAMS=@ByteArray(too short)\nCARD_TYPE=abc\n");
+    auto pSim = Make();
+    QCOMPARE(pSim->StoredParams().motor[0].pulsePerMm, 7.88627);
+    QCOMPARE(pSim->CardType(), 0);
+}
+
+void TestSimController::answersTheCardFunctions()
+{
+    auto pSim = Make();
+    QVariant type;
+    QCOMPARE(pSim->QueryFunction("CurrentCardType", type), 0);
+    QCOMPARE(type.toInt(), 8);
+    pSim->SetCardType(3);
+    QCOMPARE(pSim->QueryFunction("CurrentCardType", type), 0);
+    QCOMPARE(type.toInt(), 3);
+
+    CardInfo info{};
+    QVariant pointer = QVariant::fromValue(static_cast<void*>(&info));
+    QCOMPARE(pSim->QueryFunction("GetCardInfo", pointer), 0);
+    QCOMPARE(QByteArray(info.firmwareVersion), QByteArray("QV-MB 3.2.0"));
+    QCOMPARE(QByteArray(info.panelVersion), QByteArray("QV-PN 1.4.0"));
+    QVariant nothing = QVariant::fromValue(static_cast<void*>(nullptr));
+    QCOMPARE(pSim->QueryFunction("GetCardInfo", nothing), int(CSimController::CodeBadJob));
+    QCOMPARE(pSim->CallFunction("SelfDestruct", QVariant()), int(CSimController::CodeUnknownFunction));
+    QCOMPARE(pSim->QueryFunction("SelfDestruct", type), int(CSimController::CodeUnknownFunction));
+    QCOMPARE(pSim->CallFunction(nullptr, QVariant()), int(CSimController::CodeUnknownFunction));
+}
+
+void TestSimController::cuttingCountsJobTimeAndTravel()
+{
+    auto pSim = Make();
+    pSim->SetTrueSteps(7.88627, 7.88627);   // a machine that cuts true
+    const QString strJob = m_pDir->path() + "/job.tl";
+    QCOMPARE(CPatternConverter::ConvertPattern(m_strPattern.toUtf8().constData(), strJob.toUtf8().constData(), 12.0), 0);
+    QSignalSpy cut(pSim.get(), &CSimController::JobCut);
+    QCOMPARE(pSim->CallFunction("BacklashAdjust", QVariant(strJob)), 0);
+    QCOMPARE(cut.count(), 1);
+    QCOMPARE(cut.first().at(0).toDouble(), 150.0);
+    QCOMPARE(cut.first().at(1).toDouble(), 150.0);
+    const CardInfo info = pSim->Info();
+    QCOMPARE(info.totalXMove, 300);   // the square's two horizontal sides
+    QCOMPARE(info.totalYMove, 300);
+    QCOMPARE(info.totalJobTime, 12);  // 600 mm at the corner speed of 50 mm/s
+
+    QCOMPARE(pSim->CallFunction("BacklashAdjust", QVariant(m_pDir->path() + "/none.tl")),
+             int(CSimController::CodeFileMissing));
+    WriteFile(m_pDir->path() + "/bad.tl", "TL 1\nPOLYLINE 0,0 abc\n");
+    QCOMPARE(pSim->CallFunction("BacklashAdjust", QVariant(m_pDir->path() + "/bad.tl")), int(CSimController::CodeBadJob));
+    QCOMPARE(pSim->CallFunction("BacklashAdjust", QVariant(m_strPattern)), int(CSimController::CodeBadJob));
+}
+
+void TestSimController::clearResetsTheCounters()
+{
+    auto pSim = Make();
+    const QString strJob = m_pDir->path() + "/job.tl";
+    CPatternConverter::ConvertPattern(m_strPattern.toUtf8().constData(), strJob.toUtf8().constData(), 10.0);
+    pSim->CallFunction("BacklashAdjust", QVariant(strJob));
+    QVERIFY(pSim->Info().totalXMove > 0);
+    QCOMPARE(pSim->CallFunction("ClearCardInfo", QVariant()), 0);
+    const CardInfo info = pSim->Info();
+    QCOMPARE(info.totalXMove, 0);
+    QCOMPARE(info.totalYMove, 0);
+    QCOMPARE(info.totalJobTime, 0);
+    QCOMPARE(info.totalWorkTime, 0);
+    QCOMPARE(QByteArray(info.firmwareVersion), QByteArray("QV-MB 3.2.0"));
+}
+
+void TestSimController::workTimeComesFromTheFlash()
+{
+    QDir().mkpath(QFileInfo(m_strFlash).absolutePath());
+    WriteFile(m_strFlash, "[CONTROLLER]\nWORK_SECONDS=3600\nJOB_SECONDS=61\n");
+    auto pSim = Make();
+    QVERIFY(pSim->Info().totalWorkTime >= 3600);
+    QCOMPARE(pSim->Info().totalJobTime, 61);
+}
+
+void TestSimController::upgradeChecksTheFile_data()
+{
+    QTest::addColumn<QString>("strFunction");
+    QTest::addColumn<QString>("strName");
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<int>("nExpected");
+    QTest::newRow("mainboard missing") << "CardUpgrade" << "" << QByteArray() << int(CSimController::CodeFileMissing);
+    QTest::newRow("mainboard empty") << "CardUpgrade" << "main.upd" << QByteArray() << int(CSimController::CodeFileEmpty);
+    QTest::newRow("mainboard wrong type") << "CardUpgrade" << "main.hmi" << QByteArray("x") << int(CSimController::CodeWrongFileType);
+    QTest::newRow("mainboard") << "CardUpgrade" << "main.UPD" << QByteArray("x") << 0;
+    QTest::newRow("panel wrong type") << "PanelUpgrade" << "panel.upd" << QByteArray("x") << int(CSimController::CodeWrongFileType);
+    QTest::newRow("panel hmt") << "PanelUpgrade" << "panel.hmt" << QByteArray("x") << 0;
+    QTest::newRow("panel hmi") << "PanelUpgrade" << "panel.hmi" << QByteArray("x") << 0;
+    QTest::newRow("panel is a directory") << "PanelUpgrade" << "dir.hmi" << QByteArray() << int(CSimController::CodeFileMissing);
+}
+
+void TestSimController::upgradeChecksTheFile()
+{
+    QFETCH(QString, strFunction);
+    QFETCH(QString, strName);
+    QFETCH(QByteArray, content);
+    QFETCH(int, nExpected);
+    auto pSim = Make();
+    QString strPath = m_pDir->path() + "/" + strName;
+    if (strName.startsWith("dir"))
+        QDir().mkpath(strPath);
+    else if (!strName.isEmpty())
+        WriteFile(strPath, content);
+    else
+        strPath = m_pDir->path() + "/absent.upd";
+    QCOMPARE(pSim->CallFunction(strFunction.toLatin1().constData(), QVariant(strPath)), nExpected);
+}
+
+void TestSimController::upgradeChangesTheVersion()
+{
+    auto pSim = Make();
+    const QString strBoard = m_pDir->path() + "/main.upd";
+    WriteFile(strBoard, "\x01\x02 firmware image");
+    QCOMPARE(pSim->CallFunction("CardUpgrade", QVariant(strBoard)), 0);
+    QCOMPARE(QByteArray(pSim->Info().firmwareVersion), QByteArray("QV-MB 3.2.1"));
+    const QString strPanel = m_pDir->path() + "/panel.hmt";
+    WriteFile(strPanel, "VERSION QV-PN 2.0.0-beta\n...");
+    QCOMPARE(pSim->CallFunction("PanelUpgrade", QVariant(strPanel)), 0);
+    QCOMPARE(QByteArray(pSim->Info().panelVersion), QByteArray("QV-PN 2.0.0-beta"));
+    QCOMPARE(QByteArray(pSim->Info().firmwareVersion), QByteArray("QV-MB 3.2.1"));
+}
+
+void TestSimController::busyWhileAnUpgradeRuns()
+{
+    auto pSim = Make();
+    pSim->SetTaskDuration(300);
+    const QString strBoard = m_pDir->path() + "/main.upd";
+    WriteFile(strBoard, "image");
+    std::atomic<int> nResult{-1};
+    std::unique_ptr<QThread> worker(QThread::create([&] { nResult = pSim->CallFunction("CardUpgrade", QVariant(strBoard)); }));
+    worker->start();
+    QTRY_COMPARE(pSim->IsBusy(), 1);
+    FactoryParams params;
+    QCOMPARE(pSim->WriteFactoryParams(&params), 1005);
+    QVERIFY(worker->wait(10000));
+    QCOMPARE(nResult.load(), 0);
+    QCOMPARE(pSim->IsBusy(), 0);
+}
+
+void TestSimController::calibrationConvergesInOneCorrection()
+{
+    auto pSim = Make();   // true steps 7.95 (X) and 7.80 (Y)
+    FactoryParams params;
+    pSim->WriteFactoryParams(&params);
+    const QString strJob = m_pDir->path() + "/adjustpulse.tl";
+    QCOMPARE(CPatternConverter::ConvertPattern(m_strPattern.toUtf8().constData(), strJob.toUtf8().constData(), 10.0), 0);
+    QCOMPARE(pSim->CallFunction("BacklashAdjust", QVariant(strJob)), 0);
+    const QSizeF first = pSim->LastCut();
+    QVERIFY(std::fabs(first.width() - 150.0) > 0.5);
+    QVERIFY(std::fabs(first.height() - 150.0) > 0.5);
+
+    // What the wizard does with the sizes a person measures (to 0.01 mm):
+    // each step times measured / 150.
+    const double dMeasuredW = std::round(first.width() * 100.0) / 100.0;
+    const double dMeasuredH = std::round(first.height() * 100.0) / 100.0;
+    params.motor[0].pulsePerMm *= dMeasuredW / 150.0;
+    params.motor[1].pulsePerMm *= dMeasuredH / 150.0;
+    QCOMPARE(pSim->WriteFactoryParams(&params), 0);
+    QCOMPARE(pSim->CallFunction("BacklashAdjust", QVariant(strJob)), 0);
+    const QSizeF second = pSim->LastCut();
+    QCOMPARE(QString::number(second.width(), 'f', 2), QStringLiteral("150.00"));
+    QCOMPARE(QString::number(second.height(), 'f', 2), QStringLiteral("150.00"));
+}
+
+void TestSimController::patternConverterMakesAJob()
+{
+    const QString strJob = m_pDir->path() + "/job.tl";
+    QCOMPARE(CPatternConverter::ConvertPattern(m_strPattern.toUtf8().constData(), strJob.toUtf8().constData(), 33.0), 0);
+    CShapeFile job;
+    QString strError;
+    QVERIFY2(job.Read(strJob, "TL", strError), qPrintable(strError));
+    QCOMPARE(job.fields.value("POWER"), QByteArray("33"));
+    QCOMPARE(job.Bounds(), QRectF(0, 0, 150, 150));
+
+    const QString strMissing = m_pDir->path() + "/missing.lcpx";
+    const QString strNoJob = m_pDir->path() + "/nojob.tl";
+    QCOMPARE(CPatternConverter::ConvertPattern(strMissing.toUtf8().constData(), strNoJob.toUtf8().constData(), 10.0), 1);
+    QVERIFY(!QFileInfo::exists(strNoJob));
+    QCOMPARE(CPatternConverter::ConvertPattern(nullptr, nullptr, 10.0), 1);
+    QCOMPARE(CPatternConverter::ConvertPattern(m_strPattern.toUtf8().constData(),
+                                               (m_pDir->path() + "/no/dir/job.tl").toUtf8().constData(), 10.0), 2);
+}
+
+FACTORYMGR_TEST_MAIN(TestSimController)
+#include "tst_simcontroller.moc"
