@@ -1,10 +1,13 @@
 #include "CPropertyTable.h"
 
+#include "ComboBox.h"
 #include "IResolution.h"
 
 #include <QColor>
 #include <QHeaderView>
 #include <QTableWidget>
+
+#include <cmath>
 
 double CPropertyTable::Scaled(IResolution* pResolution, double dLength)
 {
@@ -35,4 +38,65 @@ void CPropertyTable::Format(QTableWidget* pTable, IResolution* pResolution)
         LockCell(pTable, r, 0);
         pTable->setRowHeight(r, nRowHeight);
     }
+}
+
+ComboBox* CPropertyTable::MakeListCell(QTableWidget* pTable, int nRow, int nColumn, const QStringList& choices,
+                                       int nCurrent, const QString& strItemText)
+{
+    auto* pCell = new ComboBox(pTable, ComboBox::ListMode);
+    for (const QString& strChoice : choices)
+        pCell->addItem(strChoice);
+    pCell->setCurrentIndex(nCurrent);
+    pTable->setItem(nRow, nColumn, new QTableWidgetItem(strItemText));
+    pTable->setCellWidget(nRow, nColumn, pCell);
+    pCell->show();
+    return pCell;
+}
+
+ComboBox* CPropertyTable::MakeNumberCell(QTableWidget* pTable, int nRow, int nColumn, const QString& strText)
+{
+    auto* pCell = new ComboBox(pTable, ComboBox::EditMode);
+    pCell->setText(strText);
+    pTable->setCellWidget(nRow, nColumn, pCell);
+    pCell->setEditing(false);
+    return pCell;
+}
+
+ComboBox* CPropertyTable::Cell(QTableWidget* pTable, int nRow, int nColumn)
+{
+    return qobject_cast<ComboBox*>(pTable->cellWidget(nRow, nColumn));
+}
+
+void CPropertyTable::ShowCellsAsText(QTableWidget* pTable)
+{
+    for (int r = 0; r < pTable->rowCount(); ++r)
+        for (int c = 1; c < pTable->columnCount(); ++c)
+            if (ComboBox* pCell = Cell(pTable, r, c))
+                pCell->setEditing(pCell->mode() == ComboBox::ListMode);
+}
+
+void CPropertyTable::OpenCellEditor(QTableWidget* pTable, int nRow, int nColumn)
+{
+    if (nRow < 0 || nColumn < 0)
+        return;
+    if (ComboBox* pCell = Cell(pTable, nRow, nColumn))
+        pCell->setEditing(true);
+}
+
+QString CPropertyTable::Fixed2(double dValue)
+{
+    return QString::number(dValue, 'f', 2);
+}
+
+double CPropertyTable::Round3(double dValue)
+{
+    return std::round(dValue * 1000.0) / 1000.0;
+}
+
+bool CPropertyTable::ParseNumber(const QString& strText, double& dValue)
+{
+    bool bOk = false;
+    dValue = strText.toDouble(&bOk);
+    // "inf" converts, but no machine value is infinite: treat it as no number.
+    return bOk && !std::isinf(dValue);
 }

@@ -1,6 +1,10 @@
 #include "DlgFactoryMgr.h"
 
 #include "CFactoryMgrApp.h"
+#include "CLaserTab.h"
+#include "CMachineTab.h"
+#include "CMotorTab.h"
+#include "CSpeedTab.h"
 #include "CPropertyTable.h"
 #include "CThemeTab.h"
 #include "CTranslator.h"
@@ -67,6 +71,10 @@ DlgFactoryMgr::DlgFactoryMgr(FactoryParams* pRecord, QWidget* parent)
     , m_bSystemTabLoaded(false)
 {
     ui->setupUi(this);
+    m_pMotorTab = std::make_unique<CMotorTab>(this, ui->tableWidget_motor, m_displayParams.motor);
+    m_pLaserTab = std::make_unique<CLaserTab>(this, ui, &m_laserSection);
+    m_pMachineTab = std::make_unique<CMachineTab>(this, ui->tableWidget_machine, &m_machineSection);
+    m_pSpeedTab = std::make_unique<CSpeedTab>(this, ui->tableWidget_speed, &m_speedSection);
     RetranslateTexts();
     if (m_pRecord) {
         std::memcpy(static_cast<void*>(&m_snapshotParams), m_pRecord, sizeof(FactoryParams));
@@ -78,6 +86,11 @@ DlgFactoryMgr::DlgFactoryMgr(FactoryParams* pRecord, QWidget* parent)
 DlgFactoryMgr::~DlgFactoryMgr()
 {
     delete ui;
+}
+
+IResolution* DlgFactoryMgr::Resolution() const
+{
+    return m_pResolution;
 }
 
 int DlgFactoryMgr::SetParams(const FactoryParams& params)
@@ -157,8 +170,19 @@ void DlgFactoryMgr::InitDialog()
     // Without the sibling plug-in the tables keep their design sizes.
     m_pResolution = static_cast<IResolution*>(LoadPluginInterface(QStringLiteral("Resolution"), true, nullptr));
     CopyRecordToDisplay();
-    CPropertyTable::Format(ui->tableWidget_motor, m_pResolution);
+    FillAllTables();
     ui->tabWidget->setCurrentIndex(0);
+}
+
+void DlgFactoryMgr::FillAllTables()
+{
+    CPropertyTable::Format(ui->tableWidget_motor, m_pResolution);
+    m_pMotorTab->FillMotorTable();
+    m_pLaserTab->RefreshLaserTab();
+    m_pMachineTab->FillMachineTable();
+    CPropertyTable::Format(ui->tableWidget_machine, m_pResolution);
+    m_pSpeedTab->FillSpeedTable();
+    CPropertyTable::Format(ui->tableWidget_speed, m_pResolution);
 }
 
 void DlgFactoryMgr::CopyRecordToDisplay()
@@ -181,6 +205,10 @@ void DlgFactoryMgr::DataToCtrlSlot(bool bDataToCtrl)
 {
     if (bDataToCtrl) {
         CopyRecordToDisplay();
+        m_pMotorTab->FillMotorTable();
+        m_pLaserTab->RefillColumns();
+        m_pMachineTab->FillMachineTable();
+        m_pSpeedTab->FillSpeedTable();
         return;
     }
     // These two have no row in the Motor table: every record that leaves the
@@ -189,6 +217,7 @@ void DlgFactoryMgr::DataToCtrlSlot(bool bDataToCtrl)
         motor.hardLimitProtect = true;
         motor.limitPolar = 0;
     }
+    m_pLaserTab->CollectLaserSection();
     // An address table that was never shown holds nothing to store.
     if (m_bHomepageFilled)
         CThemeTab::Store(ui->tableWidget_customHomepage);
@@ -227,6 +256,96 @@ void DlgFactoryMgr::ApplyXyStepRatio(double dRatioW, double dRatioH)
 
 void DlgFactoryMgr::ResetCellEditors()
 {
+    CPropertyTable::ShowCellsAsText(ui->tableWidget_motor);
+    CPropertyTable::ShowCellsAsText(ui->tableWidget_machine);
+}
+
+void DlgFactoryMgr::on_tableWidget_motor_clicked(const QModelIndex& index)
+{
+    m_pMotorTab->Clicked(index);
+}
+
+void DlgFactoryMgr::on_MotorSelchangeComboValue(int nIndex)
+{
+    m_pMotorTab->ComboChanged(sender(), nIndex);
+}
+
+void DlgFactoryMgr::on_MotorKillfocusEditValue()
+{
+    m_pMotorTab->EditFinished();
+}
+
+void DlgFactoryMgr::on_radioButton_laserSingle_toggled(bool checked)
+{
+    ILog_WriteLogF(0, "radioButton_laserSingle was toggled.");
+    if (checked)
+        m_pLaserTab->SetCount(1);
+}
+
+void DlgFactoryMgr::on_radioButton_laserDouble_toggled(bool checked)
+{
+    ILog_WriteLogF(0, "radioButton_laserTubeGlass was toggled.");
+    if (checked)
+        m_pLaserTab->SetCount(2);
+}
+
+void DlgFactoryMgr::on_radioButton_tubeSingle_toggled(bool checked)
+{
+    ILog_WriteLogF(0, "radioButton_tubeSingle was toggled.");
+    if (checked)
+        m_pLaserTab->SetCount(1);
+}
+
+void DlgFactoryMgr::on_radioButton_tubeDouble_toggled(bool checked)
+{
+    ILog_WriteLogF(0, "radioButton_tubeDouble was toggled.");
+    if (checked)
+        m_pLaserTab->SetCount(2);
+}
+
+void DlgFactoryMgr::on_tableWidget_laser_clicked(const QModelIndex& index)
+{
+    m_pLaserTab->Clicked(index);
+}
+
+void DlgFactoryMgr::SelectLaserCell(int nRow, int nColumn)
+{
+    m_pLaserTab->SelectLaserCell(nRow, nColumn);
+}
+
+void DlgFactoryMgr::on_LaserSelchangeComboValue(int nIndex)
+{
+    m_pLaserTab->ComboChanged(nIndex);
+}
+
+void DlgFactoryMgr::on_LaserKillfocusEditValue()
+{
+    m_pLaserTab->EditFinished();
+}
+
+void DlgFactoryMgr::on_tableWidget_machine_clicked(const QModelIndex& index)
+{
+    m_pMachineTab->Clicked(index);
+}
+
+void DlgFactoryMgr::on_MachineSelchangeComboValue(int nIndex)
+{
+    m_pMachineTab->ComboChanged(nIndex);
+}
+
+void DlgFactoryMgr::on_MachineKillfocusEditValue()
+{
+    m_pMachineTab->EditFinished();
+}
+
+void DlgFactoryMgr::on_tableWidget_speed_clicked(const QModelIndex& index)
+{
+    m_pSpeedTab->Clicked(index);
+}
+
+void DlgFactoryMgr::on_SpeedKillfocusEditValue()
+{
+    m_pSpeedTab->EditFinished();
 }
 
 int DlgFactoryMgr::RunTask(int nTask, void* pParam)
@@ -301,7 +420,7 @@ void DlgFactoryMgr::changeEvent(QEvent* event)
 {
     if (event->type() == QEvent::LanguageChange) {
         RetranslateTexts();
-        CPropertyTable::Format(ui->tableWidget_motor, m_pResolution);
+        FillAllTables();
         return;
     }
     BaseDialog::changeEvent(event);

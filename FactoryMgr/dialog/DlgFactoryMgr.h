@@ -6,6 +6,12 @@
 
 #include <QModelIndex>
 
+#include <memory>
+
+class CLaserTab;
+class CMachineTab;
+class CMotorTab;
+class CSpeedTab;
 class IResolution;
 namespace Ui {
 class DlgFactoryMgr;
@@ -41,6 +47,10 @@ public:
     void ApplyXyStepRatio(double dRatioW, double dRatioH);
     // Puts the Motor and Machine tables back into display mode.
     void ResetCellEditors();
+    // The screen scaling service, or null when "Resolution" could not be loaded.
+    IResolution* Resolution() const;
+    // Makes (row, column) the Laser tab's current cell and opens its editor.
+    void SelectLaserCell(int nRow, int nColumn);
 
     // IThreadDialogOwner: task 0 reads the working record from the device,
     // task 1 writes it.
@@ -57,6 +67,21 @@ signals:
 public slots:
     // true: working record into the controls; false: controls into the working record.
     void DataToCtrlSlot(bool bDataToCtrl);
+    void on_tableWidget_motor_clicked(const QModelIndex& index);
+    void on_MotorSelchangeComboValue(int nIndex);
+    void on_MotorKillfocusEditValue();
+    void on_radioButton_laserSingle_toggled(bool checked);
+    void on_radioButton_laserDouble_toggled(bool checked);
+    void on_radioButton_tubeSingle_toggled(bool checked);
+    void on_radioButton_tubeDouble_toggled(bool checked);
+    void on_tableWidget_laser_clicked(const QModelIndex& index);
+    void on_LaserSelchangeComboValue(int nIndex);
+    void on_LaserKillfocusEditValue();
+    void on_tableWidget_machine_clicked(const QModelIndex& index);
+    void on_MachineSelchangeComboValue(int nIndex);
+    void on_MachineKillfocusEditValue();
+    void on_tableWidget_speed_clicked(const QModelIndex& index);
+    void on_SpeedKillfocusEditValue();
 
 private slots:
     void on_tabWidget_currentChanged(int index);
@@ -73,6 +98,7 @@ private:
     void InitDialog();
     void CopyRecordToDisplay();
     void CopyDisplayToRecord();
+    void FillAllTables();
 
     Ui::DlgFactoryMgr* ui;
     FactoryParams* m_pRecord;           // the caller's record; written back by import only
@@ -98,4 +124,9 @@ private:
     IResolution* m_pResolution;
     bool m_bHomepageFilled;
     bool m_bSystemTabLoaded;
+    // Each tab's rules, over the display data above.
+    std::unique_ptr<CMotorTab> m_pMotorTab;
+    std::unique_ptr<CLaserTab> m_pLaserTab;
+    std::unique_ptr<CMachineTab> m_pMachineTab;
+    std::unique_ptr<CSpeedTab> m_pSpeedTab;
 };

@@ -6,6 +6,7 @@
 #include "CUiPermissionsManager.h"
 #include "DlgFactoryMgr.h"
 #include "FactoryParamFile.h"
+#include "FakeCard.h"
 #include "FakeDevice.h"
 #include "ModalAnswerer.h"
 #include "ParamFileTestData.h"
@@ -54,7 +55,9 @@ QByteArray ReadBytes(const QString& strPath)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// A record that differs from the forced values on every axis.
+// A record that differs from the forced values on every axis. One laser: with
+// no card connected the Laser tab keeps its single-laser choice, and a collect
+// hands on the count the tab shows.
 FactoryParams Caller()
 {
     FactoryParams record = DistinctRecord();
@@ -62,6 +65,7 @@ FactoryParams Caller()
         motor.hardLimitProtect = false;
         motor.limitPolar = 1;
     }
+    record.laser.laserCount = 1;
     return record;
 }
 
@@ -98,6 +102,7 @@ private slots:
     void recordsAtConstruction();
     void collectForcesHardLimitProtection();
     void exportStraightAfterConstruction();
+    void exportWithTwoLasersOnACardThatHasThem();
     void importOverwritesTheCallersRecordAtOnce();
     void cancelledFileDialogsChangeNothing();
     void applyXyStepRatio();
@@ -188,7 +193,8 @@ void TestDlgFactoryMgr::formTablesAndProperties()
     for (int i = 0; i < pages.size(); ++i)
         QCOMPARE(pTabs->widget(i)->objectName(), pages[i]);
 
-    const QList<std::tuple<const char*, int, int>> tables{{"tableWidget_motor", 5, 15}, {"tableWidget_laser", 1, 0},
+    // The laser table is rebuilt at construction: the label column and one laser.
+    const QList<std::tuple<const char*, int, int>> tables{{"tableWidget_motor", 5, 15}, {"tableWidget_laser", 2, 10},
                                                            {"tableWidget_speed", 2, 11}, {"tableWidget_machine", 2, 5},
                                                            {"tableWidget_system", 2, 6},
                                                            {"tableWidget_customHomepage", 2, 10}};
@@ -236,7 +242,7 @@ void TestDlgFactoryMgr::formTextsInEnglish()
     QCOMPARE(titles, QStringList({"Motor", "Laser", "Processing", "Machine", "System", "Theme"}));
     QCOMPARE(Headers(Child<QTableWidget>(&dialog, "tableWidget_motor")), QStringList({"Property", "X", "Y", "Z", "U"}));
     QCOMPARE(RowLabels(Child<QTableWidget>(&dialog, "tableWidget_motor")), kMotorRows);
-    QCOMPARE(Headers(Child<QTableWidget>(&dialog, "tableWidget_laser")), QStringList({"Property"}));
+    QCOMPARE(Headers(Child<QTableWidget>(&dialog, "tableWidget_laser")), QStringList({"Property", "Laser 1"}));
     QCOMPARE(Headers(Child<QTableWidget>(&dialog, "tableWidget_speed")), QStringList({"Property", "Value"}));
     QCOMPARE(RowLabels(Child<QTableWidget>(&dialog, "tableWidget_speed")), kSpeedRows);
     QCOMPARE(Headers(Child<QTableWidget>(&dialog, "tableWidget_machine")), QStringList({"Property", "Value"}));
@@ -379,6 +385,24 @@ void TestDlgFactoryMgr::exportStraightAfterConstruction()
     // The caller's record is not touched by an export.
     QVERIFY(FirstFileFieldDifference(m_caller, Caller()).isEmpty());
     QVERIFY(ReadBytes(CLogWriter::GetInstance()->FilePath()).contains("[0] pushButton_export was clicked."));
+}
+
+void TestDlgFactoryMgr::exportWithTwoLasersOnACardThatHasThem()
+{
+    FakeCard card;
+    FakeDevice device;
+    device.m_pCard = &card;
+    CFactoryMgrApp::GetInstance()->SetDevice(&device);
+    m_caller.laser.laserCount = 2;
+    DlgFactoryMgr dialog(&m_caller);
+    const QString strPath = m_strDir + "/two.ini";
+    ModalAnswerer answerer;
+    answerer.AnswerFileWith(strPath);
+    dialog.ExportParams();
+    FactoryParams exported;
+    QVERIFY(LoadFactoryParams(exported, strPath));
+    QCOMPARE(exported.laser.laserCount, 2);
+    QCOMPARE(exported.laser.lasers[1].powerMax, m_caller.laser.lasers[1].powerMax);
 }
 
 void TestDlgFactoryMgr::importOverwritesTheCallersRecordAtOnce()

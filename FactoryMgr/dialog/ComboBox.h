@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QVariant>
+#include <QWidget>
+
+class QComboBox;
+class QLabel;
+class QLineEdit;
+
+// The one cell editor of every property table: by a mode fixed at
+// construction either a list (a QComboBox) or a number (a QLineEdit), plus a
+// label that shows a number while its cell is not being edited.
+class ComboBox : public QWidget
+{
+    Q_OBJECT
+public:
+    enum Mode
+    {
+        ListMode = 0,
+        EditMode = 1
+    };
+
+    Q_INVOKABLE explicit ComboBox(QWidget* parent = nullptr, int nMode = ListMode);
+    ~ComboBox() override;
+
+    void addItem(const QString& strText);
+    void setItemData(int nIndex, const QVariant& value, int nRole = Qt::UserRole);
+    QVariant itemData(int nIndex, int nRole = Qt::UserRole) const;
+    int currentIndex() const;
+    void setCurrentIndex(int nIndex);
+    QComboBox* comboBox() const;
+    QLineEdit* lineEdit() const;
+    QLabel* label() const;
+    // Edit mode: the line edit's text; both modes: the label's text (label hidden).
+    void setText(const QString& strText);
+    QString text() const;
+    int mode() const;
+    // List mode: show or hide the list, focus it. Edit mode: the line edit
+    // (on) or the label (off).
+    void setEditing(bool bOn);
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    int m_nMode;
+    QComboBox* m_pCombo;
+    QLineEdit* m_pLineEdit;
+    QLabel* m_pLabel;
+};
+
+Q_DECLARE_METATYPE(ComboBox*)
