@@ -231,8 +231,9 @@ void CLaserTab::EditFinished()
     if (!pLaser)
         return;
     ComboBox* pCell = CPropertyTable::Cell(ui->tableWidget_laser, m_nRow, m_nColumn);
+    QString strTyped;
     double v = 0.0;
-    if (!pCell || !CPropertyTable::ParseNumber(pCell->text(), v))
+    if (!CPropertyTable::TakeTypedText(pCell, strTyped) || !CPropertyTable::ParseNumber(strTyped, v))
         return;
     v = CPropertyTable::Round3(v);
     switch (RowId(m_nRow)) {

@@ -78,10 +78,11 @@ void CMachineTab::ComboChanged(int nIndex)
 void CMachineTab::EditFinished()
 {
     ComboBox* pCell = CPropertyTable::Cell(m_pTable, m_nRow, m_nColumn);
-    if (m_nRow < 0 || m_nColumn != 1 || !pCell)
+    QString strTyped;
+    if (m_nRow < 0 || m_nColumn != 1 || !CPropertyTable::TakeTypedText(pCell, strTyped))
         return;
     double dValue = 0.0;
-    if (!CPropertyTable::ParseNumber(pCell->text(), dValue))
+    if (!CPropertyTable::ParseNumber(strTyped, dValue))
         dValue = 0.0;   // a text that is no number counts as 0
     dValue = CPropertyTable::Round3(dValue);
     // The cell keeps the text as typed until the table is refilled.
@@ -90,7 +91,7 @@ void CMachineTab::EditFinished()
         pItem = new QTableWidgetItem;
         m_pTable->setItem(m_nRow, m_nColumn, pItem);
     }
-    pItem->setText(pCell->text());
+    pItem->setText(strTyped);
     if (m_nRow == 1)
         m_pSection->laserSpace = dValue > 0.0 ? dValue : 0.0;
     CPropertyTable::ShowCellsAsText(m_pTable);

@@ -148,8 +148,9 @@ void CMotorTab::ComboChanged(QObject* pSender, int nIndex)
 void CMotorTab::EditFinished()
 {
     ComboBox* pCell = CPropertyTable::Cell(m_pTable, m_nRow, m_nColumn);
+    QString strTyped;
     double dValue = 0.0;
-    if (!CPropertyTable::ParseNumber(pCell ? pCell->text() : QString(), dValue))
+    if (!CPropertyTable::TakeTypedText(pCell, strTyped) || !CPropertyTable::ParseNumber(strTyped, dValue))
         return;
     MotorParams* pBlock = AxisBlockForColumn(m_nColumn);
     if (!pBlock)

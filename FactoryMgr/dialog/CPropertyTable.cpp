@@ -5,6 +5,7 @@
 
 #include <QColor>
 #include <QHeaderView>
+#include <QLineEdit>
 #include <QTableWidget>
 
 #include <cmath>
@@ -91,6 +92,16 @@ QString CPropertyTable::Fixed2(double dValue)
 double CPropertyTable::Round3(double dValue)
 {
     return std::round(dValue * 1000.0) / 1000.0;
+}
+
+bool CPropertyTable::TakeTypedText(ComboBox* pCell, QString& strText)
+{
+    QLineEdit* pEdit = pCell ? pCell->lineEdit() : nullptr;
+    if (!pEdit || !pEdit->isModified())
+        return false;
+    pEdit->setModified(false);
+    strText = pEdit->text();
+    return true;
 }
 
 bool CPropertyTable::ParseNumber(const QString& strText, double& dValue)

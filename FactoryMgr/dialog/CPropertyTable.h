@@ -37,6 +37,11 @@ public:
     static QString Fixed2(double dValue);
     // What the record keeps of a typed number: at most 3 decimals.
     static double Round3(double dValue);
+    // The text the user typed into a number cell, taken once: false when there
+    // is no number cell or nothing new was typed. A line edit also reports
+    // "editing finished" when it loses focus after Return, by then holding the
+    // value the table wrote back; that must not be stored a second time.
+    static bool TakeTypedText(ComboBox* pCell, QString& strText);
     // A typed text as a number; false for text that is none, or infinite.
     static bool ParseNumber(const QString& strText, double& dValue);
 };

@@ -72,8 +72,11 @@ void CSpeedTab::EditFinished()
     if (m_nRow < 0 || m_nColumn != 1)
         return;
     ComboBox* pCell = CPropertyTable::Cell(m_pTable, m_nRow, m_nColumn);
+    QString strTyped;
+    if (!CPropertyTable::TakeTypedText(pCell, strTyped))
+        return;
     double dValue = 0.0;
-    if (!pCell || !CPropertyTable::ParseNumber(pCell->text(), dValue))
+    if (!CPropertyTable::ParseNumber(strTyped, dValue))
         dValue = 0.0;   // a text that is no number counts as 0
     dValue = CPropertyTable::Round3(dValue);
     StoreSpeedValue(*m_pSection, m_nRow, dValue);

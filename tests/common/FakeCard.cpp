@@ -27,6 +27,8 @@ int FakeCard::QueryFunction(const char* szName, QVariant& inOut)
             std::strncpy(pInfo->firmwareVersion, m_firmwareVersion.constData(), sizeof(pInfo->firmwareVersion) - 1);
         }
     }
+    if (qstrcmp(szName, "CurrentCardType") == 0)
+        inOut = QVariant(int(m_nCardType));
     return Enter(szName, inOut, true);
 }
 

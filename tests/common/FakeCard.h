@@ -45,6 +45,8 @@ public:
     std::atomic<int> m_nInside{0};
     std::atomic<int> m_nMaxInside{0};
     FakeTaskState m_taskState;
+    // Answered to "CurrentCardType".
+    std::atomic<int> m_nCardType{8};
     // Written into a CardInfo handed to "GetCardInfo".
     QByteArray m_firmwareVersion = "FW-1.0";
 

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QString>
+
+class ComboBox;
+class QTableWidget;
+
+// Drives a property table as a person does: click a cell, type a number and
+// press Return, or pick in a cell's list with the keyboard.
+class TableDriver
+{
+public:
+    static void Click(QTableWidget* pTable, int nRow, int nColumn);
+    // Clicks the cell, types strText into its editor and presses Return.
+    static void Type(QTableWidget* pTable, int nRow, int nColumn, const QString& strText);
+    // Clicks the cell and moves its list to nIndex with the arrow keys.
+    static void Choose(QTableWidget* pTable, int nRow, int nColumn, int nIndex);
+    // Moves the cell's list by keyboard only, without a click on it.
+    static void ChooseWithoutClick(QTableWidget* pTable, int nRow, int nColumn, int nIndex);
+    static ComboBox* Cell(QTableWidget* pTable, int nRow, int nColumn);
+    // What the cell shows: the number label or the list's text.
+    static QString Shown(QTableWidget* pTable, int nRow, int nColumn);
+};
