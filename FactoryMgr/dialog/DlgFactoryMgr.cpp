@@ -7,13 +7,16 @@
 #include "CSpeedTab.h"
 #include "CPropertyTable.h"
 #include "CThemeTab.h"
+#include "ComboBox.h"
 #include "CTranslator.h"
 #include "FactoryParamFile.h"
 #include "ILog.h"
 #include "PluginLoader.h"
 #include "ui_DlgFactoryMgr.h"
 
+#include <QComboBox>
 #include <QFileDialog>
+#include <QLineEdit>
 #include <QKeyEvent>
 
 #include <cstring>
@@ -85,6 +88,15 @@ DlgFactoryMgr::DlgFactoryMgr(FactoryParams* pRecord, QWidget* parent)
 
 DlgFactoryMgr::~DlgFactoryMgr()
 {
+    // The cell editors go with the QWidget base, after this part of the dialog:
+    // a line edit that has the focus would report "editing finished" into a
+    // dialog that is no longer there.
+    for (ComboBox* pCell : findChildren<ComboBox*>()) {
+        if (pCell->lineEdit())
+            pCell->lineEdit()->disconnect(this);
+        if (pCell->comboBox())
+            pCell->comboBox()->disconnect(this);
+    }
     delete ui;
 }
 
