@@ -1,6 +1,7 @@
 #include "CFactoryMgrIns.h"
 
 #include "CFactoryMgrApp.h"
+#include "CReadBackCheck.h"
 #include "CTipsBox.h"
 #include "DlgFactoryMgr.h"
 #include "FactoryParamFile.h"
@@ -176,8 +177,17 @@ bool CFactoryMgrIns::CheckDeviceParams(quint32* pFlags)
         std::memcpy(static_cast<void*>(&before), &m_params, sizeof(FactoryParams));
         static_cast<IFactoryMgr*>(this)->ReadParamsFromDevice();
         const bool bSame = ParamsEqual(before, m_params);
+        quint32 nFlags = 0;
+        if (m_pDlgFactoryMgr) {
+            m_pDlgFactoryMgr->ClearInvalidMarks();
+            if (!bSame) {
+                FactoryParams snapshot;
+                m_pDlgFactoryMgr->GetSnapshotParams(snapshot);
+                nFlags = CReadBackCheck::PutBack(m_params, before, snapshot, *m_pDlgFactoryMgr);
+            }
+        }
         if (pFlags)
-            *pFlags = 0;
+            *pFlags = nFlags;
         return bSame;
     });
 }

@@ -41,8 +41,9 @@ ListRow ListRowOf(const MotorParams& block, int nRow)
     default: return {Choices({"No", "Yes"}), block.startupReset ? 1 : 0};
     }
 }
+}
 
-double* NumberField(MotorParams& block, int nRow)
+double* CMotorTab::NumberField(MotorParams& block, int nRow)
 {
     switch (nRow) {
     case 5: return &block.pulsePerMm;
@@ -56,7 +57,6 @@ double* NumberField(MotorParams& block, int nRow)
     case 14: return &block.speedKeyJump;
     default: return nullptr;
     }
-}
 }
 
 CMotorTab::CMotorTab(DlgFactoryMgr* pDialog, QTableWidget* pTable, MotorParams* pBlocks)

@@ -19,6 +19,8 @@ public:
     void Clicked(const QModelIndex& index);
     void ComboChanged(QObject* pSender, int nIndex);
     void EditFinished();
+    // The number field a row edits (rows 5-7 and 9-14), or null.
+    static double* NumberField(MotorParams& block, int nRow);
     // 1 gives X, 2 Y, 3 Z, 4 U; anything else none.
     MotorParams* AxisBlockForColumn(int nColumn) const;
 

@@ -5,6 +5,7 @@
 #include "CMachineTab.h"
 #include "CMotorTab.h"
 #include "CSpeedTab.h"
+#include "CSystemTab.h"
 #include "CPropertyTable.h"
 #include "CThemeTab.h"
 #include "ComboBox.h"
@@ -71,13 +72,13 @@ DlgFactoryMgr::DlgFactoryMgr(FactoryParams* pRecord, QWidget* parent)
     , m_nSpeedColumn(-1)
     , m_pResolution(nullptr)
     , m_bHomepageFilled(false)
-    , m_bSystemTabLoaded(false)
 {
     ui->setupUi(this);
     m_pMotorTab = std::make_unique<CMotorTab>(this, ui->tableWidget_motor, m_displayParams.motor);
     m_pLaserTab = std::make_unique<CLaserTab>(this, ui, &m_laserSection);
     m_pMachineTab = std::make_unique<CMachineTab>(this, ui->tableWidget_machine, &m_machineSection);
     m_pSpeedTab = std::make_unique<CSpeedTab>(this, ui->tableWidget_speed, &m_speedSection);
+    m_pSystemTab = std::make_unique<CSystemTab>(this, ui->tableWidget_system);
     RetranslateTexts();
     if (m_pRecord) {
         std::memcpy(static_cast<void*>(&m_snapshotParams), m_pRecord, sizeof(FactoryParams));
@@ -272,6 +273,118 @@ void DlgFactoryMgr::ResetCellEditors()
     CPropertyTable::ShowCellsAsText(ui->tableWidget_machine);
 }
 
+void DlgFactoryMgr::on_pushButton_clear_clicked()
+{
+    m_pSystemTab->Clear();
+}
+
+void DlgFactoryMgr::on_pushButton_mainboardUpgrade_clicked()
+{
+    m_pSystemTab->Upgrade(CFactoryMgrApp::TaskCardUpgrade);
+}
+
+void DlgFactoryMgr::on_pushButton_panelUpgrade_clicked()
+{
+    m_pSystemTab->Upgrade(CFactoryMgrApp::TaskPanelUpgrade);
+}
+
+void DlgFactoryMgr::ClearInvalidMarks()
+{
+    const QBrush red(Qt::red);
+    for (QTableWidget* pTable : {ui->tableWidget_motor, ui->tableWidget_laser, ui->tableWidget_speed,
+                                 ui->tableWidget_machine}) {
+        for (int r = 0; r < pTable->rowCount(); ++r) {
+            for (int c = 1; c < pTable->columnCount(); ++c) {
+                if (QTableWidgetItem* pItem = pTable->item(r, c))
+                    if (pItem->background() == red)
+                        pItem->setBackground(QBrush(Qt::white));
+                if (QWidget* pCell = pTable->cellWidget(r, c))
+                    if (pCell->styleSheet() == QLatin1String("background-color: red;"))
+                        pCell->setStyleSheet(QStringLiteral("background-color: white;"));
+            }
+        }
+        pTable->viewport()->update();
+    }
+}
+
+void DlgFactoryMgr::MarkInvalidCell(int nTableKind, int nRow, int nColumn, double dValue)
+{
+    QTableWidget* pTable = nullptr;
+    switch (nTableKind) {
+    case 0: {
+        if (nColumn < 1 || nColumn > 4)
+            return;
+        double* pField = CMotorTab::NumberField(m_displayParams.motor[nColumn - 1], nRow);
+        if (!pField)
+            return;
+        *pField = dValue;
+        pTable = ui->tableWidget_motor;
+        break;
+    }
+    case 1: {
+        pTable = ui->tableWidget_laser;
+        // The field follows the row, shifted by the section's reserved word;
+        // the burning frequency runs on into the burning width, as it always has.
+        const int nField = (m_laserSection.reserved != 0 ? nRow + 1 : nRow) - 3;
+        if (nColumn == 1 || nColumn == 2) {
+            LaserParams& laser = m_laserSection.lasers[nColumn - 1];
+            switch (nField) {
+            case 0: laser.powerMin = dValue; break;
+            case 1: laser.powerMax = dValue; break;
+            case 2: laser.powerReduction = dValue; break;
+            case 3: laser.frequency = dValue; break;
+            case 4: laser.burningFrequency = dValue; [[fallthrough]];
+            case 5: laser.burningWidth = dValue; break;
+            default: break;
+            }
+        }
+        break;
+    }
+    case 2: {
+        double* pField = CSpeedTab::SpeedField(m_speedSection, nRow);
+        if (!pField)
+            return;
+        *pField = dValue;
+        pTable = ui->tableWidget_speed;
+        break;
+    }
+    case 3:
+        switch (nRow) {
+        case 0: m_machineSection.motiveMode = int(dValue); break;
+        case 1: m_machineSection.laserSpace = dValue; break;
+        case 2: m_machineSection.machineZero = int(dValue); break;
+        case 3: m_machineSection.openProject = dValue != 0.0; break;
+        case 4: m_machineSection.blow = dValue != 0.0; break;
+        default: break;
+        }
+        if (QTableWidgetItem* pItem = ui->tableWidget_machine->item(nRow, nColumn)) {
+            pItem->setBackground(QBrush(Qt::red));
+            pItem->setText(CPropertyTable::Fixed2(dValue));
+        }
+        // The distance is a number cell with no item beneath: its editor shows the mark.
+        if (ComboBox* pCell = CPropertyTable::Cell(ui->tableWidget_machine, nRow, nColumn)) {
+            if (pCell->mode() == ComboBox::EditMode) {
+                pCell->setText(CPropertyTable::Fixed2(dValue));
+                pCell->setStyleSheet(QStringLiteral("background-color: red;"));
+            }
+        }
+        ui->tableWidget_machine->viewport()->update();
+        return;
+    default:
+        return;
+    }
+    const QString strValue = CPropertyTable::Fixed2(dValue);
+    if (QTableWidgetItem* pItem = pTable->item(nRow, nColumn)) {
+        pItem->setBackground(QBrush(Qt::red));
+        pItem->setText(strValue);
+    }
+    if (ComboBox* pCell = CPropertyTable::Cell(pTable, nRow, nColumn)) {
+        pCell->setText(strValue);
+        pCell->setStyleSheet(QStringLiteral("background-color: red;"));
+    }
+    pTable->viewport()->update();
+}
+
 void DlgFactoryMgr::on_tableWidget_motor_clicked(const QModelIndex& index)
 {
     m_pMotorTab->Clicked(index);
@@ -393,9 +506,12 @@ double DlgFactoryMgr::GetTaskProgress(int nTask)
 void DlgFactoryMgr::on_tabWidget_currentChanged(int index)
 {
     ILog_WriteLogF(0, "tabWidget was changed.");
-    if (ui->tabWidget->widget(index) == ui->tab_theme && !m_bHomepageFilled) {
+    QWidget* pPage = ui->tabWidget->widget(index);
+    if (pPage == ui->tab_theme && !m_bHomepageFilled) {
         m_bHomepageFilled = true;
         CThemeTab::Fill(ui->tableWidget_customHomepage, m_pResolution);
+    } else if (pPage == ui->tab_2) {
+        m_pSystemTab->Shown();
     }
 }
 

@@ -12,6 +12,7 @@ class CLaserTab;
 class CMachineTab;
 class CMotorTab;
 class CSpeedTab;
+class CSystemTab;
 class IResolution;
 namespace Ui {
 class DlgFactoryMgr;
@@ -49,6 +50,11 @@ public:
     void ResetCellEditors();
     // The screen scaling service, or null when "Resolution" could not be loaded.
     IResolution* Resolution() const;
+    // Removes every red mark of the read-back check.
+    void ClearInvalidMarks();
+    // Shows a value the device did not keep, put back, and marks its cell red.
+    // nTableKind: 0 Motor, 1 Laser, 2 Processing, 3 Machine.
+    void MarkInvalidCell(int nTableKind, int nRow, int nColumn, double dValue);
     // Makes (row, column) the Laser tab's current cell and opens its editor.
     void SelectLaserCell(int nRow, int nColumn);
 
@@ -82,6 +88,9 @@ public slots:
     void on_MachineKillfocusEditValue();
     void on_tableWidget_speed_clicked(const QModelIndex& index);
     void on_SpeedKillfocusEditValue();
+    void on_pushButton_clear_clicked();
+    void on_pushButton_mainboardUpgrade_clicked();
+    void on_pushButton_panelUpgrade_clicked();
 
 private slots:
     void on_tabWidget_currentChanged(int index);
@@ -123,10 +132,10 @@ private:
     SpeedSection m_speedSection;
     IResolution* m_pResolution;
     bool m_bHomepageFilled;
-    bool m_bSystemTabLoaded;
     // Each tab's rules, over the display data above.
     std::unique_ptr<CMotorTab> m_pMotorTab;
     std::unique_ptr<CLaserTab> m_pLaserTab;
     std::unique_ptr<CMachineTab> m_pMachineTab;
     std::unique_ptr<CSpeedTab> m_pSpeedTab;
+    std::unique_ptr<CSystemTab> m_pSystemTab;
 };

@@ -15,7 +15,8 @@ TabTestFixture::TabTestFixture(const FactoryParams& record)
     CLogWriter::GetInstance()->SetDirectory(m_strLogDir);
     m_pDialog = std::make_unique<DlgFactoryMgr>(&m_record);
     m_pDialog->show();
-    QTest::qWaitForWindowExposed(m_pDialog.get());
+    if (!QTest::qWaitForWindowExposed(m_pDialog.get()))
+        qWarning("the settings dialog was not shown");
 }
 
 TabTestFixture::~TabTestFixture()

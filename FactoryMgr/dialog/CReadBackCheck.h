@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QtGlobal>
+
+class DlgFactoryMgr;
+struct FactoryParams;
+
+// What the device did not keep: every listed field whose read-back value
+// differs (exactly) from the value before the read is put back to the value
+// the dialog had when it was opened, its section's flag is set, and, where the
+// field has a cell, the cell is marked red with the put-back value.
+class CReadBackCheck
+{
+public:
+    enum Flag
+    {
+        FlagMotor = 1,
+        FlagLaser = 2,
+        FlagSpeed = 4,
+        FlagMachine = 8
+    };
+    enum TableKind
+    {
+        KindMotor = 0,
+        KindLaser = 1,
+        KindSpeed = 2,
+        KindMachine = 3
+    };
+
+    // record: as read back; before: as it was before the read; snapshot: the
+    // dialog's record at its opening. Returns the flags.
+    static quint32 PutBack(FactoryParams& record, const FactoryParams& before, const FactoryParams& snapshot,
+                           DlgFactoryMgr& dialog);
+};

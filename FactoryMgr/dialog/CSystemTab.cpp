@@ -1,0 +1,94 @@
+#include "CSystemTab.h"
+
+#include "CFactoryMgrApp.h"
+#include "CPropertyTable.h"
+#include "CTranslator.h"
+#include "CardInfo.h"
+#include "DlgFactoryMgr.h"
+#include "ILog.h"
+#include "ThreadDialogRun.h"
+
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QTableWidget>
+
+namespace {
+QString Wording(const char* szText)
+{
+    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
+}
+}
+
+CSystemTab::CSystemTab(DlgFactoryMgr* pDialog, QTableWidget* pTable)
+    : m_pDialog(pDialog)
+    , m_pTable(pTable)
+{
+}
+
+QString CSystemTab::FormatDuration(int nSeconds)
+{
+    const int nMinutesTotal = nSeconds / 60;
+    return QStringLiteral("%1:%2:%3")
+        .arg(nMinutesTotal / 60, 0, 10, QLatin1Char(' '))
+        .arg(nMinutesTotal % 60, 0, 10, QLatin1Char(' '))
+        .arg(nSeconds % 60, 0, 10, QLatin1Char(' '));
+}
+
+void CSystemTab::FillSystemTab(bool bShowError)
+{
+    CardInfo info{};
+    const int nResult = CFactoryMgrApp::GetInstance()->GetCardInfo(&info);
+    if (nResult != 0) {
+        if (bShowError)
+            CFactoryMgrApp::GetInstance()->ReportError(nResult);
+        return;
+    }
+    // The texts are NUL-terminated within their 64 bytes; a card that filled
+    // all 64 is cut there rather than read past.
+    const QStringList values{QString::fromLocal8Bit(info.firmwareVersion, int(qstrnlen(info.firmwareVersion, 64))),
+                             QString::fromLocal8Bit(info.panelVersion, int(qstrnlen(info.panelVersion, 64))),
+                             FormatDuration(info.totalWorkTime),
+                             FormatDuration(info.totalJobTime),
+                             QStringLiteral("%1").arg(info.totalXMove, 0, 10, QLatin1Char(' ')),
+                             QStringLiteral("%1").arg(info.totalYMove, 0, 10, QLatin1Char(' '))};
+    for (int r = 0; r < values.size() && r < m_pTable->rowCount(); ++r)
+        m_pTable->setItem(r, 1, new QTableWidgetItem(values[r]));
+}
+
+void CSystemTab::Shown()
+{
+    if (m_bSystemTabLoaded)
+        return;
+    m_bSystemTabLoaded = true;
+    FillSystemTab(false);
+    CPropertyTable::Format(m_pTable, m_pDialog->Resolution());
+}
+
+void CSystemTab::Clear()
+{
+    ILog_WriteLogF(0, "pushButton_clear was clicked.");
+    const int nResult = CFactoryMgrApp::GetInstance()->ClearCardInfo();
+    if (nResult != 0) {
+        CFactoryMgrApp::GetInstance()->ReportError(nResult);
+        return;
+    }
+    FillSystemTab(false);
+}
+
+void CSystemTab::Upgrade(int nTask)
+{
+    const bool bMainboard = nTask == CFactoryMgrApp::TaskCardUpgrade;
+    ILog_WriteLogF(0, bMainboard ? "on_pushButton_mainboardUpgrade was clicked." : "on_pushButton_panelUpgrade was clicked.");
+    QString strPath = QFileDialog::getOpenFileName(m_pDialog, Wording("Open"), QString(),
+                                                   bMainboard ? QStringLiteral("(*.upd)") : QStringLiteral("(*.hmt *.hmi)"));
+    if (strPath.isEmpty())
+        return;
+    m_pDialog->setCursor(Qt::WaitCursor);
+    const int nResult = ThreadDialogRun(CFactoryMgrApp::GetInstance(), nTask, &strPath, 0, Wording("Processing..."));
+    m_pDialog->setCursor(Qt::ArrowCursor);
+    ILog_WriteLogF(1, "HMI update erro code:%d", nResult);
+    if (nResult != 0)
+        QMessageBox::warning(m_pDialog, Wording("error"), Wording("Import failed"), QMessageBox::Ok);
+    else
+        QMessageBox::information(m_pDialog, QString(), Wording("Import successfully"), QMessageBox::Ok);
+}

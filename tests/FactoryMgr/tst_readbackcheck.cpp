@@ -1,0 +1,351 @@
+#include "TestMain.h"
+
+#include "CFactoryMgrApp.h"
+#include "ComboBox.h"
+#include "DlgFactoryMgr.h"
+#include "FactoryParamFile.h"
+#include "FakeCard.h"
+#include "FakeDevice.h"
+#include "IFactoryMgr.h"
+#include "ParamFileTestData.h"
+
+#include <QTableWidget>
+
+#include <functional>
+#include <set>
+#include <tuple>
+
+namespace {
+using Cell = std::tuple<int, int, int>;   // table kind, row, column
+using Mutator = std::function<void(FactoryParams&)>;
+using Reader = std::function<double(const FactoryParams&)>;
+
+const char* const kTables[] = {"tableWidget_motor", "tableWidget_laser", "tableWidget_speed", "tableWidget_machine"};
+
+// Every red cell of the four tables, as (kind, row, column).
+std::set<Cell> RedCells(DlgFactoryMgr* pDialog)
+{
+    std::set<Cell> red;
+    for (int nKind = 0; nKind < 4; ++nKind) {
+        auto* pTable = pDialog->findChild<QTableWidget*>(kTables[nKind]);
+        for (int r = 0; r < pTable->rowCount(); ++r)
+            for (int c = 1; c < pTable->columnCount(); ++c) {
+                const QTableWidgetItem* pItem = pTable->item(r, c);
+                const QWidget* pCell = pTable->cellWidget(r, c);
+                if ((pItem && pItem->background() == QBrush(Qt::red))
+                    || (pCell && pCell->styleSheet() == QLatin1String("background-color: red;")))
+                    red.insert({nKind, r, c});
+            }
+    }
+    return red;
+}
+
+struct FieldCase
+{
+    QString strName;
+    Mutator change;       // what the device does to the field
+    Reader read;          // the field, as a double
+    quint32 nFlag;
+    std::set<Cell> marks;
+};
+
+// The record the dialog opens with: two lasers, values unlike the defaults.
+FactoryParams Opening()
+{
+    FactoryParams record = ParamFileTestData::DistinctRecord();
+    for (MotorParams& motor : record.motor) {
+        motor.directionPolar = 1;
+        motor.hardLimitProtect = true;
+        motor.limitPolar = 0;
+    }
+    record.laser.laserCount = 2;
+    record.laser.reserved = 0;
+    return record;
+}
+
+QList<FieldCase> Cases()
+{
+    QList<FieldCase> cases;
+    const QList<QPair<const char*, double MotorParams::*>> motor{
+        {"pulsePerMm", &MotorParams::pulsePerMm}, {"size", &MotorParams::size},
+        {"zeroOffset", &MotorParams::zeroOffset}, {"speedJump", &MotorParams::speedJump},
+        {"speedMax", &MotorParams::speedMax},     {"accMax", &MotorParams::accMax},
+        {"accUrgentStop", &MotorParams::accUrgentStop}, {"accKey", &MotorParams::accKey},
+        {"speedKeyJump", &MotorParams::speedKeyJump}};
+    const int kMotorRows[] = {5, 6, 7, 9, 10, 11, 12, 13, 14};
+    for (int a = 0; a < 4; ++a)
+        for (int i = 0; i < motor.size(); ++i) {
+            const auto pField = motor[i].second;
+            cases << FieldCase{QStringLiteral("motor[%1].%2").arg(a).arg(motor[i].first),
+                               [=](FactoryParams& p) { p.motor[a].*pField += 111.5; },
+                               [=](const FactoryParams& p) { return p.motor[a].*pField; }, 1u, {{0, kMotorRows[i], a + 1}}};
+        }
+    const QList<std::tuple<const char*, double LaserParams::*, int>> laser{
+        {"powerMin", &LaserParams::powerMin, 2},           {"powerMax", &LaserParams::powerMax, 3},
+        {"powerReduction", &LaserParams::powerReduction, 4}, {"frequency", &LaserParams::frequency, 5},
+        {"burningFrequency", &LaserParams::burningFrequency, -1}, {"burningWidth", &LaserParams::burningWidth, -1}};
+    for (int k = 0; k < 2; ++k)
+        for (const auto& [szName, pField, nRow] : laser) {
+            std::set<Cell> marks;
+            if (nRow >= 0)
+                marks.insert({1, nRow, k + 1});
+            auto field = pField;
+            cases << FieldCase{QStringLiteral("lasers[%1].%2").arg(k).arg(szName),
+                               [=](FactoryParams& p) { p.laser.lasers[k].*field += 7.25; },
+                               [=](const FactoryParams& p) { return p.laser.lasers[k].*field; }, 2u, marks};
+        }
+    const QList<QPair<const char*, double SpeedSection::*>> speed{
+        {"cutSpeedSpace", &SpeedSection::cutSpeedSpace},   {"cutSpeedCorner", &SpeedSection::cutSpeedCorner},
+        {"cutAccSpace", &SpeedSection::cutAccSpace},       {"cutAccCorner", &SpeedSection::cutAccCorner},
+        {"cutAccWork", &SpeedSection::cutAccWork},         {"sweepSpeedXStart", &SpeedSection::sweepSpeedXStart},
+        {"sweepSpeedYStart", &SpeedSection::sweepSpeedYStart}, {"sweepSpeedNewline", &SpeedSection::sweepSpeedNewline},
+        {"sweepAccX", &SpeedSection::sweepAccX},           {"sweepAccY", &SpeedSection::sweepAccY},
+        {"panelSpeedReset", &SpeedSection::panelSpeedReset}};
+    for (int r = 0; r < speed.size(); ++r) {
+        const auto pField = speed[r].second;
+        cases << FieldCase{QStringLiteral("speed.%1").arg(speed[r].first),
+                           [=](FactoryParams& p) { p.speed.*pField += 3.5; },
+                           [=](const FactoryParams& p) { return p.speed.*pField; }, 4u, {{2, r, 1}}};
+    }
+    cases << FieldCase{"machine.motiveMode", [](FactoryParams& p) { p.machine.motiveMode = 0; },
+                       [](const FactoryParams& p) { return double(p.machine.motiveMode); }, 8u, {{3, 0, 1}}};
+    cases << FieldCase{"machine.laserSpace", [](FactoryParams& p) { p.machine.laserSpace += 1.0; },
+                       [](const FactoryParams& p) { return p.machine.laserSpace; }, 8u, {{3, 1, 1}}};
+    cases << FieldCase{"machine.machineZero", [](FactoryParams& p) { p.machine.machineZero = 0; },
+                       [](const FactoryParams& p) { return double(p.machine.machineZero); }, 8u, {{3, 2, 1}}};
+    cases << FieldCase{"machine.openProject", [](FactoryParams& p) { p.machine.openProject = false; },
+                       [](const FactoryParams& p) { return double(p.machine.openProject); }, 8u, {{3, 3, 1}}};
+    cases << FieldCase{"machine.blow", [](FactoryParams& p) { p.machine.blow = false; },
+                       [](const FactoryParams& p) { return double(p.machine.blow); }, 8u, {{3, 4, 1}}};
+    cases << FieldCase{"machine.machineType", [](FactoryParams& p) { p.machine.machineType += 1; },
+                       [](const FactoryParams& p) { return double(p.machine.machineType); }, 8u, {}};
+    cases << FieldCase{"machine.feedMode", [](FactoryParams& p) { p.machine.feedMode += 1; },
+                       [](const FactoryParams& p) { return double(p.machine.feedMode); }, 8u, {}};
+    cases << FieldCase{"machine.outageDelay", [](FactoryParams& p) { p.machine.outageDelay += 1; },
+                       [](const FactoryParams& p) { return double(p.machine.outageDelay); }, 8u, {}};
+    return cases;
+}
+}
+
+class TestReadBackCheck : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+
+    void everyListedField_data();
+    void everyListedField();
+    void everyFieldAtOnceThenADeviceThatKeepsEverything();
+    void onlyXMaxSpeedChanged();
+    void differenceBelowTheToleranceCountsAsKept();
+    void uncheckedFieldsAreNotPutBack_data();
+    void uncheckedFieldsAreNotPutBack();
+    void laserRowsFollowTheReservedWord();
+    void markedCellsShowThePutBackValueAndAnEditClearsTheMark();
+    void markingALaserBurningFrequencyRunsOnIntoTheWidth();
+    void markingOutsideTheTablesDoesNothing();
+
+private:
+    // Opens the dialog over the opening record and uploads it; the device then holds it.
+    void OpenAndUpload();
+    std::set<Cell> Red() const { return RedCells(m_pDialog); }
+    FactoryParams Held() const;
+
+    FakeCard m_card;
+    FakeDevice m_device;
+    IFactoryMgr* m_pMgr = nullptr;
+    DlgFactoryMgr* m_pDialog = nullptr;
+    FactoryParams m_uploaded;
+};
+
+void TestReadBackCheck::init()
+{
+    QFile::remove(DefaultFactoryParamPath());
+    m_card.m_nCardType = 8;   // two laser columns
+    m_device.m_pCard = &m_card;
+    m_pMgr = NewInterface();
+    m_pMgr->Init(&m_device, nullptr);
+}
+
+void TestReadBackCheck::cleanup()
+{
+    delete m_pDialog;
+    m_pDialog = nullptr;
+    ReleaseInterface(m_pMgr);
+    CFactoryMgrApp::GetInstance()->SetDevice(nullptr);
+}
+
+FactoryParams TestReadBackCheck::Held() const
+{
+    FactoryParams params;
+    m_pMgr->GetFactoryParams(&params);
+    return params;
+}
+
+void TestReadBackCheck::OpenAndUpload()
+{
+    const FactoryParams opening = Opening();
+    m_pMgr->SetFactoryParams(&opening);
+    m_pDialog = m_pMgr->ShowFactoryDlg(nullptr);
+    QVERIFY(m_pDialog);
+    QCOMPARE(m_pMgr->UploadParamsToDevice(), 0);
+    m_uploaded = Held();
+    QCOMPARE(std::memcmp(&m_uploaded, &m_device.m_stored, sizeof(FactoryParams)), 0);
+}
+
+void TestReadBackCheck::everyListedField_data()
+{
+    QTest::addColumn<int>("nCase");
+    const QList<FieldCase> cases = Cases();
+    QCOMPARE(cases.size(), 36 + 12 + 11 + 8);
+    for (int i = 0; i < cases.size(); ++i)
+        QTest::newRow(qPrintable(cases[i].strName)) << i;
+}
+
+void TestReadBackCheck::everyListedField()
+{
+    QFETCH(int, nCase);
+    const FieldCase c = Cases().at(nCase);
+    OpenAndUpload();
+    c.change(m_device.m_stored);
+    QVERIFY(c.read(m_device.m_stored) != c.read(m_uploaded));
+
+    quint32 nFlags = 0;
+    QVERIFY(!m_pMgr->CheckDeviceParams(&nFlags));
+    QCOMPARE(nFlags, c.nFlag);
+    // Put back to the value the dialog opened with; nothing else changed.
+    const FactoryParams held = Held();
+    QCOMPARE(c.read(held), c.read(Opening()));
+    QCOMPARE(std::memcmp(&held, &m_uploaded, sizeof(FactoryParams)), 0);
+    QVERIFY(Red() == c.marks);
+}
+
+void TestReadBackCheck::everyFieldAtOnceThenADeviceThatKeepsEverything()
+{
+    OpenAndUpload();
+    std::set<Cell> expected;
+    for (const FieldCase& c : Cases()) {
+        c.change(m_device.m_stored);
+        expected.insert(c.marks.begin(), c.marks.end());
+    }
+    quint32 nFlags = 0;
+    QVERIFY(!m_pMgr->CheckDeviceParams(&nFlags));
+    QCOMPARE(nFlags, quint32(15));
+    QVERIFY(Red() == expected);
+    const FactoryParams held = Held();
+    QCOMPARE(std::memcmp(&held, &m_uploaded, sizeof(FactoryParams)), 0);
+
+    // The device now keeps everything: all marks go.
+    m_device.m_stored = held;
+    QVERIFY(m_pMgr->CheckDeviceParams(&nFlags));
+    QCOMPARE(nFlags, quint32(0));
+    QVERIFY(Red().empty());
+}
+
+void TestReadBackCheck::onlyXMaxSpeedChanged()
+{
+    OpenAndUpload();
+    m_device.m_stored.motor[0].speedMax = 1500.0;
+    quint32 nFlags = 0;
+    QVERIFY(!m_pMgr->CheckDeviceParams(&nFlags));
+    QCOMPARE(nFlags, quint32(1));
+    QCOMPARE(Held().motor[0].speedMax, Opening().motor[0].speedMax);
+    QVERIFY(Red() == std::set<Cell>({{0, 10, 1}}));
+}
+
+void TestReadBackCheck::differenceBelowTheToleranceCountsAsKept()
+{
+    OpenAndUpload();
+    m_device.m_stored.motor[2].size += 0.00005;
+    quint32 nFlags = 7;
+    QVERIFY(m_pMgr->CheckDeviceParams(&nFlags));
+    QCOMPARE(nFlags, quint32(0));
+    QCOMPARE(Held().motor[2].size, m_device.m_stored.motor[2].size);   // the read value stays
+    QVERIFY(Red().empty());
+}
+
+void TestReadBackCheck::uncheckedFieldsAreNotPutBack_data()
+{
+    QTest::addColumn<int>("nWhich");
+    QTest::newRow("laser power") << 0;
+    QTest::newRow("motor directionPolar") << 1;
+    QTest::newRow("laser type") << 2;
+    QTest::newRow("laserCount") << 3;
+}
+
+void TestReadBackCheck::uncheckedFieldsAreNotPutBack()
+{
+    QFETCH(int, nWhich);
+    OpenAndUpload();
+    FactoryParams& stored = m_device.m_stored;
+    switch (nWhich) {
+    case 0: stored.laser.lasers[0].power = 30; break;
+    case 1: stored.motor[1].directionPolar = 0; break;
+    case 2: stored.laser.lasers[1].type = 4; break;
+    default: stored.laser.laserCount = 1; break;
+    }
+    quint32 nFlags = 9;
+    QVERIFY(!m_pMgr->CheckDeviceParams(&nFlags));   // false through the whole-record comparison only
+    QCOMPARE(nFlags, quint32(0));
+    const FactoryParams held = Held();
+    QCOMPARE(std::memcmp(&held, &stored, sizeof(FactoryParams)), 0);
+    QVERIFY(Red().empty());
+}
+
+void TestReadBackCheck::laserRowsFollowTheReservedWord()
+{
+    OpenAndUpload();
+    // A record with the reserved word set, as the host hands it in.
+    FactoryParams shifted = Held();
+    shifted.laser.reserved = 1;
+    m_pMgr->SetFactoryParams(&shifted);
+    m_device.m_stored = shifted;
+    m_device.m_stored.laser.lasers[0].powerMin += 1.0;
+    m_device.m_stored.laser.lasers[1].burningWidth += 1.0;
+    quint32 nFlags = 0;
+    QVERIFY(!m_pMgr->CheckDeviceParams(&nFlags));
+    QCOMPARE(nFlags, quint32(2));
+    QVERIFY(Red() == std::set<Cell>({{1, 1, 1}, {1, 6, 2}}));
+}
+
+void TestReadBackCheck::markedCellsShowThePutBackValueAndAnEditClearsTheMark()
+{
+    OpenAndUpload();
+    m_device.m_stored.speed.cutAccWork = 1.0;
+    m_pMgr->CheckDeviceParams(nullptr);
+    auto* pSpeed = m_pDialog->findChild<QTableWidget*>("tableWidget_speed");
+    auto* pCell = qobject_cast<ComboBox*>(pSpeed->cellWidget(4, 1));
+    QCOMPARE(pCell->text(), QString::number(Opening().speed.cutAccWork, 'f', 2));
+    QCOMPARE(pCell->styleSheet(), QStringLiteral("background-color: red;"));
+    // The dialog's own record follows, so a collect keeps the put-back value.
+    m_pDialog->DataToCtrlSlot(false);
+    FactoryParams working;
+    m_pDialog->GetParams(working);
+    QCOMPARE(working.speed.cutAccWork, Opening().speed.cutAccWork);
+}
+
+void TestReadBackCheck::markingALaserBurningFrequencyRunsOnIntoTheWidth()
+{
+    OpenAndUpload();
+    m_pDialog->MarkInvalidCell(1, 7, 2, 2500.0);
+    m_pDialog->DataToCtrlSlot(false);
+    FactoryParams working;
+    m_pDialog->GetParams(working);
+    QCOMPARE(working.laser.lasers[1].burningFrequency, 2500.0);
+    QCOMPARE(working.laser.lasers[1].burningWidth, 2500.0);
+    QCOMPARE(working.laser.lasers[0].burningFrequency, Opening().laser.lasers[0].burningFrequency);
+}
+
+void TestReadBackCheck::markingOutsideTheTablesDoesNothing()
+{
+    OpenAndUpload();
+    m_pDialog->MarkInvalidCell(0, 8, 1, 5.0);    // the heading row
+    m_pDialog->MarkInvalidCell(0, 5, 7, 5.0);    // no axis
+    m_pDialog->MarkInvalidCell(2, 11, 1, 5.0);   // no such row
+    m_pDialog->MarkInvalidCell(9, 0, 1, 5.0);    // no such table
+    QVERIFY(Red().empty());
+}
+
+FACTORYMGR_TEST_MAIN(TestReadBackCheck)
+#include "tst_readbackcheck.moc"
