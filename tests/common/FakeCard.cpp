@@ -23,7 +23,11 @@ int FakeCard::QueryFunction(const char* szName, QVariant& inOut)
 {
     if (qstrcmp(szName, "GetCardInfo") == 0 && inOut.metaType().id() == QMetaType::VoidStar) {
         if (auto* pInfo = static_cast<CardInfo*>(inOut.value<void*>())) {
-            pInfo->totalWorkTime = 3661;
+            pInfo->totalWorkTime = m_nWorkTime;
+            pInfo->totalJobTime = 59;
+            pInfo->totalXMove = 123456;
+            pInfo->totalYMove = -7;
+            std::strncpy(pInfo->panelVersion, "PN-0.9", sizeof(pInfo->panelVersion) - 1);
             std::strncpy(pInfo->firmwareVersion, m_firmwareVersion.constData(), sizeof(pInfo->firmwareVersion) - 1);
         }
     }
@@ -43,6 +47,8 @@ int FakeCard::Enter(const char* szName, const QVariant& arg, bool bQuery)
         m_calls.append({QString::fromLatin1(szName), arg, bQuery, QThread::currentThread()});
     }
     m_entered.release();
+    if (m_onCall)
+        m_onCall(QString::fromLatin1(szName));
     if (m_bHoldCalls)
         m_release.acquire();
     --m_nInside;

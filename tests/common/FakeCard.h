@@ -11,6 +11,7 @@
 #include <QVariant>
 
 #include <atomic>
+#include <functional>
 
 // A card that records every function that reaches it. It can be held inside
 // a call (m_bHoldCalls) until Release(), to see who gets in meanwhile.
@@ -45,10 +46,13 @@ public:
     std::atomic<int> m_nInside{0};
     std::atomic<int> m_nMaxInside{0};
     FakeTaskState m_taskState;
+    // Runs inside every call that reaches the card (on the caller's thread).
+    std::function<void(const QString&)> m_onCall;
     // Answered to "CurrentCardType".
     std::atomic<int> m_nCardType{8};
     // Written into a CardInfo handed to "GetCardInfo".
     QByteArray m_firmwareVersion = "FW-1.0";
+    std::atomic<int> m_nWorkTime{3661};
 
 private:
     int Enter(const char* szName, const QVariant& arg, bool bQuery);

@@ -7,6 +7,9 @@
 #include "ModalAnswerer.h"
 
 #include <QDialog>
+#include <QLabel>
+#include <QTabWidget>
+#include <QTableWidget>
 #include <QSignalSpy>
 
 namespace {
@@ -44,6 +47,7 @@ private slots:
     void errorsAreExplainedToTheUser();
     void escapeInTheDialogClosesTheSettingsWindow();
     void languageAndUnitReachThePlugin();
+    void systemTabShowsTheController();
 };
 
 void TestHostSavePath::cleanup()
@@ -66,6 +70,14 @@ void TestHostSavePath::uploadCheckSaveAndRestart()
         QCOMPARE(reported.count(), 1);
         QCOMPARE(reported.first().first().toString(),
                  QStringLiteral("The controller did not keep 2 value(s); they are marked red. The parameters are saved."));
+        // The two values the controller did not keep are red, showing what the
+        // dialog opened with.
+        QDialog* pDialog = host.SettingsWindow()->Dialog();
+        auto* pMotor = pDialog->findChild<QTableWidget*>("tableWidget_motor");
+        for (const auto& cell : {qMakePair(10, 2), qMakePair(11, 1)})
+            QCOMPARE(pMotor->cellWidget(cell.first, cell.second)->styleSheet(), QStringLiteral("background-color: red;"));
+        QCOMPARE(pMotor->cellWidget(10, 1)->styleSheet(), QString());
+        QCOMPARE(pMotor->cellWidget(10, 2)->findChild<QLabel*>()->text(), QStringLiteral("1000.00"));
         const FactoryParams stored = host.Simulator()->StoredParams();
         QCOMPARE(stored.motor[1].speedMax, 1000.0);
         QCOMPARE(stored.motor[0].accMax, 30000.0);
@@ -166,6 +178,21 @@ void TestHostSavePath::languageAndUnitReachThePlugin()
     QVERIFY(again.Start());
     QAction* pInches = again.findChild<QAction*>("action_inches");
     QVERIFY(pInches && pInches->isChecked());
+}
+
+void TestHostSavePath::systemTabShowsTheController()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.Simulator()->SetTaskDuration(0);
+    host.OpenSettings();
+    QDialog* pDialog = host.SettingsWindow()->Dialog();
+    auto* pTabs = pDialog->findChild<QTabWidget*>("tabWidget");
+    pTabs->setCurrentWidget(pDialog->findChild<QWidget*>("tab_2"));
+    auto* pSystem = pDialog->findChild<QTableWidget*>("tableWidget_system");
+    QCOMPARE(pSystem->item(0, 1)->text(), QString::fromUtf8(host.Simulator()->Info().firmwareVersion));
+    QCOMPARE(pSystem->item(1, 1)->text(), QString::fromUtf8(host.Simulator()->Info().panelVersion));
+    QCOMPARE(pSystem->item(4, 1)->text(), QString::number(host.Simulator()->Info().totalXMove));
 }
 
 FACTORYMGR_TEST_MAIN(TestHostSavePath)

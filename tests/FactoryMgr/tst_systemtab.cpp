@@ -1,0 +1,240 @@
+#include "TestMain.h"
+
+#include "CFactoryMgrApp.h"
+#include "CSystemTab.h"
+#include "FakeCard.h"
+#include "FakeDevice.h"
+#include "FakeNotifier.h"
+#include "ModalAnswerer.h"
+#include "TabTestFixture.h"
+
+#include <QPushButton>
+#include <QTabWidget>
+
+#include <memory>
+
+class TestSystemTab : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+
+    void formatsDurations_data();
+    void formatsDurations();
+    void showsTheControllerOnItsFirstShowingOnly();
+    void aFailedReadIsSilentAndKeepsTheTable();
+    void clearResetsAndReloads();
+    void aFailedClearIsReportedAndNotReloaded();
+    void cancellingTheFileDialogStartsNothing();
+    void upgrades_data();
+    void upgrades();
+
+private:
+    void ShowSystemPage(TabTestFixture& f);
+    int InfoReads() const;
+    QStringList Values(TabTestFixture& f) const;
+
+    // The calls that reached the card, without the Laser tab's card-type queries.
+    QList<FakeCard::Call> CardCalls() const;
+
+    std::unique_ptr<FakeCard> m_pCard;
+    FakeDevice m_device;
+    FakeNotifier m_notifier;
+};
+
+void TestSystemTab::init()
+{
+    m_pCard = std::make_unique<FakeCard>();
+    m_device.m_pCard = m_pCard.get();
+    m_notifier.m_calls.clear();
+    CFactoryMgrApp::GetInstance()->SetDevice(&m_device);
+    CFactoryMgrApp::GetInstance()->SetNotifier(&m_notifier);
+}
+
+void TestSystemTab::cleanup()
+{
+    CFactoryMgrApp::GetInstance()->SetDevice(nullptr);
+    CFactoryMgrApp::GetInstance()->SetNotifier(nullptr);
+}
+
+void TestSystemTab::ShowSystemPage(TabTestFixture& f)
+{
+    auto* pTabs = f.Dialog()->findChild<QTabWidget*>("tabWidget");
+    pTabs->setCurrentWidget(f.Dialog()->findChild<QWidget*>("tab_2"));
+}
+
+QList<FakeCard::Call> TestSystemTab::CardCalls() const
+{
+    QList<FakeCard::Call> calls;
+    for (const FakeCard::Call& call : m_pCard->Calls())
+        if (call.strName != "CurrentCardType")
+            calls << call;
+    return calls;
+}
+
+int TestSystemTab::InfoReads() const
+{
+    int nReads = 0;
+    for (const FakeCard::Call& call : CardCalls())
+        nReads += call.strName == "GetCardInfo" ? 1 : 0;
+    return nReads;
+}
+
+QStringList TestSystemTab::Values(TabTestFixture& f) const
+{
+    QTableWidget* t = f.Table("tableWidget_system");
+    QStringList values;
+    for (int r = 0; r < t->rowCount(); ++r)
+        values << (t->item(r, 1) ? t->item(r, 1)->text() : QString());
+    return values;
+}
+
+void TestSystemTab::formatsDurations_data()
+{
+    QTest::addColumn<int>("nSeconds");
+    QTest::addColumn<QString>("strText");
+    QTest::newRow("59") << 59 << "0:0:59";
+    QTest::newRow("3600") << 3600 << "1:0:0";
+    QTest::newRow("3725") << 3725 << "1:2:5";
+    QTest::newRow("360000") << 360000 << "100:0:0";
+    QTest::newRow("0") << 0 << "0:0:0";
+}
+
+void TestSystemTab::formatsDurations()
+{
+    QFETCH(int, nSeconds);
+    QFETCH(QString, strText);
+    QCOMPARE(CSystemTab::FormatDuration(nSeconds), strText);
+}
+
+void TestSystemTab::showsTheControllerOnItsFirstShowingOnly()
+{
+    TabTestFixture f;
+    QCOMPARE(InfoReads(), 0);
+    ShowSystemPage(f);
+    QCOMPARE(InfoReads(), 1);
+    QCOMPARE(Values(f), QStringList({"FW-1.0", "PN-0.9", "1:1:1", "0:0:59", "123456", "-7"}));
+
+    m_pCard->m_nWorkTime = 7200;
+    auto* pTabs = f.Dialog()->findChild<QTabWidget*>("tabWidget");
+    pTabs->setCurrentIndex(0);
+    ShowSystemPage(f);
+    QCOMPARE(InfoReads(), 1);
+    QCOMPARE(Values(f).at(2), QStringLiteral("1:1:1"));
+    QCOMPARE(f.Table("tableWidget_system")->columnWidth(0), 255);   // formatted like the others
+}
+
+void TestSystemTab::aFailedReadIsSilentAndKeepsTheTable()
+{
+    m_pCard->m_nState = 0;   // the card refuses: 1001
+    TabTestFixture f;
+    ShowSystemPage(f);
+    QCOMPARE(Values(f), QStringList({"", "", "", "", "", ""}));
+    QVERIFY(m_notifier.m_calls.isEmpty());
+}
+
+void TestSystemTab::clearResetsAndReloads()
+{
+    TabTestFixture f;
+    ShowSystemPage(f);
+    m_pCard->m_nWorkTime = 0;
+    QTest::mouseClick(f.Dialog()->findChild<QPushButton*>("pushButton_clear"), Qt::LeftButton);
+    QCOMPARE(CardCalls().at(1).strName, QStringLiteral("ClearCardInfo"));
+    QCOMPARE(InfoReads(), 2);
+    QCOMPARE(Values(f).at(2), QStringLiteral("0:0:0"));
+    QVERIFY(f.Log().contains("[0] pushButton_clear was clicked."));
+}
+
+void TestSystemTab::aFailedClearIsReportedAndNotReloaded()
+{
+    TabTestFixture f;
+    ShowSystemPage(f);
+    m_pCard->m_taskState.m_bBusy = true;
+    QTest::mouseClick(f.Dialog()->findChild<QPushButton*>("pushButton_clear"), Qt::LeftButton);
+    const QList<QPair<int, int>> expected{{1005, 0}};
+    QCOMPARE(m_notifier.m_calls, expected);
+    QCOMPARE(InfoReads(), 1);
+}
+
+void TestSystemTab::cancellingTheFileDialogStartsNothing()
+{
+    TabTestFixture f;
+    ModalAnswerer answerer;   // cancels every file dialog
+    QTest::mouseClick(f.Dialog()->findChild<QPushButton*>("pushButton_mainboardUpgrade"), Qt::LeftButton);
+    QTest::mouseClick(f.Dialog()->findChild<QPushButton*>("pushButton_panelUpgrade"), Qt::LeftButton);
+    QCOMPARE(answerer.Count(), 2);
+    QCOMPARE(answerer.Boxes()[0].strClass, QStringLiteral("QFileDialog"));
+    QCOMPARE(answerer.Boxes()[0].strTitle, QStringLiteral("Open"));
+    QVERIFY(answerer.Boxes()[0].strText.contains("(*.upd)"));
+    QVERIFY(answerer.Boxes()[1].strText.contains("(*.hmt *.hmi)"));
+    QVERIFY(CardCalls().isEmpty());
+}
+
+void TestSystemTab::upgrades_data()
+{
+    QTest::addColumn<QString>("strButton");
+    QTest::addColumn<QString>("strFile");
+    QTest::addColumn<QString>("strFunction");
+    QTest::addColumn<int>("nCondition");   // 0 ready, 1 card fails, 2 busy, 3 no card
+    QTest::addColumn<int>("nCode");
+    QTest::newRow("mainboard success") << "pushButton_mainboardUpgrade" << "main.upd" << "CardUpgrade" << 0 << 0;
+    QTest::newRow("panel success") << "pushButton_panelUpgrade" << "panel.hmi" << "PanelUpgrade" << 0 << 0;
+    QTest::newRow("mainboard failure") << "pushButton_mainboardUpgrade" << "main.upd" << "CardUpgrade" << 1 << 2004;
+    QTest::newRow("panel busy") << "pushButton_panelUpgrade" << "panel.hmt" << "PanelUpgrade" << 2 << 1005;
+    QTest::newRow("mainboard no card") << "pushButton_mainboardUpgrade" << "main.upd" << "CardUpgrade" << 3 << 1001;
+}
+
+void TestSystemTab::upgrades()
+{
+    QFETCH(QString, strButton);
+    QFETCH(QString, strFile);
+    QFETCH(QString, strFunction);
+    QFETCH(int, nCondition);
+    QFETCH(int, nCode);
+    QTemporaryDir dir;
+    const QString strPath = dir.path() + "/" + strFile;
+    QFile file(strPath);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("image");
+    file.close();
+
+    TabTestFixture f;
+    if (nCondition == 1)
+        m_pCard->m_nResult = nCode;
+    m_pCard->m_taskState.m_bBusy = nCondition == 2;
+    if (nCondition == 3)
+        m_device.m_pCard = nullptr;
+    Qt::CursorShape duringRun = Qt::ArrowCursor;
+    m_pCard->m_onCall = [&](const QString&) { duringRun = f.Dialog()->cursor().shape(); };
+
+    ModalAnswerer answerer;
+    answerer.AnswerFileWith(strPath);
+    QTest::mouseClick(f.Dialog()->findChild<QPushButton*>(strButton), Qt::LeftButton);
+
+    QCOMPARE(answerer.Count(), 2);   // the file dialog, then the result box
+    const ModalAnswerer::Seen box = answerer.Boxes()[1];
+    if (nCode == 0) {
+        QCOMPARE(box.strTitle, QString());
+        QCOMPARE(box.strText, QStringLiteral("Import successfully"));
+    } else {
+        QCOMPARE(box.strTitle, QStringLiteral("error"));
+        QCOMPARE(box.strText, QStringLiteral("Import failed"));
+    }
+    QVERIFY(f.Log().contains(QStringLiteral("[1] HMI update erro code:%1").arg(nCode).toUtf8()));
+    QCOMPARE(f.Dialog()->cursor().shape(), Qt::ArrowCursor);
+
+    const QList<FakeCard::Call> calls = CardCalls();
+    if (nCondition >= 2) {
+        QVERIFY(calls.isEmpty());   // refused before the card
+        return;
+    }
+    QCOMPARE(calls.size(), 1);
+    QCOMPARE(calls[0].strName, strFunction);
+    QCOMPARE(calls[0].arg.toString(), strPath);
+    QVERIFY(calls[0].pThread != QThread::currentThread());
+    QCOMPARE(duringRun, Qt::WaitCursor);
+}
+
+FACTORYMGR_TEST_MAIN(TestSystemTab)
+#include "tst_systemtab.moc"
