@@ -1,5 +1,6 @@
 #include "CFactoryMgrIns.h"
 
+#include "CDlgCalibrateXyStep.h"
 #include "CFactoryMgrApp.h"
 #include "CReadBackCheck.h"
 #include "CTipsBox.h"
@@ -8,6 +9,7 @@
 #include "ILog.h"
 #include "ParamsEqual.h"
 
+#include <QCoreApplication>
 #include <QFile>
 
 #include <cstring>
@@ -60,6 +62,15 @@ int CFactoryMgrIns::Init(IDevice* pDevice, IErrorNotifier* pNotifier)
     return Guarded("Init", int(ResultInternalError), [&] {
         m_hostContext2 = nullptr;
         m_pDlgFactoryMgr = nullptr;
+        if (!m_pDlgCalibrateXyStep) {
+            m_pDlgCalibrateXyStep = new CDlgCalibrateXyStep(nullptr);
+            // The service object deletes no wizard; the wizard goes when the
+            // application quits, while the application still exists, so that
+            // it can store its cutting power.
+            if (QCoreApplication* pApp = QCoreApplication::instance())
+                connect(pApp, &QCoreApplication::aboutToQuit, m_pDlgCalibrateXyStep.data(),
+                        [pWizard = m_pDlgCalibrateXyStep.data()] { delete pWizard; });
+        }
         CFactoryMgrApp* pApp = CFactoryMgrApp::GetInstance();
         pApp->SetNotifier(pNotifier);
         pApp->SetDevice(pDevice);
@@ -81,6 +92,9 @@ DlgFactoryMgr* CFactoryMgrIns::ShowFactoryDlg(PfnConvertPattern pfnConvertPatter
             m_pDlgFactoryMgr = pDialog;
             m_pDlgFactoryMgr->SetParams(m_params);
             m_pDlgFactoryMgr->ResetCellEditors();
+            if (m_pDlgCalibrateXyStep)
+                connect(m_pDlgCalibrateXyStep.data(), &CDlgCalibrateXyStep::CalibrateXyStepSignal, pDialog,
+                        &DlgFactoryMgr::ApplyXyStepRatio);
             return pDialog;
         }
         // The host always receives a dialog; only one made with the access
@@ -92,7 +106,7 @@ DlgFactoryMgr* CFactoryMgrIns::ShowFactoryDlg(PfnConvertPattern pfnConvertPatter
 
 int CFactoryMgrIns::ShowCalibrateXyStepDlg()
 {
-    return Guarded("ShowCalibrateXyStepDlg", 0, [&] { return 0; });
+    return Guarded("ShowCalibrateXyStepDlg", 0, [&] { return m_pDlgCalibrateXyStep ? m_pDlgCalibrateXyStep->exec() : 0; });
 }
 
 int CFactoryMgrIns::GetLaserCount()

@@ -50,5 +50,5 @@ private:
     void* m_hostContext1;
     void* m_hostContext2;
     QPointer<DlgFactoryMgr> m_pDlgFactoryMgr;   // also clears itself if the host deletes the dialog
-    CDlgCalibrateXyStep* m_pDlgCalibrateXyStep;
+    QPointer<CDlgCalibrateXyStep> m_pDlgCalibrateXyStep;   // clears itself when the wizard goes at quit
 };

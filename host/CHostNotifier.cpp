@@ -32,6 +32,9 @@ QString CHostNotifier::Describe(int nCode)
 int CHostNotifier::ShowErrorCode(int nCode, int nReserved)
 {
     Q_UNUSED(nReserved)
+    // The calibration wizard hands on every result, success (0) included.
+    if (nCode == 0)
+        return 0;
     m_shown << nCode;
     if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
         return 0;

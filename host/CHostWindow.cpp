@@ -20,6 +20,7 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QTabWidget>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace {
@@ -370,5 +371,20 @@ bool CHostWindow::SaveScreenshots(const QString& strDir)
         bOk = m_pSettings->grab().save(QStringLiteral("%1/settings-%2.png").arg(strDir, pTabs->widget(i)->objectName()))
             && bOk;
     }
-    return bOk;
+    // The wizard runs modally: its pages are taken from inside its own run.
+    bool bWizard = false;
+    QTimer::singleShot(0, this, [&] {
+        QWidget* pWizard = QApplication::activeModalWidget();
+        auto* pNext = pWizard ? pWizard->findChild<QPushButton*>(QStringLiteral("pushButton_nextStep")) : nullptr;
+        if (!pNext)
+            return;
+        QApplication::processEvents();
+        bWizard = pWizard->grab().save(strDir + "/wizard-page1.png");
+        pNext->click();
+        QApplication::processEvents();
+        bWizard = pWizard->grab().save(strDir + "/wizard-page2.png") && bWizard;
+        pWizard->close();
+    });
+    CalibrateXyStep();
+    return bOk && bWizard;
 }

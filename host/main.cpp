@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QTimer>
 
 #include <cstdio>
 
@@ -23,9 +24,14 @@ int main(int argc, char** argv)
     if (!window.Start())
         return 1;
     if (parser.isSet(screenshot)) {
-        const bool bOk = window.SaveScreenshots(parser.value(screenshot));
-        std::printf("%s\n", bOk ? "screenshots written" : "screenshots failed");
-        return bOk ? 0 : 1;
+        // Inside the event loop and out through a real quit, as a person's run
+        // ends: the plug-in stores what it keeps when the application quits.
+        QTimer::singleShot(0, &window, [&] {
+            const bool bOk = window.SaveScreenshots(parser.value(screenshot));
+            std::printf("%s\n", bOk ? "screenshots written" : "screenshots failed");
+            QApplication::exit(bOk ? 0 : 1);
+        });
+        return app.exec();
     }
     window.show();
     return app.exec();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QApplication>
+#include <QPointer>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -29,5 +30,13 @@
         app.setAttribute(Qt::AA_DontUseNativeDialogs, true);                                                     \
         TestClass tc;                                                                                            \
         QTEST_SET_MAIN_SOURCE_PATH                                                                               \
-        return QTest::qExec(&tc, argc, argv);                                                                    \
+        const int nResult = QTest::qExec(&tc, argc, argv);                                                       \
+        /* What code under test left open goes before the application, as at a host's quit. */                \
+        QList<QPointer<QWidget>> leftOver;                                                                       \
+        for (QWidget* pWidget : QApplication::topLevelWidgets())                                                 \
+            leftOver << pWidget;                                                                                 \
+        for (const QPointer<QWidget>& pWidget : leftOver)                                                        \
+            if (pWidget && !pWidget->parentWidget())                                                             \
+                delete pWidget.data();                                                                           \
+        return nResult;                                                                                          \
     }

@@ -1,0 +1,209 @@
+#include "CDlgCalibrateXyStep.h"
+
+#include "CFactoryMgrApp.h"
+#include "CTranslator.h"
+#include "TextCodec.h"
+#include "ThreadDialogRun.h"
+#include "ui_CDlgCalibrateXyStep.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSettings>
+
+namespace {
+const char* const kGroup = "DLG_CALIBRATE_XY_STEP";
+const char* const kPowerKey = "CUTTING_POWER";
+const double kDefaultPower = 10.0;
+const double kTarget = 150.0;   // the standard pattern's side, mm
+
+QString Wording(const char* szText)
+{
+    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
+}
+}
+
+CDlgCalibrateXyStep::CDlgCalibrateXyStep(QWidget* parent)
+    : BaseDialog(parent)
+    , ui(new Ui::CDlgCalibrateXyStep)
+    , m_dTargetWidth(kTarget)
+    , m_dTargetHeight(kTarget)
+    , m_dMeasuredWidth(kTarget)
+    , m_dMeasuredHeight(kTarget)
+    , m_dCuttingPower(kDefaultPower)
+{
+    ui->setupUi(this);
+    RetranslateTexts();
+}
+
+CDlgCalibrateXyStep::~CDlgCalibrateXyStep()
+{
+    QSettings settings(UserParamPath(), QSettings::IniFormat);
+    settings.beginGroup(kGroup);
+    settings.setValue(kPowerKey, m_dCuttingPower);
+    settings.endGroup();
+    delete ui;
+}
+
+QString CDlgCalibrateXyStep::UserParamPath()
+{
+    const QString strData = CFactoryMgrApp::GetUserDataDirectory() + "/Data";
+    QDir().mkpath(strData);
+    return strData + "/UserParam.ini";
+}
+
+QString CDlgCalibrateXyStep::JobPath()
+{
+    return QDir::cleanPath(CFactoryMgrApp::GetUserDataDirectory() + "/cache") + "/adjustpulse.tl";
+}
+
+bool CDlgCalibrateXyStep::IsInch(int nUnit)
+{
+    return nUnit == 0 || nUnit == 2;
+}
+
+double CDlgCalibrateXyStep::Round2(double dValue)
+{
+    const double dScaled = dValue * 100.0;
+    return int(dScaled >= 0.0 ? dScaled + 0.5 : dScaled - 0.5) / 100.0;
+}
+
+double CDlgCalibrateXyStep::ToDisplay(double dMillimetres) const
+{
+    return IsInch(CFactoryMgrApp::GetInstance()->GetUnit()) ? Round2(dMillimetres / 25.4) : Round2(dMillimetres);
+}
+
+double CDlgCalibrateXyStep::ToMillimetres(double dValue) const
+{
+    return IsInch(CFactoryMgrApp::GetInstance()->GetUnit()) ? Round2(dValue * 25.4) : Round2(dValue);
+}
+
+void CDlgCalibrateXyStep::RetranslateTexts()
+{
+    ui->label_page1Tip1->setText(Wording("Cutting standard pattern"));
+    ui->label_page2Tip1->setText(Wording("Cutting standard pattern"));
+    ui->label_page1Tip2->setText(Wording("Measure standard pattern"));
+    ui->label_page2Tip2->setText(Wording("Measure standard pattern"));
+    // The measured fields carry the target labels too.
+    ui->label_14->setText(Wording("Target width"));
+    ui->label_7->setText(Wording("Target width"));
+    ui->label_15->setText(Wording("Target height"));
+    ui->label_8->setText(Wording("Target height"));
+    ui->label_16->setText(Wording("Cutting power"));
+    ui->pushButton_cutting->setText(Wording("Cutting"));
+    ui->pushButton_nextStep->setText(Wording("Next step"));
+    ui->pushButton_prevStep->setText(Wording("Previous step"));
+    ui->pushButton_ok->setText(Wording("OK"));
+}
+
+void CDlgCalibrateXyStep::showEvent(QShowEvent* event)
+{
+    ui->stackedWidget->setCurrentIndex(0);
+    // Through the display unit and back: in inch 150 mm becomes 150.11 mm.
+    m_dMeasuredHeight = ToMillimetres(ToDisplay(kTarget));
+    m_dMeasuredWidth = ToMillimetres(ToDisplay(kTarget));
+    m_dTargetHeight = ToMillimetres(ToDisplay(kTarget));
+    m_dTargetWidth = ToMillimetres(ToDisplay(kTarget));
+    m_dCuttingPower = QSettings(UserParamPath(), QSettings::IniFormat)
+                          .value(QStringLiteral("%1/%2").arg(kGroup, kPowerKey), kDefaultPower)
+                          .toDouble();
+
+    setWindowTitle(Wording("Calibrate XY step"));
+    ui->lineEdit_targetW->setText(QString::number(ToDisplay(m_dTargetWidth), 'g', 6));
+    ui->lineEdit_targetH->setText(QString::number(ToDisplay(m_dTargetHeight), 'g', 6));
+    ui->spinBox_power->setValue(int(m_dCuttingPower));
+    ui->doubleSpinBox_measureW->setValue(ToDisplay(m_dMeasuredWidth));
+    ui->doubleSpinBox_measureH->setValue(ToDisplay(m_dMeasuredHeight));
+    ui->lineEdit_targetW->setEnabled(false);
+    ui->lineEdit_targetH->setEnabled(false);
+
+    const QString strUnit = IsInch(CFactoryMgrApp::GetInstance()->GetUnit()) ? Wording("inch") : Wording("mm");
+    for (QLabel* pUnit : {ui->label_unit1_1, ui->label_unit1_2, ui->label_unit2_1, ui->label_unit2_2})
+        pUnit->setText(strUnit);
+    BaseDialog::showEvent(event);
+}
+
+void CDlgCalibrateXyStep::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::LanguageChange) {
+        RetranslateTexts();
+        return;
+    }
+    QWidget::changeEvent(event);
+}
+
+void CDlgCalibrateXyStep::on_pushButton_nextStep_clicked()
+{
+    ui->stackedWidget->setCurrentIndex(1);
+}
+
+void CDlgCalibrateXyStep::on_pushButton_prevStep_clicked()
+{
+    ui->stackedWidget->setCurrentIndex(0);
+}
+
+void CDlgCalibrateXyStep::on_pushButton_cutting_clicked()
+{
+    const int nResult = ThreadDialogRun(this, TaskCut, &m_dCuttingPower, 0, Wording("Processing..."));
+    // Every result goes to the host, success too; presenting it is the host's business.
+    CFactoryMgrApp::GetInstance()->ReportError(nResult);
+}
+
+void CDlgCalibrateXyStep::on_pushButton_ok_clicked()
+{
+    emit CalibrateXyStepSignal(m_dMeasuredWidth / m_dTargetWidth, m_dMeasuredHeight / m_dTargetHeight);
+    close();
+}
+
+void CDlgCalibrateXyStep::on_spinBox_power_valueChanged(int iValue)
+{
+    m_dCuttingPower = double(iValue);
+}
+
+void CDlgCalibrateXyStep::on_doubleSpinBox_measureW_valueChanged(double dValue)
+{
+    m_dMeasuredWidth = ToMillimetres(dValue);
+}
+
+void CDlgCalibrateXyStep::on_doubleSpinBox_measureH_valueChanged(double dValue)
+{
+    m_dMeasuredHeight = ToMillimetres(dValue);
+}
+
+int CDlgCalibrateXyStep::RunTask(int nTask, void* pParam)
+{
+    if (nTask != TaskCut)
+        return -1;
+    const QString strPattern = CFactoryMgrApp::GetResourceDirectory() + "/Data/adjustpulse.lcpx";
+    if (!QFile::exists(strPattern))
+        return ResultNoJob;
+    const QString strJob = JobPath();
+    QDir().mkpath(QFileInfo(strJob).absolutePath());
+    const double dPower = pParam ? *static_cast<const double*>(pParam) : kDefaultPower;
+    if (CFactoryMgrApp::PfnConvertPattern pfnConvert = CFactoryMgrApp::GetInstance()->GetConvertPatternCallback())
+        pfnConvert(StringToUtf8(strPattern).constData(), StringToUtf8(strJob).constData(), dPower);
+    if (!QFile::exists(strJob))
+        return ResultNoJob;
+    const int nResult = CFactoryMgrApp::GetInstance()->BacklashAdjust(strJob);
+    QFile::remove(strJob);
+    return nResult;
+}
+
+int CDlgCalibrateXyStep::IsTaskCancelable(int nTask)
+{
+    Q_UNUSED(nTask)
+    return 0;
+}
+
+int CDlgCalibrateXyStep::CancelTask(int nTask, qintptr wParam, qintptr lParam)
+{
+    Q_UNUSED(nTask)
+    Q_UNUSED(wParam)
+    Q_UNUSED(lParam)
+    return 0;
+}
+
+double CDlgCalibrateXyStep::GetTaskProgress(int nTask)
+{
+    Q_UNUSED(nTask)
+    return 0.0;
+}
