@@ -7,6 +7,14 @@
 #include "ModalAnswerer.h"
 
 #include <QDialog>
+#include <QStandardPaths>
+#include <QDoubleSpinBox>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QTimer>
+
+#include <cmath>
+#include <functional>
 #include <QLabel>
 #include <QTabWidget>
 #include <QTableWidget>
@@ -41,6 +49,7 @@ class TestHostSavePath : public QObject
 {
     Q_OBJECT
 private slots:
+    void init();
     void cleanup();
     void uploadCheckSaveAndRestart();
     void readShowsTheControllersValues();
@@ -48,7 +57,14 @@ private slots:
     void escapeInTheDialogClosesTheSettingsWindow();
     void languageAndUnitReachThePlugin();
     void systemTabShowsTheController();
+    void calibrationRoundTripCutsTheSquareTrue();
 };
+
+void TestHostSavePath::init()
+{
+    // Every test starts on a fresh machine: no parameter file, no controller flash.
+    QDir(QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation) + "/..").removeRecursively();
+}
 
 void TestHostSavePath::cleanup()
 {
@@ -193,6 +209,66 @@ void TestHostSavePath::systemTabShowsTheController()
     QCOMPARE(pSystem->item(0, 1)->text(), QString::fromUtf8(host.Simulator()->Info().firmwareVersion));
     QCOMPARE(pSystem->item(1, 1)->text(), QString::fromUtf8(host.Simulator()->Info().panelVersion));
     QCOMPARE(pSystem->item(4, 1)->text(), QString::number(host.Simulator()->Info().totalXMove));
+}
+
+namespace {
+// Runs the wizard as the host does (modally); pDrive acts in it meanwhile.
+void InWizard(CHostWindow& host, const std::function<void(QWidget*)>& drive)
+{
+    QTimer::singleShot(0, &host, [&] {
+        QWidget* pWizard = QApplication::activeModalWidget();
+        QVERIFY(pWizard && pWizard->objectName() == "CDlgCalibrateXyStep");
+        drive(pWizard);
+        if (pWizard->isVisible())
+            pWizard->close();
+    });
+    host.CalibrateXyStep();
+}
+
+void TypeInto(QAbstractSpinBox* pBox, const QString& strText)
+{
+    pBox->selectAll();
+    QTest::keyClicks(pBox, strText);
+}
+}
+
+void TestHostSavePath::calibrationRoundTripCutsTheSquareTrue()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.Simulator()->SetTaskDuration(0);
+    host.SetUnit(1);   // the sizes below are typed in millimetres
+    host.OpenSettings();
+    host.UploadToController();   // the controller has the dialog's steps
+    QSignalSpy reported(&host, &CHostWindow::Reported);
+
+    // Cut, and read the size the host reports.
+    QString strReport;
+    InWizard(host, [&](QWidget* pWizard) {
+        pWizard->findChild<QPushButton*>("pushButton_cutting")->click();
+        QTRY_VERIFY(!reported.isEmpty());
+        strReport = reported.last().first().toString();
+
+        static const QRegularExpression kSize(R"(at ([\d.]+) mm x ([\d.]+) mm)");
+        const QRegularExpressionMatch size = kSize.match(strReport);
+        QVERIFY2(size.hasMatch(), qPrintable(strReport));
+        QVERIFY(size.captured(1) != "150.00");
+        pWizard->findChild<QPushButton*>("pushButton_nextStep")->click();
+        TypeInto(pWizard->findChild<QDoubleSpinBox*>("doubleSpinBox_measureW"), size.captured(1));
+        TypeInto(pWizard->findChild<QDoubleSpinBox*>("doubleSpinBox_measureH"), size.captured(2));
+        pWizard->findChild<QPushButton*>("pushButton_ok")->click();
+    });
+    QVERIFY(!strReport.isEmpty());
+
+    // The dialog's steps changed by the ratios; upload them and cut again.
+    host.UploadToController();
+    const FactoryParams stored = host.Simulator()->StoredParams();
+    QVERIFY2(std::fabs(stored.motor[0].pulsePerMm - 7.95) < 0.001, qPrintable(strReport));
+    QVERIFY(std::fabs(stored.motor[1].pulsePerMm - 7.80) < 0.001);
+    InWizard(host, [&](QWidget* pWizard) { pWizard->findChild<QPushButton*>("pushButton_cutting")->click(); });
+    QCOMPARE(QString::number(host.Simulator()->LastCut().width(), 'f', 2), QStringLiteral("150.00"));
+    QCOMPARE(QString::number(host.Simulator()->LastCut().height(), 'f', 2), QStringLiteral("150.00"));
+    QVERIFY(host.Notifier().Shown().isEmpty());
 }
 
 FACTORYMGR_TEST_MAIN(TestHostSavePath)
