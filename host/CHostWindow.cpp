@@ -161,6 +161,25 @@ void CHostWindow::BuildMenus()
     for (QAction* pAction : {m_pEnglish, m_pChinese})
         pLanguageGroup->addAction(pAction)->setCheckable(true);
 
+    // Which home page entries the Theme tab offers depends on the theme's name
+    // and edition; the choice holds for this run of the host.
+    QMenu* pTheme = addMenu(pView, "Theme", "menu_theme");
+    auto* pThemeGroup = new QActionGroup(this);
+    const auto setTheme = [](const char* szName, const char* szVersion) {
+        CUiPermissionsManager::GetInstance()->SetThemeOverride(QString::fromLatin1(szName), QString::fromLatin1(szVersion));
+    };
+    QAction* pQuorvane = addAction(pTheme, "Quorvane", "action_themeQuorvane", [=] { setTheme("Quorvane", "2.1"); });
+    QAction* pGlobal = addAction(pTheme, "Quorvane Global", "action_themeQuorvaneGlobal",
+                                 [=] { setTheme("Quorvane", "2.1 Global"); });
+    QAction* pTessiflow = addAction(pTheme, "Tessiflow", "action_themeTessiflow", [=] { setTheme("Tessiflow", "1.0"); });
+    for (QAction* pAction : {pQuorvane, pGlobal, pTessiflow})
+        pThemeGroup->addAction(pAction)->setCheckable(true);
+    const QString strTheme = CUiPermissionsManager::GetInstance()->GetThemeName();
+    (strTheme != "Quorvane" ? pTessiflow
+         : CUiPermissionsManager::GetInstance()->GetThemeVersion().contains("Global") ? pGlobal
+                                                                                       : pQuorvane)
+        ->setChecked(true);
+
     QMenu* pDevice = addMenu(nullptr, "&Device", "menu_device");
     m_pConnected = addAction(pDevice, "Connected", "action_connected", [this](bool b) { m_pSim->SetConnected(b); });
     m_pInformationOnly = addAction(pDevice, "Information Only (State 3)", "action_informationOnly",
