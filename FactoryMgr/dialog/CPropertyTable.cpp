@@ -91,6 +91,10 @@ QString CPropertyTable::Fixed2(double dValue)
 
 double CPropertyTable::Round3(double dValue)
 {
+    // Past 2^52 a double has no fractions left to round, and times 1000 it
+    // could overflow to infinity.
+    if (!(std::fabs(dValue) < 4503599627370496.0))
+        return dValue;
     return std::round(dValue * 1000.0) / 1000.0;
 }
 

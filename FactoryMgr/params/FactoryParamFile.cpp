@@ -15,6 +15,7 @@
 
 #include <sys/stat.h>
 
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 
@@ -86,7 +87,9 @@ bool HoldsExactly(const QString& strPath, FactoryParams& values, const QString& 
         return false;
     for (const FactoryParamKey& key : keys) {
         const QVariant value = written.value(key.strSection + "/" + key.strKey);
-        const bool bSame = key.pDouble ? value.toDouble() == *key.pDouble
+        // A NaN read from a hand-written file must save and read back as NaN.
+        const bool bSame = key.pDouble ? (value.toDouble() == *key.pDouble
+                                          || (std::isnan(value.toDouble()) && std::isnan(*key.pDouble)))
             : key.pInt                 ? value.toInt() == *key.pInt
                                        : value.toInt() == (*key.pBool ? 1 : 0);
         if (!value.isValid() || !bSame)

@@ -9,6 +9,7 @@
 #include <QRandomGenerator>
 #include <QSettings>
 
+#include <cmath>
 #include <csignal>
 #include <cstring>
 #include <sys/resource.h>
@@ -101,6 +102,7 @@ private slots:
     void emptyFile();
     void tenMegabytesOfRandomBytes();
 
+    void notANumberAndInfinityRoundTrip();
     void saveToMissingDirectoryFails();
     void saveDropsStaleKeys();
     void saveIntoReadOnlyDirectoryKeepsThePreviousFile();
@@ -417,6 +419,24 @@ void TestFactoryParamFile::tenMegabytesOfRandomBytes()
     const QString strPath = m_strDir + "/noise.ini";
     WriteText(strPath, noise);
     ExpectLoadRefused(strPath, 1);
+}
+
+void TestFactoryParamFile::notANumberAndInfinityRoundTrip()
+{
+    // Found by fuzzing: a record loaded from a file holding "nan" could not be
+    // saved, because the saved file's check compared NaN with NaN.
+    const QString strPath = m_strDir + "/odd.ini";
+    WriteText(strPath, kMarkerOnly + "[FACTORY_PARAM_MACHINE]\nMACHINE_LASER_SPACE=nan\n[FACTORY_PARAM_SPEED]\nSPEED_CUT_ACC_WORK=inf\n");
+    FactoryParams record;
+    QVERIFY(LoadFactoryParams(record, strPath));
+    QVERIFY(std::isnan(record.machine.laserSpace));
+    QVERIFY(std::isinf(record.speed.cutAccWork));
+    const QString strCopy = m_strDir + "/copy.ini";
+    QVERIFY(SaveFactoryParams(record, strCopy));
+    FactoryParams again;
+    QVERIFY(LoadFactoryParams(again, strCopy));
+    QVERIFY(std::isnan(again.machine.laserSpace));
+    QVERIFY(std::isinf(again.speed.cutAccWork));
 }
 
 void TestFactoryParamFile::saveToMissingDirectoryFails()

@@ -33,6 +33,7 @@ private slots:
     void aListChangedWithoutAClickWritesItsOwnCell();
     void headingRowClickOnlyLogs();
     void textThatIsNoNumberIsIgnored();
+    void hugeNumbersStayFinite();
     void clickSwitchesOnlyTheClickedCellToEditing();
 };
 
@@ -241,6 +242,17 @@ void TestMotorTab::textThatIsNoNumberIsIgnored()
     QCOMPARE(f.Collected().motor[2].size, 900.0);
     TableDriver::Click(t, kStep, X);   // a click elsewhere resets the table to labels
     QVERIFY(pCell->lineEdit()->isHidden());
+}
+
+void TestMotorTab::hugeNumbersStayFinite()
+{
+    // Found by fuzzing: 1e308 times 1000 (the 3-decimal rounding) overflowed to infinity.
+    TabTestFixture f;
+    QTableWidget* t = f.Table("tableWidget_motor");
+    TableDriver::Type(t, kSize, X, "1e308");
+    QCOMPARE(f.Collected().motor[0].size, 1e308);
+    TableDriver::Type(t, kStep, Y, "123456789012.3456");
+    QCOMPARE(f.Collected().motor[1].pulsePerMm, 123456789012.346);
 }
 
 void TestMotorTab::clickSwitchesOnlyTheClickedCellToEditing()
