@@ -99,6 +99,10 @@ DlgFactoryMgr::~DlgFactoryMgr()
             pCell->comboBox()->disconnect(this);
     }
     delete ui;
+    // Every dialog loads the sibling plug-in anew; its record goes with it, or
+    // a host that opens the settings again and again would pile them up.
+    if (m_pResolution)
+        ReleasePluginInterface(m_pResolution);
 }
 
 IResolution* DlgFactoryMgr::Resolution() const
