@@ -454,7 +454,14 @@ void TestDlgFactoryMgr::applyXyStepRatio()
     DlgFactoryMgr dialog(&m_caller);
     FactoryParams before;
     dialog.GetParams(before);
+    // Every table is refilled: its cell editors are new ones.
+    QList<QPointer<QWidget>> oldCells;
+    for (const char* szTable : {"tableWidget_motor", "tableWidget_laser", "tableWidget_machine", "tableWidget_speed"})
+        oldCells << Child<QTableWidget>(&dialog, szTable)->cellWidget(1, 1);
     dialog.ApplyXyStepRatio(1.0, 1.0);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    for (const QPointer<QWidget>& pCell : oldCells)
+        QVERIFY(pCell.isNull());
     FactoryParams after;
     dialog.GetParams(after);
     QCOMPARE(std::memcmp(&before, &after, sizeof(FactoryParams)), 0);
