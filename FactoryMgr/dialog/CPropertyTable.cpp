@@ -44,7 +44,11 @@ void CPropertyTable::Format(QTableWidget* pTable, IResolution* pResolution)
 ComboBox* CPropertyTable::MakeListCell(QTableWidget* pTable, int nRow, int nColumn, const QStringList& choices,
                                        int nCurrent, const QString& strItemText)
 {
-    auto* pCell = new ComboBox(pTable, ComboBox::ListMode);
+    // Made straight in the viewport, where setCellWidget puts it anyway: moved
+    // there, it would receive a style change that makes every combo box build
+    // its popup now, and under the table's style sheet Qt never releases the
+    // style cache entry of such a popup (the memory grew with every opening).
+    auto* pCell = new ComboBox(pTable->viewport(), ComboBox::ListMode);
     for (const QString& strChoice : choices)
         pCell->addItem(strChoice);
     pCell->setCurrentIndex(nCurrent);
@@ -56,7 +60,7 @@ ComboBox* CPropertyTable::MakeListCell(QTableWidget* pTable, int nRow, int nColu
 
 ComboBox* CPropertyTable::MakeNumberCell(QTableWidget* pTable, int nRow, int nColumn, const QString& strText)
 {
-    auto* pCell = new ComboBox(pTable, ComboBox::EditMode);
+    auto* pCell = new ComboBox(pTable->viewport(), ComboBox::EditMode);
     pCell->setText(strText);
     pTable->setCellWidget(nRow, nColumn, pCell);
     pCell->setEditing(false);

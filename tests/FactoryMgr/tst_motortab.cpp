@@ -5,6 +5,7 @@
 #include "TableDriver.h"
 
 #include <QComboBox>
+#include <QFrame>
 #include <QLabel>
 #include <QLineEdit>
 #include <QTabWidget>
@@ -35,6 +36,7 @@ private slots:
     void textThatIsNoNumberIsIgnored();
     void hugeNumbersStayFinite();
     void clickSwitchesOnlyTheClickedCellToEditing();
+    void listCellsBuildNoPopupBeforeItOpens();
 };
 
 void TestMotorTab::everyCellShowsItsValue()
@@ -270,4 +272,29 @@ void TestMotorTab::clickSwitchesOnlyTheClickedCellToEditing()
 }
 
 FACTORYMGR_TEST_MAIN(TestMotorTab)
+
+// Under the table's style sheet, Qt keeps a style cache entry for every combo
+// box popup that is built and never releases it; the dialog grew with every
+// opening when each list cell built its popup on being placed in the table.
+void TestMotorTab::listCellsBuildNoPopupBeforeItOpens()
+{
+    TabTestFixture f;
+    QTableWidget* t = f.Table("tableWidget_motor");
+    TableDriver::Choose(t, kControl, X, 1);   // a rebuilt column as well
+    QCoreApplication::processEvents();
+    int nLists = 0;
+    for (int c = X; c <= U; ++c)
+        for (int r = kDirection; r <= kInit; ++r) {
+            QComboBox* pList = TableDriver::Cell(t, r, c)->comboBox();
+            QVERIFY2(!pList->findChild<QFrame*>(), qPrintable(QStringLiteral("row %1 column %2").arg(r).arg(c)));
+            ++nLists;
+        }
+    QCOMPARE(nLists, 20);
+    // Opening a list builds its popup as usual.
+    QComboBox* pList = TableDriver::Cell(t, kControl, Y)->comboBox();
+    pList->showPopup();
+    QVERIFY(pList->findChild<QFrame*>());
+    pList->hidePopup();
+}
+
 #include "tst_motortab.moc"
