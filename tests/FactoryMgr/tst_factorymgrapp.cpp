@@ -6,6 +6,7 @@
 #include "FakeCard.h"
 #include "FakeDevice.h"
 #include "FakeNotifier.h"
+#include "TestThread.h"
 #include "ThreadDialogRun.h"
 
 #include <QStandardPaths>
@@ -190,31 +191,31 @@ void TestFactoryMgrApp::secondCallerWaitsWhileFirstIsInsideTheCard()
     app.SetDevice(&device);
 
     std::atomic<bool> bSecondStarted{false};
-    std::unique_ptr<QThread> first(QThread::create([&] { app.ClearCardInfo(); }));
-    std::unique_ptr<QThread> second(QThread::create([&] {
+    TestThread first([&] { app.ClearCardInfo(); });
+    TestThread second([&] {
         bSecondStarted = true;
         CardInfo info{};
         app.GetCardInfo(&info);
-    }));
+    });
     const auto guard = qScopeGuard([&] {
         card.ReleaseAll();
-        first->wait();
-        second->wait();
+        first.Wait();
+        second.Wait();
     });
-    first->start();
+    first.Start();
     QVERIFY(card.WaitEntered(5000));
-    second->start();
+    second.Start();
     QTRY_VERIFY(bSecondStarted);
     // Give the second caller every chance to get in; it must not.
     QVERIFY(!card.WaitEntered(200));
     QCOMPARE(card.Calls().size(), 1);
-    QVERIFY(!second->isFinished());
+    QVERIFY(!second.IsFinished());
 
     card.Release();
     QVERIFY(card.WaitEntered(5000));
     card.Release();
-    QVERIFY(first->wait(5000));
-    QVERIFY(second->wait(5000));
+    QVERIFY(first.Wait(5000));
+    QVERIFY(second.Wait(5000));
 
     const QList<FakeCard::Call> calls = card.Calls();
     QCOMPARE(calls.size(), 2);
@@ -233,22 +234,22 @@ void TestFactoryMgrApp::parameterTransferWaitsWhileACardCallIsInside()
     app.SetDevice(&device);
 
     FactoryParams params;
-    std::unique_ptr<QThread> first(QThread::create([&] { app.CardUpgrade(kFirmwarePath); }));
-    std::unique_ptr<QThread> second(QThread::create([&] { app.WriteFactoryParams(&params); }));
+    TestThread first([&] { app.CardUpgrade(kFirmwarePath); });
+    TestThread second([&] { app.WriteFactoryParams(&params); });
     const auto guard = qScopeGuard([&] {
         card.ReleaseAll();
-        first->wait();
-        second->wait();
+        first.Wait();
+        second.Wait();
     });
-    first->start();
+    first.Start();
     QVERIFY(card.WaitEntered(5000));
-    second->start();
-    QVERIFY(!second->wait(200));
+    second.Start();
+    QVERIFY(!second.Wait(200));
     QCOMPARE(device.m_nWrites.load(), 0);
 
     card.Release();
-    QVERIFY(first->wait(5000));
-    QVERIFY(second->wait(5000));
+    QVERIFY(first.Wait(5000));
+    QVERIFY(second.Wait(5000));
     QCOMPARE(device.m_nWrites.load(), 1);
 }
 
@@ -329,22 +330,22 @@ void TestFactoryMgrApp::runTaskOtherTaskReturnsZeroWithoutLocking()
 
     // The mutex is held by a call that stays inside the card...
     std::atomic<int> nResult{-1};
-    std::unique_ptr<QThread> holder(QThread::create([&] { app.ClearCardInfo(); }));
-    std::unique_ptr<QThread> task(QThread::create([&] { nResult = app.RunTask(2, nullptr); }));
+    TestThread holder([&] { app.ClearCardInfo(); });
+    TestThread task([&] { nResult = app.RunTask(2, nullptr); });
     const auto guard = qScopeGuard([&] {
         card.ReleaseAll();
-        holder->wait();
-        task->wait();
+        holder.Wait();
+        task.Wait();
     });
-    holder->start();
+    holder.Start();
     QVERIFY(card.WaitEntered(5000));
 
     // ...and task 2 still answers at once.
-    task->start();
-    const bool bReturned = task->wait(5000);
+    task.Start();
+    const bool bReturned = task.Wait(5000);
     card.Release();
-    QVERIFY(holder->wait(5000));
-    QVERIFY(task->wait(5000));
+    QVERIFY(holder.Wait(5000));
+    QVERIFY(task.Wait(5000));
     QVERIFY(bReturned);
     QCOMPARE(nResult.load(), 0);
     QCOMPARE(card.Calls().size(), 1);

@@ -5,8 +5,8 @@
 #include "ModalAnswerer.h"
 #include "PluginLoader.h"
 #include "PluginTrace.h"
+#include "TestThread.h"
 
-#include <QThread>
 
 #include <memory>
 
@@ -131,9 +131,9 @@ void TestPluginLoader::failureOffTheGuiThreadIsOnlyLogged()
 {
     ModalAnswerer answerer;
     void* pResult = reinterpret_cast<void*>(1);
-    std::unique_ptr<QThread> worker(QThread::create([&] { pResult = LoadPluginInterface("NoSuchPlugin", true, nullptr); }));
-    worker->start();
-    QVERIFY(worker->wait(10000));
+    TestThread worker([&] { pResult = LoadPluginInterface("NoSuchPlugin", true, nullptr); });
+    worker.Start();
+    QVERIFY(worker.Wait(10000));
     QCoreApplication::processEvents();
     QVERIFY(!pResult);
     QCOMPARE(answerer.Count(), 0);

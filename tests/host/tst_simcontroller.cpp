@@ -3,6 +3,7 @@
 #include "CPatternConverter.h"
 #include "CShapeFile.h"
 #include "CSimController.h"
+#include "TestThread.h"
 
 #include <QSettings>
 
@@ -288,12 +289,12 @@ void TestSimController::busyWhileAnUpgradeRuns()
     const QString strBoard = m_pDir->path() + "/main.upd";
     WriteFile(strBoard, "image");
     std::atomic<int> nResult{-1};
-    std::unique_ptr<QThread> worker(QThread::create([&] { nResult = pSim->CallFunction("CardUpgrade", QVariant(strBoard)); }));
-    worker->start();
+    TestThread worker([&] { nResult = pSim->CallFunction("CardUpgrade", QVariant(strBoard)); });
+    worker.Start();
     QTRY_COMPARE(pSim->IsBusy(), 1);
     FactoryParams params;
     QCOMPARE(pSim->WriteFactoryParams(&params), 1005);
-    QVERIFY(worker->wait(10000));
+    QVERIFY(worker.Wait(10000));
     QCOMPARE(nResult.load(), 0);
     QCOMPARE(pSim->IsBusy(), 0);
 }

@@ -2,9 +2,9 @@
 
 #include "CLogWriter.h"
 #include "ILog.h"
+#include "TestThread.h"
 
 #include <QRegularExpression>
-#include <QThread>
 
 #include <memory>
 #include <unistd.h>
@@ -123,16 +123,16 @@ void TestLog::linesFromManyThreadsStayWhole()
 {
     const int kThreads = 8;
     const int kLines = 200;
-    std::vector<std::unique_ptr<QThread>> threads;
+    std::vector<std::unique_ptr<TestThread>> threads;
     for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back(QThread::create([t] {
+        threads.emplace_back(std::make_unique<TestThread>([t] {
             for (int i = 0; i < kLines; ++i)
                 ILog_WriteLogF(1, "thread %d line %d end", t, i);
         }));
-        threads.back()->start();
+        threads.back()->Start();
     }
     for (auto& thread : threads)
-        QVERIFY(thread->wait(30000));
+        QVERIFY(thread->Wait(30000));
 
     const QStringList lines = Lines(CLogWriter::GetInstance()->FilePath());
     QCOMPARE(lines.size(), kThreads * kLines);
