@@ -18,6 +18,15 @@
 
 namespace {
 
+// A service object over a device whose current card is a recording fake.
+struct CardMachine
+{
+    CardMachine() { device.m_pCard = &card; app.SetDevice(&device); }
+    FakeCard card;
+    FakeDevice device;
+    CFactoryMgrApp app;
+};
+
 // One of the five named card functions, called the way its caller does.
 struct CardFunction
 {
@@ -163,17 +172,13 @@ void TestFactoryMgrApp::cardFunctions()
 
 void TestFactoryMgrApp::getCardInfoHandsTheCallersRecordToTheCard()
 {
-    FakeCard card;
-    card.m_nState = 3;
-    card.m_firmwareVersion = "QV-2.7.1";
-    FakeDevice device;
-    device.m_pCard = &card;
-    CFactoryMgrApp app;
-    app.SetDevice(&device);
+    CardMachine m;
+    m.card.m_nState = 3;
+    m.card.m_firmwareVersion = "QV-2.7.1";
 
     CardInfo info{};
-    QCOMPARE(app.GetCardInfo(&info), 0);
-    const QList<FakeCard::Call> calls = card.Calls();
+    QCOMPARE(m.app.GetCardInfo(&info), 0);
+    const QList<FakeCard::Call> calls = m.card.Calls();
     QCOMPARE(calls.size(), 1);
     QCOMPARE(calls[0].arg.metaType().id(), int(QMetaType::VoidStar));
     QCOMPARE(calls[0].arg.value<void*>(), static_cast<void*>(&info));
@@ -183,74 +188,66 @@ void TestFactoryMgrApp::getCardInfoHandsTheCallersRecordToTheCard()
 
 void TestFactoryMgrApp::secondCallerWaitsWhileFirstIsInsideTheCard()
 {
-    FakeCard card;
-    card.m_bHoldCalls = true;
-    FakeDevice device;
-    device.m_pCard = &card;
-    CFactoryMgrApp app;
-    app.SetDevice(&device);
+    CardMachine m;
+    m.card.m_bHoldCalls = true;
 
     std::atomic<bool> bSecondStarted{false};
-    TestThread first([&] { app.ClearCardInfo(); });
+    TestThread first([&] { m.app.ClearCardInfo(); });
     TestThread second([&] {
         bSecondStarted = true;
         CardInfo info{};
-        app.GetCardInfo(&info);
+        m.app.GetCardInfo(&info);
     });
     const auto guard = qScopeGuard([&] {
-        card.ReleaseAll();
+        m.card.ReleaseAll();
         first.Wait();
         second.Wait();
     });
     first.Start();
-    QVERIFY(card.WaitEntered(5000));
+    QVERIFY(m.card.WaitEntered(5000));
     second.Start();
     QTRY_VERIFY(bSecondStarted);
     // Give the second caller every chance to get in; it must not.
-    QVERIFY(!card.WaitEntered(200));
-    QCOMPARE(card.Calls().size(), 1);
+    QVERIFY(!m.card.WaitEntered(200));
+    QCOMPARE(m.card.Calls().size(), 1);
     QVERIFY(!second.IsFinished());
 
-    card.Release();
-    QVERIFY(card.WaitEntered(5000));
-    card.Release();
+    m.card.Release();
+    QVERIFY(m.card.WaitEntered(5000));
+    m.card.Release();
     QVERIFY(first.Wait(5000));
     QVERIFY(second.Wait(5000));
 
-    const QList<FakeCard::Call> calls = card.Calls();
+    const QList<FakeCard::Call> calls = m.card.Calls();
     QCOMPARE(calls.size(), 2);
     QCOMPARE(calls[0].strName, QStringLiteral("ClearCardInfo"));
     QCOMPARE(calls[1].strName, QStringLiteral("GetCardInfo"));
-    QCOMPARE(card.m_nMaxInside.load(), 1);
+    QCOMPARE(m.card.m_nMaxInside.load(), 1);
 }
 
 void TestFactoryMgrApp::parameterTransferWaitsWhileACardCallIsInside()
 {
-    FakeCard card;
-    card.m_bHoldCalls = true;
-    FakeDevice device;
-    device.m_pCard = &card;
-    CFactoryMgrApp app;
-    app.SetDevice(&device);
+    CardMachine m;
+    m.card.m_bHoldCalls = true;
 
     FactoryParams params;
-    TestThread first([&] { app.CardUpgrade(kFirmwarePath); });
-    TestThread second([&] { app.WriteFactoryParams(&params); });
+    TestThread first([&] { m.app.CardUpgrade(kFirmwarePath); });
+    TestThread second([&] { m.app.WriteFactoryParams(&params); });
     const auto guard = qScopeGuard([&] {
-        card.ReleaseAll();
+        m.card.ReleaseAll();
         first.Wait();
         second.Wait();
     });
     first.Start();
-    QVERIFY(card.WaitEntered(5000));
+    QVERIFY(m.card.WaitEntered(5000));
     second.Start();
     QVERIFY(!second.Wait(200));
-    QCOMPARE(device.m_nWrites.load(), 0);
+    QCOMPARE(m.device.m_nWrites.load(), 0);
 
-    card.Release();
+    m.card.Release();
     QVERIFY(first.Wait(5000));
     QVERIFY(second.Wait(5000));
-    QCOMPARE(device.m_nWrites.load(), 1);
+    QCOMPARE(m.device.m_nWrites.load(), 1);
 }
 
 void TestFactoryMgrApp::readFactoryParamsPassesTheRecordAndTheResult()
@@ -293,20 +290,16 @@ void TestFactoryMgrApp::transfersWithoutDeviceAnswerNoCard()
 
 void TestFactoryMgrApp::runTaskUpgradesPanelAndMainboard()
 {
-    FakeCard card;
-    FakeDevice device;
-    device.m_pCard = &card;
-    CFactoryMgrApp app;
-    app.SetDevice(&device);
+    CardMachine m;
 
     QString strPanel = QStringLiteral("/media/usb/panel.hmi");
     QString strBoard = QStringLiteral("/media/usb/main.upd");
-    card.m_nResult = 9;
-    QCOMPARE(app.RunTask(CFactoryMgrApp::TaskPanelUpgrade, &strPanel), 9);
-    card.m_nResult = 0;
-    QCOMPARE(app.RunTask(CFactoryMgrApp::TaskCardUpgrade, &strBoard), 0);
+    m.card.m_nResult = 9;
+    QCOMPARE(m.app.RunTask(CFactoryMgrApp::TaskPanelUpgrade, &strPanel), 9);
+    m.card.m_nResult = 0;
+    QCOMPARE(m.app.RunTask(CFactoryMgrApp::TaskCardUpgrade, &strBoard), 0);
 
-    const QList<FakeCard::Call> calls = card.Calls();
+    const QList<FakeCard::Call> calls = m.card.Calls();
     QCOMPARE(calls.size(), 2);
     QCOMPARE(calls[0].strName, QStringLiteral("PanelUpgrade"));
     QCOMPARE(calls[0].arg, QVariant(strPanel));
@@ -314,55 +307,47 @@ void TestFactoryMgrApp::runTaskUpgradesPanelAndMainboard()
     QCOMPARE(calls[1].arg, QVariant(strBoard));
 
     // A busy card refuses the upgrade before it reaches the card.
-    card.m_taskState.m_bBusy = true;
-    QCOMPARE(app.RunTask(CFactoryMgrApp::TaskCardUpgrade, &strBoard), 1005);
-    QCOMPARE(card.Calls().size(), 2);
+    m.card.m_taskState.m_bBusy = true;
+    QCOMPARE(m.app.RunTask(CFactoryMgrApp::TaskCardUpgrade, &strBoard), 1005);
+    QCOMPARE(m.card.Calls().size(), 2);
 }
 
 void TestFactoryMgrApp::runTaskOtherTaskReturnsZeroWithoutLocking()
 {
-    FakeCard card;
-    card.m_bHoldCalls = true;
-    FakeDevice device;
-    device.m_pCard = &card;
-    CFactoryMgrApp app;
-    app.SetDevice(&device);
+    CardMachine m;
+    m.card.m_bHoldCalls = true;
 
     // The mutex is held by a call that stays inside the card...
     std::atomic<int> nResult{-1};
-    TestThread holder([&] { app.ClearCardInfo(); });
-    TestThread task([&] { nResult = app.RunTask(2, nullptr); });
+    TestThread holder([&] { m.app.ClearCardInfo(); });
+    TestThread task([&] { nResult = m.app.RunTask(2, nullptr); });
     const auto guard = qScopeGuard([&] {
-        card.ReleaseAll();
+        m.card.ReleaseAll();
         holder.Wait();
         task.Wait();
     });
     holder.Start();
-    QVERIFY(card.WaitEntered(5000));
+    QVERIFY(m.card.WaitEntered(5000));
 
     // ...and task 2 still answers at once.
     task.Start();
     const bool bReturned = task.Wait(5000);
-    card.Release();
+    m.card.Release();
     QVERIFY(holder.Wait(5000));
     QVERIFY(task.Wait(5000));
     QVERIFY(bReturned);
     QCOMPARE(nResult.load(), 0);
-    QCOMPARE(card.Calls().size(), 1);
+    QCOMPARE(m.card.Calls().size(), 1);
 }
 
 void TestFactoryMgrApp::runTaskUnderThreadDialogRunReachesTheCardOffTheGuiThread()
 {
-    FakeCard card;
-    card.m_nResult = 3;
-    FakeDevice device;
-    device.m_pCard = &card;
-    CFactoryMgrApp app;
-    app.SetDevice(&device);
+    CardMachine m;
+    m.card.m_nResult = 3;
 
     QString strPath = QStringLiteral("/media/usb/main.upd");
-    QCOMPARE(ThreadDialogRun(&app, CFactoryMgrApp::TaskCardUpgrade, &strPath, 0, "Processing..."), 3);
-    const QList<FakeCard::Call> calls = card.Calls();
+    QCOMPARE(ThreadDialogRun(&m.app, CFactoryMgrApp::TaskCardUpgrade, &strPath, 0, "Processing..."), 3);
+    const QList<FakeCard::Call> calls = m.card.Calls();
     QCOMPARE(calls.size(), 1);
     QCOMPARE(calls[0].strName, QStringLiteral("CardUpgrade"));
     QVERIFY(calls[0].pThread != QThread::currentThread());
