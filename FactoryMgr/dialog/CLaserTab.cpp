@@ -57,6 +57,14 @@ int CLaserTab::RowId(int nRow) const
     return pLabel ? pLabel->data(kIdRole).toInt() : -1;
 }
 
+int CLaserTab::RowOfId(int nId) const
+{
+    for (int r = 0; r < ui->tableWidget_laser->rowCount(); ++r)
+        if (RowId(r) == nId)
+            return r;
+    return -1;
+}
+
 void CLaserTab::RefreshLaserTab()
 {
     if (ICard* pCard = CFactoryMgrApp::GetInstance()->GetCurrentCard()) {
@@ -150,6 +158,7 @@ void CLaserTab::FillLaserColumn(const LaserParams& laser, int nColumn)
                 const QSignalBlocker block(pCell->comboBox());
                 pCell->setCurrentIndex(nIndex);
                 pTable->item(r, nColumn)->setText(pCell->comboBox()->currentText());
+                CPropertyTable::Describe(pTable, r, nColumn);
             }
             DlgFactoryMgr* pDialog = m_pDialog;
             QObject::connect(pCell->comboBox(), &QComboBox::currentIndexChanged, pDialog,
@@ -267,6 +276,8 @@ void CLaserTab::EditFinished()
     default:
         return;
     }
+    // The edit replaces the refused value: the refill shows no red here.
+    CPropertyTable::ClearMark(ui->tableWidget_laser, m_nRow, m_nColumn);
     FillLaserColumn(*pLaser, m_nColumn);
 }
 

@@ -35,10 +35,11 @@ public:
     static QString LaserTypeText(int nType);
 
     int SelectedCount() const { return m_nCount; }
+    // The row identifier of a row, or -1; the row of an identifier, or -1.
+    int RowId(int nRow) const;
+    int RowOfId(int nId) const;
 
 private:
-    int RowId(int nRow) const;
-
     DlgFactoryMgr* m_pDialog;
     Ui::DlgFactoryMgr* ui;
     LaserSection* m_pSection;

@@ -65,13 +65,17 @@ void CMachineTab::SelectMachineCell(int nRow, int nColumn)
 void CMachineTab::ComboChanged(int nIndex)
 {
     // The row of the last click decides the meaning, not the list that fired.
+    bool bWritten = true;
     switch (m_nRow) {
     case 0: m_pSection->motiveMode = nIndex; break;
     case 2: m_pSection->machineZero = nIndex; break;
     case 3: m_pSection->openProject = nIndex != 0; break;
     case 4: m_pSection->blow = nIndex != 0; break;
-    default: break;
+    default: bWritten = false; break;
     }
+    // A choice replaces a refused value: its cell is no longer red.
+    if (bWritten)
+        CPropertyTable::ClearMark(m_pTable, m_nRow, 1);
     FillMachineTable();
 }
 
@@ -92,8 +96,13 @@ void CMachineTab::EditFinished()
         m_pTable->setItem(m_nRow, m_nColumn, pItem);
     }
     pItem->setText(strTyped);
-    if (m_nRow == 1)
+    // The label shows what the line edit keeps, as typed, until a refill.
+    pCell->setText(strTyped);
+    if (m_nRow == 1) {
         m_pSection->laserSpace = dValue > 0.0 ? dValue : 0.0;
+        CPropertyTable::ClearMark(m_pTable, m_nRow, m_nColumn);
+    }
+    CPropertyTable::Describe(m_pTable, m_nRow, m_nColumn);
     CPropertyTable::ShowCellsAsText(m_pTable);
     m_pTable->viewport()->update();
 }

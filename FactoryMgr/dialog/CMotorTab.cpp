@@ -109,6 +109,8 @@ void CMotorTab::Clicked(const QModelIndex& index)
     ILog_WriteLogF(0, "tableWidget_motor was clicked.");
     if (index.row() == kHeadingRow)
         return;
+    // What was typed into the open cell belongs to that cell, which is still current.
+    CPropertyTable::CommitTyping(m_pTable);
     m_nRow = index.row();
     m_nColumn = index.column();
     CPropertyTable::ShowCellsAsText(m_pTable);
@@ -180,6 +182,8 @@ void CMotorTab::EditFinished()
     }
     if (pCell)
         pCell->setText(strShown);
+    // The edit replaces a refused value: the editor's red goes too.
+    CPropertyTable::ClearMark(m_pTable, m_nRow, m_nColumn);
     CPropertyTable::ShowCellsAsText(m_pTable);
     m_pTable->viewport()->update();
 }

@@ -1,14 +1,51 @@
 #include "CPropertyTable.h"
 
+#include "CTranslator.h"
 #include "ComboBox.h"
 #include "IResolution.h"
 
+#include <QApplication>
 #include <QColor>
+#include <QComboBox>
 #include <QHeaderView>
+#include <QLabel>
 #include <QLineEdit>
 #include <QTableWidget>
 
 #include <cmath>
+#include <limits>
+
+namespace {
+const QLatin1String kRedSheet("background-color: red;");
+const QLatin1String kWhiteSheet("background-color: white;");
+
+// What a screen reader says the cell editor is: its row, and its column
+// where the table has more than one value column.
+QString EditorName(QTableWidget* pTable, int nRow, int nColumn)
+{
+    QString strName = pTable->item(nRow, 0) ? pTable->item(nRow, 0)->text() : QString();
+    const QTableWidgetItem* pHeader = pTable->horizontalHeaderItem(nColumn);
+    if (pTable->columnCount() > 2 && pHeader)
+        strName += QLatin1Char(' ') + pHeader->text();
+    return strName;
+}
+
+// Names the new editor, shows a mark its cell carries, and describes the cell.
+void SetUpCell(QTableWidget* pTable, int nRow, int nColumn, ComboBox* pCell, bool bMarked)
+{
+    const QString strName = EditorName(pTable, nRow, nColumn);
+    pCell->setAccessibleName(strName);
+    if (pCell->comboBox())
+        pCell->comboBox()->setAccessibleName(strName);
+    if (pCell->lineEdit())
+        pCell->lineEdit()->setAccessibleName(strName);
+    if (bMarked) {
+        CPropertyTable::Item(pTable, nRow, nColumn)->setBackground(QBrush(Qt::red));
+        pCell->setStyleSheet(kRedSheet);
+    }
+    CPropertyTable::Describe(pTable, nRow, nColumn);
+}
+}
 
 double CPropertyTable::Scaled(IResolution* pResolution, double dLength)
 {
@@ -52,8 +89,10 @@ ComboBox* CPropertyTable::MakeListCell(QTableWidget* pTable, int nRow, int nColu
     for (const QString& strChoice : choices)
         pCell->addItem(strChoice);
     pCell->setCurrentIndex(nCurrent);
+    const bool bMarked = IsMarked(pTable, nRow, nColumn);
     pTable->setItem(nRow, nColumn, new QTableWidgetItem(strItemText));
     pTable->setCellWidget(nRow, nColumn, pCell);
+    SetUpCell(pTable, nRow, nColumn, pCell, bMarked);
     pCell->show();
     return pCell;
 }
@@ -64,7 +103,18 @@ ComboBox* CPropertyTable::MakeNumberCell(QTableWidget* pTable, int nRow, int nCo
     pCell->setText(strText);
     pTable->setCellWidget(nRow, nColumn, pCell);
     pCell->setEditing(false);
+    SetUpCell(pTable, nRow, nColumn, pCell, IsMarked(pTable, nRow, nColumn));
     return pCell;
+}
+
+QTableWidgetItem* CPropertyTable::Item(QTableWidget* pTable, int nRow, int nColumn)
+{
+    QTableWidgetItem* pItem = pTable->item(nRow, nColumn);
+    if (!pItem) {
+        pItem = new QTableWidgetItem;
+        pTable->setItem(nRow, nColumn, pItem);
+    }
+    return pItem;
 }
 
 ComboBox* CPropertyTable::Cell(QTableWidget* pTable, int nRow, int nColumn)
@@ -86,6 +136,60 @@ void CPropertyTable::OpenCellEditor(QTableWidget* pTable, int nRow, int nColumn)
         return;
     if (ComboBox* pCell = Cell(pTable, nRow, nColumn))
         pCell->setEditing(true);
+}
+
+void CPropertyTable::CommitTyping(QTableWidget* pTable)
+{
+    auto* pEdit = qobject_cast<QLineEdit*>(QApplication::focusWidget());
+    auto* pCell = qobject_cast<ComboBox*>(pEdit ? pEdit->parentWidget() : nullptr);
+    if (pCell && pCell->parentWidget() == pTable->viewport())
+        pCell->setFocus(Qt::OtherFocusReason);
+}
+
+bool CPropertyTable::IsMarked(QTableWidget* pTable, int nRow, int nColumn)
+{
+    const QTableWidgetItem* pItem = pTable->item(nRow, nColumn);
+    return pItem && pItem->background() == QBrush(Qt::red);
+}
+
+void CPropertyTable::MarkCell(QTableWidget* pTable, int nRow, int nColumn, const QString& strShown)
+{
+    if (QTableWidgetItem* pItem = pTable->item(nRow, nColumn)) {
+        pItem->setBackground(QBrush(Qt::red));
+        pItem->setText(strShown);
+    }
+    if (ComboBox* pCell = Cell(pTable, nRow, nColumn)) {
+        if (pCell->mode() == ComboBox::EditMode) {
+            pCell->setText(strShown);
+            pCell->setEditing(false);
+        }
+        pCell->setStyleSheet(kRedSheet);
+    }
+    Describe(pTable, nRow, nColumn);
+}
+
+void CPropertyTable::ClearMark(QTableWidget* pTable, int nRow, int nColumn)
+{
+    QTableWidgetItem* pItem = pTable->item(nRow, nColumn);
+    if (pItem && pItem->background() == QBrush(Qt::red))
+        pItem->setBackground(QBrush(Qt::white));
+    ComboBox* pCell = Cell(pTable, nRow, nColumn);
+    if (pCell && pCell->styleSheet() == kRedSheet)
+        pCell->setStyleSheet(kWhiteSheet);
+    Describe(pTable, nRow, nColumn);
+}
+
+void CPropertyTable::Describe(QTableWidget* pTable, int nRow, int nColumn)
+{
+    ComboBox* pCell = Cell(pTable, nRow, nColumn);
+    if (!pCell)
+        return;
+    QTableWidgetItem* pItem = Item(pTable, nRow, nColumn);
+    pItem->setData(Qt::AccessibleTextRole, pCell->shownText());
+    pItem->setData(Qt::AccessibleDescriptionRole,
+                   IsMarked(pTable, nRow, nColumn)
+                       ? CTranslator::GetInstance()->GetWording(QStringLiteral("The controller did not keep this value."))
+                       : QString());
 }
 
 QString CPropertyTable::Fixed2(double dValue)
@@ -110,6 +214,17 @@ bool CPropertyTable::TakeTypedText(ComboBox* pCell, QString& strText)
     pEdit->setModified(false);
     strText = pEdit->text();
     return true;
+}
+
+int CPropertyTable::ToInt(double dValue)
+{
+    if (std::isnan(dValue))
+        return 0;
+    if (dValue <= double(std::numeric_limits<int>::min()))
+        return std::numeric_limits<int>::min();
+    if (dValue >= double(std::numeric_limits<int>::max()))
+        return std::numeric_limits<int>::max();
+    return int(dValue);
 }
 
 bool CPropertyTable::ParseNumber(const QString& strText, double& dValue)

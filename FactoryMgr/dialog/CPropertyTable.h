@@ -6,11 +6,18 @@
 class ComboBox;
 class IResolution;
 class QTableWidget;
+class QTableWidgetItem;
 
 // What every property table of the settings dialog shares: its look (the
 // label column fixed at the display-scaled 255 pixels and greyed, rows the
-// display-scaled 35 pixels high, the other columns stretched) and the making
-// and switching of its cell editors. The tabs differ only in their rules.
+// display-scaled 35 pixels high, the other columns stretched), the making
+// and switching of its cell editors, and the red marks of values the
+// controller did not keep. The tabs differ only in their rules.
+//
+// A mark lives in the cell's item (a red background); the cell editor shows
+// it, and a cell editor made anew for a marked cell shows it again. Every
+// value cell has an item, whose accessible text is what the cell shows, so
+// that assistive technology reads the table as the eye does.
 class CPropertyTable
 {
 public:
@@ -26,12 +33,28 @@ public:
                                   int nCurrent, const QString& strItemText);
     // A number cell showing strText on its label.
     static ComboBox* MakeNumberCell(QTableWidget* pTable, int nRow, int nColumn, const QString& strText);
+    // The cell's item, made empty when there is none.
+    static QTableWidgetItem* Item(QTableWidget* pTable, int nRow, int nColumn);
     // The cell editor at (row, column), or null.
     static ComboBox* Cell(QTableWidget* pTable, int nRow, int nColumn);
     // Every number cell shows its label, every list cell its list.
     static void ShowCellsAsText(QTableWidget* pTable);
     // Switches the editor at (row, column), if any, to editing.
     static void OpenCellEditor(QTableWidget* pTable, int nRow, int nColumn);
+    // Ends typing in the table's open number cell, if it has the keyboard
+    // focus: the focus goes to the cell itself and the line edit reports
+    // "editing finished", so the typed text is stored before the table's
+    // current cell moves on.
+    static void CommitTyping(QTableWidget* pTable);
+
+    // Marks: the item red with strShown (the put-back value), the editor red
+    // showing strShown on its label; a list's choice is the caller's to set.
+    static void MarkCell(QTableWidget* pTable, int nRow, int nColumn, const QString& strShown);
+    // Removes the cell's red, if it has any.
+    static void ClearMark(QTableWidget* pTable, int nRow, int nColumn);
+    static bool IsMarked(QTableWidget* pTable, int nRow, int nColumn);
+    // Tells assistive technology what the cell shows and whether it is marked.
+    static void Describe(QTableWidget* pTable, int nRow, int nColumn);
 
     // Numbers as the tables show them: fixed notation, 2 decimals.
     static QString Fixed2(double dValue);
@@ -42,6 +65,9 @@ public:
     // "editing finished" when it loses focus after Return, by then holding the
     // value the table wrote back; that must not be stored a second time.
     static bool TakeTypedText(ComboBox* pCell, QString& strText);
+    // A stored number as a whole number, toward zero; not-a-number is 0 and
+    // what lies beyond int is the nearest int.
+    static int ToInt(double dValue);
     // A typed text as a number; false for text that is none, or infinite.
     static bool ParseNumber(const QString& strText, double& dValue);
 };

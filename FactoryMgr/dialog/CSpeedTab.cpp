@@ -93,6 +93,7 @@ void CSpeedTab::EditFinished()
     CPropertyTable::ShowCellsAsText(m_pTable);
     // Only the editor's label shows the value; the item beneath stays blank and white.
     pItem->setText(QString());
+    CPropertyTable::ClearMark(m_pTable, m_nRow, m_nColumn);
     pItem->setBackground(Qt::white);
     m_pTable->viewport()->update();
 }

@@ -1,9 +1,12 @@
 #include "ComboBox.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QResizeEvent>
+#include <QStyle>
+#include <QStyleOptionComboBox>
 
 ComboBox::ComboBox(QWidget* parent, int nMode)
     : QWidget(parent)
@@ -12,13 +15,25 @@ ComboBox::ComboBox(QWidget* parent, int nMode)
     , m_pLineEdit(nullptr)
     , m_pLabel(nullptr)
 {
-    if (nMode == ListMode)
+    if (nMode == ListMode) {
         m_pCombo = new QComboBox(this);
-    else if (nMode == EditMode)
+        // The wheel alone never gives a list the focus: a list the person has
+        // not opened passes the wheel on to the table, which scrolls.
+        m_pCombo->setFocusPolicy(Qt::StrongFocus);
+        m_pCombo->installEventFilter(this);
+    } else if (nMode == EditMode) {
         m_pLineEdit = new QLineEdit(this);
+        m_pLineEdit->setFrame(false);
+    }
     m_pLabel = new QLabel(this);
+    m_pLabel->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     m_pLabel->hide();
     setFocusPolicy(Qt::ClickFocus);
+    // Opaque, so that nothing of the table item beneath shows through; a
+    // style sheet's background (the red mark) fills the whole cell.
+    setAttribute(Qt::WA_StyledBackground);
+    setBackgroundRole(QPalette::Base);
+    setAutoFillBackground(true);
     // Nothing flashes at the top left before the table places the cell.
     hide();
     move(-10000, -10000);
@@ -87,14 +102,29 @@ int ComboBox::mode() const
     return m_nMode;
 }
 
+QString ComboBox::shownText() const
+{
+    return m_pCombo ? m_pCombo->currentText() : m_pLabel->text();
+}
+
 void ComboBox::setEditing(bool bOn)
 {
     if (m_pCombo) {
         m_pCombo->setVisible(bOn);
-        m_pCombo->setFocus();
     } else if (m_pLineEdit) {
-        m_pLabel->setVisible(!bOn);
-        m_pLineEdit->setVisible(bOn);
+        if (bOn) {
+            m_pLabel->hide();
+            m_pLineEdit->show();
+            m_pLineEdit->setFocus(Qt::OtherFocusReason);
+            m_pLineEdit->selectAll();
+        } else {
+            // The cell keeps the focus: hidden with it, the line edit would
+            // pass it along the focus chain, to some other cell's list.
+            if (m_pLineEdit->hasFocus())
+                setFocus(Qt::OtherFocusReason);
+            m_pLineEdit->hide();
+            m_pLabel->show();
+        }
     }
 }
 
@@ -104,4 +134,44 @@ void ComboBox::resizeEvent(QResizeEvent* event)
         m_pCombo->resize(event->size());
     else if (m_pLineEdit)
         m_pLineEdit->resize(event->size());
+    m_pLabel->resize(event->size());
+    AlignContents();
+}
+
+void ComboBox::AlignContents()
+{
+    // A list draws its choice one pixel inside its edit field; the number on
+    // the label and in the line edit (which adds two pixels of its own) start
+    // at the same place.
+    QStyleOptionComboBox option;
+    option.initFrom(this);
+    option.rect = rect();
+    const QRect field = style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, nullptr);
+    const int nTextLeft = qMax(0, field.left() - rect().left() + 1);
+    m_pLabel->setIndent(nTextLeft);
+    if (m_pLineEdit)
+        m_pLineEdit->setTextMargins(qMax(0, nTextLeft - 2), 0, 0, 0);
+}
+
+bool ComboBox::eventFilter(QObject* pWatched, QEvent* event)
+{
+    if (pWatched == m_pCombo) {
+        if (event->type() == QEvent::Wheel && !m_pCombo->hasFocus()) {
+            // Ignored, the wheel goes on to the table, which scrolls.
+            event->ignore();
+            return true;
+        }
+        if (event->type() == QEvent::MouseButtonPress) {
+            // The list covers its cell: a press on it is a click on the cell,
+            // so the table records the cell before the person chooses.
+            QWidget* pViewport = parentWidget();
+            auto* pView = qobject_cast<QAbstractItemView*>(pViewport ? pViewport->parentWidget() : nullptr);
+            if (pView && pView->viewport() == pViewport) {
+                const QModelIndex index = pView->indexAt(geometry().center());
+                if (index.isValid())
+                    emit pView->clicked(index);
+            }
+        }
+    }
+    return QWidget::eventFilter(pWatched, event);
 }

@@ -10,6 +10,12 @@ class QLineEdit;
 // The one cell editor of every property table: by a mode fixed at
 // construction either a list (a QComboBox) or a number (a QLineEdit), plus a
 // label that shows a number while its cell is not being edited.
+//
+// It covers its cell with an opaque background; numbers on the label, in the
+// line edit and list choices sit vertically centred with one left padding, so
+// the tables read as one table. A list that the person has not opened lets
+// the mouse wheel scroll the table instead of changing the choice, and a
+// press on a list is a click on its table cell.
 class ComboBox : public QWidget
 {
     Q_OBJECT
@@ -35,14 +41,20 @@ public:
     void setText(const QString& strText);
     QString text() const;
     int mode() const;
-    // List mode: show or hide the list, focus it. Edit mode: the line edit
-    // (on) or the label (off).
+    // What the cell shows a person: the list's choice, or the number.
+    QString shownText() const;
+    // List mode: show or hide the list; it never takes the keyboard focus
+    // from the cell being edited. Edit mode: the line edit (on), focused with
+    // its text selected so that typing replaces the value, or the label (off).
     void setEditing(bool bOn);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
+    bool eventFilter(QObject* pWatched, QEvent* event) override;
 
 private:
+    void AlignContents();
+
     int m_nMode;
     QComboBox* m_pCombo;
     QLineEdit* m_pLineEdit;

@@ -19,6 +19,7 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QKeyEvent>
+#include <QSignalBlocker>
 
 #include <cstring>
 
@@ -62,22 +63,14 @@ DlgFactoryMgr::DlgFactoryMgr(FactoryParams* pRecord, QWidget* parent)
     , m_nMotorColumn(-1)
     , m_nMotorPrevRow(-1)
     , m_nMotorPrevColumn(-1)
-    , m_nReserved1(0)
-    , m_nReserved2(0)
-    , m_nLaserRow(-1)
-    , m_nLaserColumn(-1)
-    , m_nMachineRow(-1)
-    , m_nMachineColumn(-1)
-    , m_nSpeedRow(-1)
-    , m_nSpeedColumn(-1)
     , m_pResolution(nullptr)
     , m_bHomepageFilled(false)
 {
     ui->setupUi(this);
     m_pMotorTab = std::make_unique<CMotorTab>(this, ui->tableWidget_motor, m_displayParams.motor);
-    m_pLaserTab = std::make_unique<CLaserTab>(this, ui, &m_laserSection);
-    m_pMachineTab = std::make_unique<CMachineTab>(this, ui->tableWidget_machine, &m_machineSection);
-    m_pSpeedTab = std::make_unique<CSpeedTab>(this, ui->tableWidget_speed, &m_speedSection);
+    m_pLaserTab = std::make_unique<CLaserTab>(this, ui, &m_displayParams.laser);
+    m_pMachineTab = std::make_unique<CMachineTab>(this, ui->tableWidget_machine, &m_displayParams.machine);
+    m_pSpeedTab = std::make_unique<CSpeedTab>(this, ui->tableWidget_speed, &m_displayParams.speed);
     m_pSystemTab = std::make_unique<CSystemTab>(this, ui->tableWidget_system);
     RetranslateTexts();
     if (m_pRecord) {
@@ -186,6 +179,11 @@ void DlgFactoryMgr::InitDialog()
 {
     // Without the sibling plug-in the tables keep their design sizes.
     m_pResolution = static_cast<IResolution*>(LoadPluginInterface(QStringLiteral("Resolution"), true, nullptr));
+    // Values are edited in the cell editors only: an item editor opened by a
+    // double click would take typing that never reaches the record.
+    for (QTableWidget* pTable : {ui->tableWidget_motor, ui->tableWidget_laser, ui->tableWidget_speed,
+                                 ui->tableWidget_machine})
+        pTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
     CopyRecordToDisplay();
     FillAllTables();
     ui->tabWidget->setCurrentIndex(0);
@@ -204,18 +202,22 @@ void DlgFactoryMgr::FillAllTables()
 
 void DlgFactoryMgr::CopyRecordToDisplay()
 {
-    std::memcpy(static_cast<void*>(m_displayParams.motor), m_workParams.motor, sizeof(m_workParams.motor));
-    std::memcpy(static_cast<void*>(&m_laserSection), &m_workParams.laser, sizeof(LaserSection));
-    std::memcpy(static_cast<void*>(&m_machineSection), &m_workParams.machine, sizeof(MachineSection));
-    std::memcpy(static_cast<void*>(&m_speedSection), &m_workParams.speed, sizeof(SpeedSection));
+    std::memcpy(static_cast<void*>(&m_displayParams), &m_workParams, sizeof(FactoryParams));
 }
 
 void DlgFactoryMgr::CopyDisplayToRecord()
 {
-    std::memcpy(static_cast<void*>(&m_workParams.laser), &m_laserSection, sizeof(LaserSection));
-    std::memcpy(static_cast<void*>(m_workParams.motor), m_displayParams.motor, sizeof(m_workParams.motor));
-    std::memcpy(static_cast<void*>(&m_workParams.machine), &m_machineSection, sizeof(MachineSection));
-    std::memcpy(static_cast<void*>(&m_workParams.speed), &m_speedSection, sizeof(SpeedSection));
+    std::memcpy(static_cast<void*>(&m_workParams), &m_displayParams, sizeof(FactoryParams));
+}
+
+FactoryParams& DlgFactoryMgr::DisplayParams()
+{
+    return m_displayParams;
+}
+
+int DlgFactoryMgr::LaserRowOfId(int nId) const
+{
+    return m_pLaserTab->RowOfId(nId);
 }
 
 void DlgFactoryMgr::DataToCtrlSlot(bool bDataToCtrl)
@@ -294,19 +296,11 @@ void DlgFactoryMgr::on_pushButton_panelUpgrade_clicked()
 
 void DlgFactoryMgr::ClearInvalidMarks()
 {
-    const QBrush red(Qt::red);
     for (QTableWidget* pTable : {ui->tableWidget_motor, ui->tableWidget_laser, ui->tableWidget_speed,
                                  ui->tableWidget_machine}) {
-        for (int r = 0; r < pTable->rowCount(); ++r) {
-            for (int c = 1; c < pTable->columnCount(); ++c) {
-                if (QTableWidgetItem* pItem = pTable->item(r, c))
-                    if (pItem->background() == red)
-                        pItem->setBackground(QBrush(Qt::white));
-                if (QWidget* pCell = pTable->cellWidget(r, c))
-                    if (pCell->styleSheet() == QLatin1String("background-color: red;"))
-                        pCell->setStyleSheet(QStringLiteral("background-color: white;"));
-            }
-        }
+        for (int r = 0; r < pTable->rowCount(); ++r)
+            for (int c = 1; c < pTable->columnCount(); ++c)
+                CPropertyTable::ClearMark(pTable, r, c);
         pTable->viewport()->update();
     }
 }
@@ -314,6 +308,7 @@ void DlgFactoryMgr::ClearInvalidMarks()
 void DlgFactoryMgr::MarkInvalidCell(int nTableKind, int nRow, int nColumn, double dValue)
 {
     QTableWidget* pTable = nullptr;
+    QString strShown = CPropertyTable::Fixed2(dValue);
     switch (nTableKind) {
     case 0: {
         if (nColumn < 1 || nColumn > 4)
@@ -327,65 +322,58 @@ void DlgFactoryMgr::MarkInvalidCell(int nTableKind, int nRow, int nColumn, doubl
     }
     case 1: {
         pTable = ui->tableWidget_laser;
-        // The field follows the row, shifted by the section's reserved word;
-        // the burning frequency runs on into the burning width, as it always has.
-        const int nField = (m_laserSection.reserved != 0 ? nRow + 1 : nRow) - 3;
-        if (nColumn == 1 || nColumn == 2) {
-            LaserParams& laser = m_laserSection.lasers[nColumn - 1];
-            switch (nField) {
-            case 0: laser.powerMin = dValue; break;
-            case 1: laser.powerMax = dValue; break;
-            case 2: laser.powerReduction = dValue; break;
-            case 3: laser.frequency = dValue; break;
-            case 4: laser.burningFrequency = dValue; [[fallthrough]];
-            case 5: laser.burningWidth = dValue; break;
-            default: break;
-            }
+        // The row's identifier names the field, so the value lands in the
+        // field the row shows. The value comes as the record keeps it; the
+        // pre-burning frequency is kept in Hz and shown in kHz.
+        LaserParams* pLaser = m_pLaserTab->LaserForColumn(nColumn);
+        if (!pLaser)
+            break;
+        switch (m_pLaserTab->RowId(nRow)) {
+        case 3: pLaser->powerMin = dValue; break;
+        case 4: pLaser->powerMax = dValue; break;
+        case 5: pLaser->powerReduction = dValue; break;
+        case 6: pLaser->frequency = dValue; break;
+        case 7:
+            pLaser->burningFrequency = dValue;
+            strShown = CPropertyTable::Fixed2(dValue / 1000.0);
+            break;
+        case 8: pLaser->burningWidth = dValue; break;
+        default: break;
         }
         break;
     }
     case 2: {
-        double* pField = CSpeedTab::SpeedField(m_speedSection, nRow);
+        double* pField = CSpeedTab::SpeedField(m_displayParams.speed, nRow);
         if (!pField)
             return;
         *pField = dValue;
         pTable = ui->tableWidget_speed;
         break;
     }
-    case 3:
+    case 3: {
+        MachineSection& machine = m_displayParams.machine;
+        pTable = ui->tableWidget_machine;
+        int nChoice = -1;
         switch (nRow) {
-        case 0: m_machineSection.motiveMode = int(dValue); break;
-        case 1: m_machineSection.laserSpace = dValue; break;
-        case 2: m_machineSection.machineZero = int(dValue); break;
-        case 3: m_machineSection.openProject = dValue != 0.0; break;
-        case 4: m_machineSection.blow = dValue != 0.0; break;
-        default: break;
+        case 0: nChoice = machine.motiveMode = CPropertyTable::ToInt(dValue); break;
+        case 1: machine.laserSpace = dValue; break;
+        case 2: nChoice = machine.machineZero = CPropertyTable::ToInt(dValue); break;
+        case 3: machine.openProject = dValue != 0.0; nChoice = machine.openProject ? 1 : 0; break;
+        case 4: machine.blow = dValue != 0.0; nChoice = machine.blow ? 1 : 0; break;
+        default: return;
         }
-        if (QTableWidgetItem* pItem = ui->tableWidget_machine->item(nRow, nColumn)) {
-            pItem->setBackground(QBrush(Qt::red));
-            pItem->setText(CPropertyTable::Fixed2(dValue));
+        // A list shows the put-back choice.
+        ComboBox* pCell = CPropertyTable::Cell(pTable, nRow, nColumn);
+        if (pCell && pCell->comboBox() && nChoice >= 0) {
+            const QSignalBlocker block(pCell->comboBox());
+            pCell->setCurrentIndex(nChoice);
         }
-        // The distance is a number cell with no item beneath: its editor shows the mark.
-        if (ComboBox* pCell = CPropertyTable::Cell(ui->tableWidget_machine, nRow, nColumn)) {
-            if (pCell->mode() == ComboBox::EditMode) {
-                pCell->setText(CPropertyTable::Fixed2(dValue));
-                pCell->setStyleSheet(QStringLiteral("background-color: red;"));
-            }
-        }
-        ui->tableWidget_machine->viewport()->update();
-        return;
+        break;
+    }
     default:
         return;
     }
-    const QString strValue = CPropertyTable::Fixed2(dValue);
-    if (QTableWidgetItem* pItem = pTable->item(nRow, nColumn)) {
-        pItem->setBackground(QBrush(Qt::red));
-        pItem->setText(strValue);
-    }
-    if (ComboBox* pCell = CPropertyTable::Cell(pTable, nRow, nColumn)) {
-        pCell->setText(strValue);
-        pCell->setStyleSheet(QStringLiteral("background-color: red;"));
-    }
+    CPropertyTable::MarkCell(pTable, nRow, nColumn, strShown);
     pTable->viewport()->update();
 }
 

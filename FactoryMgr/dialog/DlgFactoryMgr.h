@@ -53,8 +53,14 @@ public:
     // Removes every red mark of the read-back check.
     void ClearInvalidMarks();
     // Shows a value the device did not keep, put back, and marks its cell red.
-    // nTableKind: 0 Motor, 1 Laser, 2 Processing, 3 Machine.
+    // nTableKind: 0 Motor, 1 Laser, 2 Processing, 3 Machine. A Laser row is
+    // told by its row identifier: the field is the one the row shows.
     void MarkInvalidCell(int nTableKind, int nRow, int nColumn, double dValue);
+    // The Laser table's row that shows the row identifier nId, or -1.
+    int LaserRowOfId(int nId) const;
+    // What the tables show and edit: the four sections, between the working
+    // record's copy in and collection out.
+    FactoryParams& DisplayParams();
     // Makes (row, column) the Laser tab's current cell and opens its editor.
     void SelectLaserCell(int nRow, int nColumn);
 
@@ -118,18 +124,9 @@ private:
     int m_nMotorColumn;
     int m_nMotorPrevRow;
     int m_nMotorPrevColumn;
-    FactoryParams m_displayParams;      // motor[0..3]: the axis blocks of the Motor table
-    int m_nReserved1;
-    int m_nReserved2;
-    int m_nLaserRow;
-    int m_nLaserColumn;
-    LaserSection m_laserSection;
-    int m_nMachineRow;
-    int m_nMachineColumn;
-    MachineSection m_machineSection;
-    int m_nSpeedRow;
-    int m_nSpeedColumn;
-    SpeedSection m_speedSection;
+    // What the tables edit, one section per tab: the axis blocks of the
+    // Motor table, the laser, machine and speed display sections.
+    FactoryParams m_displayParams;
     IResolution* m_pResolution;
     bool m_bHomepageFilled;
     // Each tab's rules, over the display data above.

@@ -222,8 +222,8 @@ void TestMotorTab::headingRowClickOnlyLogs()
     QVERIFY(!pOpen->lineEdit()->isHidden());   // nothing was reset
     const FactoryParams after = f.Collected();
     QCOMPARE(std::memcmp(&before, &after, sizeof(FactoryParams)), 0);
-    // The current cell is still the one clicked before.
-    pOpen->lineEdit()->setFocus();
+    // The current cell is still the one clicked before: keys sent to its
+    // line edit are stored there.
     pOpen->lineEdit()->selectAll();
     QTest::keyClicks(pOpen->lineEdit(), "8.5");
     QTest::keyClick(pOpen->lineEdit(), Qt::Key_Return);

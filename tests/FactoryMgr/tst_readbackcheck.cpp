@@ -9,6 +9,7 @@
 #include "IFactoryMgr.h"
 #include "ParamFileTestData.h"
 
+#include <QLabel>
 #include <QTableWidget>
 
 #include <functional>
@@ -81,8 +82,8 @@ QList<FieldCase> Cases()
                                [=](const FactoryParams& p) { return p.motor[a].*pField; }, 1u, {{0, kMotorRows[i], a + 1}}};
         }
     const QList<std::tuple<const char*, double LaserParams::*, int>> laser{
-        {"powerMin", &LaserParams::powerMin, 2},           {"powerMax", &LaserParams::powerMax, 3},
-        {"powerReduction", &LaserParams::powerReduction, 4}, {"frequency", &LaserParams::frequency, 5},
+        {"powerMin", &LaserParams::powerMin, 3},           {"powerMax", &LaserParams::powerMax, 4},
+        {"powerReduction", &LaserParams::powerReduction, 5}, {"frequency", &LaserParams::frequency, 6},
         {"burningFrequency", &LaserParams::burningFrequency, -1}, {"burningWidth", &LaserParams::burningWidth, -1}};
     for (int k = 0; k < 2; ++k)
         for (const auto& [szName, pField, nRow] : laser) {
@@ -143,7 +144,7 @@ private slots:
     void uncheckedFieldsAreNotPutBack();
     void laserRowsFollowTheReservedWord();
     void markedCellsShowThePutBackValueAndAnEditClearsTheMark();
-    void markingALaserBurningFrequencyRunsOnIntoTheWidth();
+    void markingALaserRowStoresTheFieldItShows();
     void markingOutsideTheTablesDoesNothing();
 
 private:
@@ -219,6 +220,12 @@ void TestReadBackCheck::everyListedField()
     QCOMPARE(c.read(held), c.read(Opening()));
     QCOMPARE(std::memcmp(&held, &m_uploaded, sizeof(FactoryParams)), 0);
     QVERIFY(Red() == c.marks);
+    // The dialog holds the put-back value too, marked or not, and nothing
+    // else of it moved: a save from the dialog stores what the record holds.
+    m_pDialog->DataToCtrlSlot(false);
+    FactoryParams working;
+    m_pDialog->GetParams(working);
+    QCOMPARE(std::memcmp(&working, &held, sizeof(FactoryParams)), 0);
 }
 
 void TestReadBackCheck::everyFieldAtOnceThenADeviceThatKeepsEverything()
@@ -306,7 +313,14 @@ void TestReadBackCheck::laserRowsFollowTheReservedWord()
     quint32 nFlags = 0;
     QVERIFY(!m_pMgr->CheckDeviceParams(&nFlags));
     QCOMPARE(nFlags, quint32(2));
-    QVERIFY(Red() == std::set<Cell>({{1, 1, 1}, {1, 6, 2}}));
+    // Each on the row that shows it: "Min power(%)" of laser 1, "Pre-ignition
+    // pulse width(%)" of laser 2.
+    QVERIFY(Red() == std::set<Cell>({{1, 3, 1}, {1, 8, 2}}));
+    m_pDialog->DataToCtrlSlot(false);
+    FactoryParams working;
+    m_pDialog->GetParams(working);
+    QCOMPARE(working.laser.lasers[0].powerMin, shifted.laser.lasers[0].powerMin);
+    QCOMPARE(working.laser.lasers[1].burningWidth, shifted.laser.lasers[1].burningWidth);
 }
 
 void TestReadBackCheck::markedCellsShowThePutBackValueAndAnEditClearsTheMark()
@@ -325,15 +339,23 @@ void TestReadBackCheck::markedCellsShowThePutBackValueAndAnEditClearsTheMark()
     QCOMPARE(working.speed.cutAccWork, Opening().speed.cutAccWork);
 }
 
-void TestReadBackCheck::markingALaserBurningFrequencyRunsOnIntoTheWidth()
+void TestReadBackCheck::markingALaserRowStoresTheFieldItShows()
 {
     OpenAndUpload();
+    auto* pLaser = m_pDialog->findChild<QTableWidget*>("tableWidget_laser");
+    // Row 7 shows the pre-burning frequency, in kHz of a value kept in Hz.
     m_pDialog->MarkInvalidCell(1, 7, 2, 2500.0);
+    QCOMPARE(qobject_cast<ComboBox*>(pLaser->cellWidget(7, 2))->label()->text(), QStringLiteral("2.50"));
+    // Row 4 shows "Max power(%)".
+    m_pDialog->MarkInvalidCell(1, 4, 1, 77.0);
+    QCOMPARE(qobject_cast<ComboBox*>(pLaser->cellWidget(4, 1))->label()->text(), QStringLiteral("77.00"));
     m_pDialog->DataToCtrlSlot(false);
     FactoryParams working;
     m_pDialog->GetParams(working);
     QCOMPARE(working.laser.lasers[1].burningFrequency, 2500.0);
-    QCOMPARE(working.laser.lasers[1].burningWidth, 2500.0);
+    QCOMPARE(working.laser.lasers[1].burningWidth, Opening().laser.lasers[1].burningWidth);
+    QCOMPARE(working.laser.lasers[0].powerMax, 77.0);
+    QCOMPARE(working.laser.lasers[0].powerMin, Opening().laser.lasers[0].powerMin);
     QCOMPARE(working.laser.lasers[0].burningFrequency, Opening().laser.lasers[0].burningFrequency);
 }
 

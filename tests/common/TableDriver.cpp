@@ -2,6 +2,7 @@
 
 #include "ComboBox.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -26,11 +27,15 @@ void TableDriver::Type(QTableWidget* pTable, int nRow, int nColumn, const QStrin
     ComboBox* pCell = Cell(pTable, nRow, nColumn);
     if (!pCell || !pCell->lineEdit())
         return;
-    QLineEdit* pEdit = pCell->lineEdit();
-    pEdit->setFocus();
-    pEdit->selectAll();
-    QTest::keyClicks(pEdit, strText);
-    QTest::keyClick(pEdit, Qt::Key_Return);
+    // The click alone gives the cell's line edit the keyboard focus, with its
+    // text selected: the keys go wherever the focus is, as a keyboard's do.
+    QWidget* pFocus = QApplication::focusWidget();
+    if (pFocus != pCell->lineEdit())
+        QTest::qFail("the click did not give the cell's line edit the keyboard focus", __FILE__, __LINE__);
+    if (!pFocus)
+        return;
+    QTest::keyClicks(pFocus, strText);
+    QTest::keyClick(pFocus, Qt::Key_Return);
     QCoreApplication::processEvents();
 }
 
