@@ -390,6 +390,7 @@ bool CHostWindow::SaveScreenshots(const QString& strDir)
         bOk = m_pSettings->grab().save(QStringLiteral("%1/settings-%2.png").arg(strDir, pTabs->widget(i)->objectName()))
             && bOk;
     }
+    bOk = SaveRefusedUploadScreenshot(strDir + "/settings-motor-refused.png") && bOk;
     // The wizard runs modally: its pages are taken from inside its own run.
     bool bWizard = false;
     QTimer::singleShot(0, this, [&] {
@@ -406,4 +407,40 @@ bool CHostWindow::SaveScreenshots(const QString& strDir)
     });
     CalibrateXyStep();
     return bOk && bWizard;
+}
+
+bool CHostWindow::SaveRefusedUploadScreenshot(const QString& strPath)
+{
+    IFactoryMgr* pMgr = Mgr();
+    auto* pTabs = m_pDialog->findChild<QTabWidget*>(QStringLiteral("tabWidget"));
+    auto* pMotor = m_pDialog->findChild<QWidget*>(QStringLiteral("tab"));
+    auto* pUpload = m_pDialog->findChild<QPushButton*>(QStringLiteral("pushButton_upload"));
+    FactoryParams record;
+    FactoryParams device;
+    if (!pTabs || !pMotor || !pUpload || pMgr->GetFactoryParams(&record) != 0 || m_pSim->ReadFactoryParams(&device) != 0)
+        return false;
+
+    // Two values beyond what the simulated machine can drive go into the
+    // dialog, and its Upload button runs the host's Upload: the controller
+    // keeps the nearest values it can take, and the plug-in's check marks the
+    // two cells it did not keep.
+    FactoryParams typed = record;
+    typed.motor[0].speedMax = 1800.0;   // X takes at most 1,500 mm/s
+    typed.motor[1].accMax = 45000.0;    // Y at most 30,000 mm/s²
+    pMgr->SetFactoryParams(&typed);
+    QMetaObject::invokeMethod(m_pDialog, "DataToCtrlSlot", Q_ARG(bool, true));
+    pTabs->setCurrentWidget(pMotor);
+    QApplication::processEvents();
+    pUpload->click();
+    QApplication::processEvents();
+    const bool bRefused = m_pSim->LastLimitedCount() >= 2;
+    const bool bSaved = m_pSettings && m_pSettings->grab().save(strPath);
+
+    // The controller's flash, the record and the parameter file go back to
+    // what they held, so that taking screenshots leaves no trace of this.
+    m_pSim->WriteFactoryParams(&device);
+    pMgr->SetFactoryParams(&record);
+    if (m_pDialog)
+        QMetaObject::invokeMethod(m_pDialog, "DataToCtrlSlot", Q_ARG(bool, true));
+    return bRefused && bSaved;
 }

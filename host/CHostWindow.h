@@ -27,7 +27,9 @@ public:
     // Loads the plug-in beside the executable and hands it the simulated
     // controller. False, with a message box, when the plug-in cannot be used.
     bool Start();
-    // Renders the main window and every tab of the settings dialog to PNG files.
+    // Renders the main window, every tab of the settings dialog, the Motor tab
+    // after an Upload the controller partly refused, and the calibration
+    // wizard's pages to PNG files.
     bool SaveScreenshots(const QString& strDir);
 
     CSimController* Simulator() const;
@@ -62,6 +64,7 @@ private:
     void Report(const QString& strText);
     void OnJobCut(double dWidth, double dHeight);
     void CloseSettings();
+    bool SaveRefusedUploadScreenshot(const QString& strPath);
     QString HostSettingsPath() const;
 
     CPluginHost m_plugin;

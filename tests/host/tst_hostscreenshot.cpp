@@ -35,8 +35,8 @@ void TestHostScreenshot::rendersEveryWindowUnderX11()
     QVERIFY2(host.exitStatus() == QProcess::NormalExit && host.exitCode() == 0, log.constData());
 
     const QStringList expected{"main-window", "settings-tab", "settings-widget1", "settings-tab_5",
-                               "settings-widget2", "settings-tab_2", "settings-tab_theme", "wizard-page1",
-                               "wizard-page2"};
+                               "settings-widget2", "settings-tab_2", "settings-tab_theme", "settings-motor-refused",
+                               "wizard-page1", "wizard-page2"};
     for (const QString& strName : expected) {
         const QImage image(output.path() + "/" + strName + ".png");
         QVERIFY2(!image.isNull(), qPrintable(strName));
