@@ -48,6 +48,23 @@ void TestHostScreenshot::rendersEveryWindowUnderX11()
                 colours.insert(image.pixel(x, y));
         QVERIFY2(colours.size() > 8, qPrintable(QStringLiteral("%1: %2 colours").arg(strName).arg(colours.size())));
     }
+
+    // The two values the controller did not keep (X max speed, Y max
+    // acceleration) are marked: their cells are filled red, which the Motor
+    // tab as it opens has nowhere.
+    const auto redPixels = [&](const QString& strName) {
+        const QImage image(output.path() + "/" + strName + ".png");
+        int nRed = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x) {
+                const QRgb pixel = image.pixel(x, y);
+                nRed += qRed(pixel) > 200 && qGreen(pixel) < 80 && qBlue(pixel) < 80;
+            }
+        return nRed;
+    };
+    QCOMPARE(redPixels("settings-tab"), 0);
+    const int nRefusedRed = redPixels("settings-motor-refused");
+    QVERIFY2(nRefusedRed > 4000, qPrintable(QStringLiteral("%1 red pixels").arg(nRefusedRed)));
 }
 
 FACTORYMGR_TEST_MAIN(TestHostScreenshot)
