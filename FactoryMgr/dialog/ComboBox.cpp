@@ -24,6 +24,7 @@ ComboBox::ComboBox(QWidget* parent, int nMode)
     } else if (nMode == EditMode) {
         m_pLineEdit = new QLineEdit(this);
         m_pLineEdit->setFrame(false);
+        m_pLineEdit->installEventFilter(this);
     }
     m_pLabel = new QLabel(this);
     m_pLabel->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
@@ -155,6 +156,12 @@ void ComboBox::AlignContents()
 
 bool ComboBox::eventFilter(QObject* pWatched, QEvent* event)
 {
+    if (pWatched == m_pLineEdit && event->type() == QEvent::MouseButtonDblClick) {
+        // A double click on a number takes all of it, not the digits on one
+        // side of the decimal point: typing then replaces the value.
+        m_pLineEdit->selectAll();
+        return true;
+    }
     if (pWatched == m_pCombo) {
         if (event->type() == QEvent::Wheel && !m_pCombo->hasFocus()) {
             // Ignored, the wheel goes on to the table, which scrolls.

@@ -15,7 +15,8 @@ class QLineEdit;
 // line edit and list choices sit vertically centred with one left padding, so
 // the tables read as one table. A list that the person has not opened lets
 // the mouse wheel scroll the table instead of changing the choice, and a
-// press on a list is a click on its table cell.
+// press on a list is a click on its table cell. A double click on a number
+// selects all of it.
 class ComboBox : public QWidget
 {
     Q_OBJECT

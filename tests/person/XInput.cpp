@@ -1,0 +1,100 @@
+#include "XInput.h"
+
+#include <QApplication>
+#include <QMouseEvent>
+#include <QProcess>
+#include <QWidget>
+#include <QtTest>
+
+XInput::XInput()
+    : m_pProbe(std::make_unique<QWidget>())
+{
+    // Out of the way in the screen's top left corner; it never takes the focus.
+    m_pProbe->setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus);
+    m_pProbe->setAttribute(Qt::WA_ShowWithoutActivating);
+    m_pProbe->setMouseTracking(true);
+    m_pProbe->setGeometry(0, 0, 24, 24);
+    m_pProbe->installEventFilter(this);
+    m_pProbe->show();
+    if (!QTest::qWaitForWindowExposed(m_pProbe.get()))
+        m_strError = QStringLiteral("the input probe window was not shown");
+}
+
+XInput::~XInput() = default;
+
+bool XInput::eventFilter(QObject* pWatched, QEvent* event)
+{
+    if (pWatched == m_pProbe.get() && event->type() == QEvent::MouseMove)
+        m_lastProbeMove = static_cast<QMouseEvent*>(event)->position().toPoint();
+    return QObject::eventFilter(pWatched, event);
+}
+
+bool XInput::Run(const QStringList& arguments)
+{
+    QProcess tool;
+    tool.setProcessChannelMode(QProcess::MergedChannels);
+    tool.start(QStringLiteral("xdotool"), arguments);
+    if (!tool.waitForFinished(20000) || tool.exitStatus() != QProcess::NormalExit || tool.exitCode() != 0) {
+        m_strError = QStringLiteral("xdotool %1 failed: %2 %3")
+                         .arg(arguments.join(' '), tool.errorString(), QString::fromLocal8Bit(tool.readAll()));
+        return false;
+    }
+    // What the input changed is painted and on the screen before anyone looks.
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
+    return true;
+}
+
+bool XInput::MoveTo(const QPoint& at)
+{
+    return Run({"mousemove", QString::number(at.x()), QString::number(at.y())});
+}
+
+bool XInput::Click(const QPoint& at)
+{
+    return Run({"mousemove", QString::number(at.x()), QString::number(at.y()), "click", "1"}) && Drain();
+}
+
+bool XInput::DoubleClick(const QPoint& at)
+{
+    return Run({"mousemove", QString::number(at.x()), QString::number(at.y()), "click", "--repeat", "2", "--delay",
+                "40", "1"})
+        && Drain();
+}
+
+bool XInput::Wheel(const QPoint& at, int nSteps)
+{
+    // X buttons 4 and 5 are the wheel's steps up and down.
+    return Run({"mousemove", QString::number(at.x()), QString::number(at.y()), "click", "--repeat",
+                QString::number(qAbs(nSteps)), "--delay", "20", nSteps > 0 ? "4" : "5"})
+        && Drain();
+}
+
+bool XInput::Type(const QString& strText)
+{
+    return Run({"type", "--delay", "10", "--", strText}) && Drain();
+}
+
+bool XInput::Key(const QString& strKeys)
+{
+    return Run({"key", strKeys}) && Drain();
+}
+
+bool XInput::Drain()
+{
+    // Two spots, taken in turn, so that every drain is a real move.
+    const QPoint spot = (++m_nDrains % 2) ? QPoint(6, 6) : QPoint(16, 16);
+    if (!Run({"mousemove", QString::number(spot.x()), QString::number(spot.y())}))
+        return false;
+    // An open popup (a list's choices) holds the pointer: the probe sees
+    // nothing until it closes, and the caller waits on what it expects.
+    const auto done = [&] { return m_lastProbeMove == spot || QApplication::activePopupWidget(); };
+    if (!QTest::qWaitFor(done, 10000)) {
+        m_strError = QStringLiteral("the input probe never saw the pointer arrive");
+        return false;
+    }
+    // What the input changed is painted and on the screen before anyone looks.
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
+    return true;
+}

@@ -1,0 +1,648 @@
+#include "PersonTestMain.h"
+
+#include "CFactoryMgrApp.h"
+#include "CellPicture.h"
+#include "ComboBox.h"
+#include "DlgFactoryMgr.h"
+#include "FactoryParamFile.h"
+#include "FakeCard.h"
+#include "FakeDevice.h"
+#include "IFactoryMgr.h"
+#include "XInput.h"
+
+#include <QAbstractItemView>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTableWidget>
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <memory>
+
+// The settings dialog on a real X server, driven only by pointer and key
+// events that the X server delivers, and checked by what a person gets:
+// where the keyboard focus is, which fields of the record changed, and what
+// the screen shows.
+namespace {
+enum Tab
+{
+    MotorTab = 0,
+    LaserTab = 1,
+    ProcessingTab = 2,
+    MachineTab = 3
+};
+const char* const kTables[] = {"tableWidget_motor", "tableWidget_laser", "tableWidget_speed", "tableWidget_machine"};
+
+using Field = std::function<double&(FactoryParams&)>;
+
+// The record the dialog opens with.
+FactoryParams Opening()
+{
+    FactoryParams record;
+    record.laser.laserCount = 1;
+    record.laser.reserved = 0;
+    record.motor[0].speedMax = 1800.0;   // the controller takes 1500 at most
+    record.laser.lasers[0].powerMax = 90.0;
+    record.laser.lasers[0].powerMin = 10.0;
+    record.speed.cutSpeedSpace = 900.0;
+    record.machine.laserSpace = 55.0;
+    record.machine.motiveMode = 3;
+    return record;
+}
+}
+
+class TestPersonDialog : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void typingAfterOneClickChangesOnlyThatCell_data();
+    void typingAfterOneClickChangesOnlyThatCell();
+    void keysAfterReturnChangeNothing_data();
+    void keysAfterReturnChangeNothing();
+    void doubleClickThenTypingStillReachesTheCell();
+    void wheelOverListsScrollsAndChangesNothing();
+    void aListChosenWithTheMouseIsStoredInItsOwnField_data();
+    void aListChosenWithTheMouseIsStoredInItsOwnField();
+    void refusedValuesShowRedWithTheirValues();
+    void anEditClearsItsMarkOnScreen();
+    void aCleanCheckClearsEveryRed();
+    void everyValueCellShowsOneCentredLine_data();
+    void everyValueCellShowsOneCentredLine();
+    void cleanupTestCase();
+    void screenshotsForALook();
+
+private:
+    QTableWidget* Table(int nTab) const;
+    ComboBox* Cell(int nTab, int nRow, int nColumn) const;
+    QRect CellRect(int nTab, int nRow, int nColumn) const;
+    QPoint CellCentre(int nTab, int nRow, int nColumn) const;
+    // Brings a tab to the front with a click on its tab.
+    bool ShowTab(int nTab);
+    // Scrolls with the wheel over the label column until the cell is in view.
+    bool ScrollIntoView(int nTab, int nRow, int nColumn);
+    FactoryParams Collected() const;
+    // The grab of a cell's inside (its grid line left out).
+    CellPicture Picture(int nTab, int nRow, int nColumn) const;
+    // Waits until the screen shows what pred wants of the cell; false if it never does.
+    bool WaitForPicture(int nTab, int nRow, int nColumn, const std::function<bool(const CellPicture&)>& pred,
+                        double* pRedShare = nullptr);
+    // Clicks Upload and waits for the check to be done.
+    bool ClickUpload();
+    void RefuseSome();
+    // The host's part in an Upload: send, let the controller limit what it
+    // cannot take, check what it kept.
+    void Upload();
+
+    std::unique_ptr<XInput> m_pInput;
+    FakeCard m_card;
+    FakeDevice m_device;
+    IFactoryMgr* m_pMgr = nullptr;
+    DlgFactoryMgr* m_pDialog = nullptr;
+    std::function<void(FactoryParams&)> m_controllerLimits;
+    quint32 m_nFlags = 0;
+};
+
+void TestPersonDialog::initTestCase()
+{
+    m_pInput = std::make_unique<XInput>();
+    QVERIFY2(m_pInput->Error().isEmpty(), qPrintable(m_pInput->Error()));
+    QVERIFY2(m_pInput->Drain(), qPrintable(m_pInput->Error()));
+}
+
+void TestPersonDialog::init()
+{
+    QFile::remove(DefaultFactoryParamPath());
+    m_card.m_nCardType = 8;
+    m_device.m_pCard = &m_card;
+    m_pMgr = NewInterface();
+    m_pMgr->Init(&m_device, nullptr);
+    const FactoryParams opening = Opening();
+    m_pMgr->SetFactoryParams(&opening);
+    m_pDialog = m_pMgr->ShowFactoryDlg(nullptr);
+    QVERIFY(m_pDialog);
+    m_controllerLimits = [](FactoryParams&) {};
+    connect(m_pDialog, &DlgFactoryMgr::UploadCurParamsToDeviceSignal, this, &TestPersonDialog::Upload);
+    m_pDialog->show();
+    m_pDialog->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(m_pDialog));
+    QVERIFY2(m_pInput->Drain(), qPrintable(m_pInput->Error()));
+}
+
+void TestPersonDialog::cleanup()
+{
+    delete m_pDialog;
+    m_pDialog = nullptr;
+    ReleaseInterface(m_pMgr);
+    m_pMgr = nullptr;
+    CFactoryMgrApp::GetInstance()->SetDevice(nullptr);
+}
+
+void TestPersonDialog::Upload()
+{
+    m_pMgr->UploadParamsToDevice();
+    m_controllerLimits(m_device.m_stored);
+    m_pMgr->CheckDeviceParams(&m_nFlags);
+}
+
+QTableWidget* TestPersonDialog::Table(int nTab) const
+{
+    return m_pDialog->findChild<QTableWidget*>(QString::fromLatin1(kTables[nTab]));
+}
+
+ComboBox* TestPersonDialog::Cell(int nTab, int nRow, int nColumn) const
+{
+    return qobject_cast<ComboBox*>(Table(nTab)->cellWidget(nRow, nColumn));
+}
+
+QRect TestPersonDialog::CellRect(int nTab, int nRow, int nColumn) const
+{
+    QTableWidget* pTable = Table(nTab);
+    return pTable->visualRect(pTable->model()->index(nRow, nColumn));
+}
+
+QPoint TestPersonDialog::CellCentre(int nTab, int nRow, int nColumn) const
+{
+    return Table(nTab)->viewport()->mapToGlobal(CellRect(nTab, nRow, nColumn).center());
+}
+
+bool TestPersonDialog::ShowTab(int nTab)
+{
+    auto* pTabs = m_pDialog->findChild<QTabWidget*>("tabWidget");
+    QTabBar* pBar = pTabs->tabBar();
+    if (!m_pInput->Click(pBar->mapToGlobal(pBar->tabRect(nTab).center())))
+        return false;
+    if (!QTest::qWaitFor([&] { return pTabs->currentIndex() == nTab && Table(nTab)->isVisible(); }, 5000))
+        return false;
+    // The new page painted and on the screen before anyone looks.
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
+    return true;
+}
+
+bool TestPersonDialog::ScrollIntoView(int nTab, int nRow, int nColumn)
+{
+    QTableWidget* pTable = Table(nTab);
+    for (int i = 0; i < 40; ++i) {
+        const QRect cell = CellRect(nTab, nRow, nColumn);
+        const QRect view = pTable->viewport()->rect();
+        if (view.contains(cell))
+            return true;
+        const QPoint label = pTable->viewport()->mapToGlobal(QPoint(20, view.height() / 2));
+        if (!m_pInput->Wheel(label, cell.top() < 0 ? 1 : -1))
+            return false;
+    }
+    return false;
+}
+
+FactoryParams TestPersonDialog::Collected() const
+{
+    m_pDialog->DataToCtrlSlot(false);
+    FactoryParams params;
+    m_pDialog->GetParams(params);
+    return params;
+}
+
+void TestPersonDialog::cleanupTestCase()
+{
+    // Before the test main deletes the windows that are left.
+    m_pInput.reset();
+}
+
+CellPicture TestPersonDialog::Picture(int nTab, int nRow, int nColumn) const
+{
+    QTableWidget* pTable = Table(nTab);
+    return CellPicture(pTable->viewport(), CellRect(nTab, nRow, nColumn).adjusted(0, 0, -1, -1));
+}
+
+bool TestPersonDialog::WaitForPicture(int nTab, int nRow, int nColumn,
+                                      const std::function<bool(const CellPicture&)>& pred, double* pRedShare)
+{
+    // The repaint may still be on its way to the X server: ask again until
+    // it shows, or give up.
+    bool bOk = false;
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
+    QTest::qWaitFor(
+        [&] {
+            const CellPicture picture = Picture(nTab, nRow, nColumn);
+            if (pRedShare)
+                *pRedShare = picture.RedShare();
+            bOk = pred(picture);
+            return bOk;
+        },
+        3000);
+    return bOk;
+}
+
+bool TestPersonDialog::ClickUpload()
+{
+    m_nFlags = 0xffffffffu;
+    auto* pUpload = m_pDialog->findChild<QPushButton*>("pushButton_upload");
+    if (!m_pInput->Click(pUpload->mapToGlobal(pUpload->rect().center())))
+        return false;
+    return QTest::qWaitFor([&] { return m_nFlags != 0xffffffffu; }, 5000);
+}
+
+// What the controller of these tests cannot take, stored as the nearest
+// value it can: one value in every table, a list among them, and one field
+// that has no cell.
+void TestPersonDialog::RefuseSome()
+{
+    m_controllerLimits = [](FactoryParams& p) {
+        p.motor[0].speedMax = 1500.0;
+        p.laser.lasers[0].powerMax = 80.0;
+        p.laser.lasers[0].burningWidth = 0.2;
+        p.speed.cutSpeedSpace = 500.0;
+        p.machine.laserSpace = 40.0;
+        p.machine.motiveMode = 1;
+    };
+}
+
+namespace {
+// The field one typed value lands in.
+struct TypedCase
+{
+    const char* szName;
+    int nTab;
+    int nRow;
+    int nColumn;
+    const char* szTyped;
+    const char* szShown;
+    std::function<void(FactoryParams&)> expect;
+    // Another cell of the same table whose click commits the typing.
+    int nOtherRow;
+    int nOtherColumn;
+};
+
+const QList<TypedCase>& TypedCases()
+{
+    static const QList<TypedCase> cases{
+        {"Motor Y step", MotorTab, 5, 2, "12.5", "12.50", [](FactoryParams& p) { p.motor[1].pulsePerMm = 12.5; }, 6,
+         1},
+        {"Motor U zero offset, negative", MotorTab, 7, 4, "-4", "0.00",
+         [](FactoryParams& p) { p.motor[3].zeroOffset = 0.0; }, 5, 1},
+        {"Laser min power 1", LaserTab, 3, 1, "1", "1.00", [](FactoryParams& p) { p.laser.lasers[0].powerMin = 1.0; },
+         6, 1},
+        {"Laser attenuation", LaserTab, 5, 1, "33", "33.00",
+         [](FactoryParams& p) { p.laser.lasers[0].powerReduction = 33.0; }, 6, 1},
+        {"Processing PMax Acc", ProcessingTab, 3, 1, "2500", "2500.00",
+         [](FactoryParams& p) { p.speed.cutAccCorner = 2500.0; }, 0, 1},
+        {"Processing reset speed", ProcessingTab, 10, 1, "75.5", "75.50",
+         [](FactoryParams& p) { p.speed.panelSpeedReset = 75.5; }, 0, 1},
+        // The only number of the Machine table: the other cell is a list.
+        {"Machine distance", MachineTab, 1, 1, "12.25", "12.25",
+         [](FactoryParams& p) { p.machine.laserSpace = 12.25; }, 2, 1},
+    };
+    return cases;
+}
+
+// The first byte where two records differ, for a message; -1 when equal.
+int FirstDifference(const FactoryParams& a, const FactoryParams& b)
+{
+    const auto* pA = reinterpret_cast<const unsigned char*>(&a);
+    const auto* pB = reinterpret_cast<const unsigned char*>(&b);
+    for (int i = 0; i < int(sizeof(FactoryParams)); ++i)
+        if (pA[i] != pB[i])
+            return i;
+    return -1;
+}
+}
+
+void TestPersonDialog::typingAfterOneClickChangesOnlyThatCell_data()
+{
+    QTest::addColumn<int>("nCase");
+    QTest::addColumn<QString>("strCommit");
+    for (int i = 0; i < TypedCases().size(); ++i)
+        for (const char* szCommit : {"Return", "click on its label", "click on another cell"})
+            QTest::addRow("%s, %s", TypedCases()[i].szName, szCommit) << i << QString::fromLatin1(szCommit);
+}
+
+void TestPersonDialog::typingAfterOneClickChangesOnlyThatCell()
+{
+    QFETCH(int, nCase);
+    QFETCH(QString, strCommit);
+    const TypedCase& c = TypedCases()[nCase];
+    QVERIFY(ShowTab(c.nTab));
+    QVERIFY(ScrollIntoView(c.nTab, c.nRow, c.nColumn));
+    const FactoryParams before = Collected();
+
+    QVERIFY2(m_pInput->Click(CellCentre(c.nTab, c.nRow, c.nColumn)), qPrintable(m_pInput->Error()));
+    // One click: the cell's line edit has the keyboard focus, its whole text selected.
+    ComboBox* pCell = Cell(c.nTab, c.nRow, c.nColumn);
+    QVERIFY(pCell && pCell->lineEdit());
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(pCell->lineEdit()));
+    QVERIFY(pCell->lineEdit()->isVisible());
+    QCOMPARE(pCell->lineEdit()->selectedText(), pCell->lineEdit()->text());
+
+    QVERIFY2(m_pInput->Type(QString::fromLatin1(c.szTyped)), qPrintable(m_pInput->Error()));
+    if (strCommit == "Return") {
+        QVERIFY(m_pInput->Key("Return"));
+    } else if (strCommit == "click on its label") {
+        QVERIFY(m_pInput->Click(CellCentre(c.nTab, c.nRow, 0)));
+    } else {
+        QVERIFY(m_pInput->Click(CellCentre(c.nTab, c.nOtherRow, c.nOtherColumn)));
+        // A list opens its choices on the click: closed again, nothing chosen.
+        if (QComboBox* pList = Cell(c.nTab, c.nOtherRow, c.nOtherColumn)->comboBox()) {
+            QTRY_VERIFY(pList->view()->isVisible());
+            QVERIFY(m_pInput->Key("Escape"));
+            QTRY_VERIFY(!QApplication::activePopupWidget());
+        }
+    }
+
+    FactoryParams expected = before;
+    c.expect(expected);
+    const FactoryParams after = Collected();
+    QVERIFY2(FirstDifference(expected, after) < 0,
+             qPrintable(QStringLiteral("the record differs from the one expected at byte %1")
+                            .arg(FirstDifference(expected, after))));
+    // The cell shows the stored value, one line on the screen.
+    QCOMPARE(Cell(c.nTab, c.nRow, c.nColumn)->shownText(), QString::fromLatin1(c.szShown));
+    QVERIFY(WaitForPicture(c.nTab, c.nRow, c.nColumn,
+                           [](const CellPicture& p) { return p.InkLines().size() == 1 && p.RedShare() < 0.01; }));
+}
+
+void TestPersonDialog::keysAfterReturnChangeNothing_data()
+{
+    QTest::addColumn<int>("nCase");
+    for (int i = 0; i < TypedCases().size(); ++i)
+        QTest::newRow(TypedCases()[i].szName) << i;
+}
+
+void TestPersonDialog::keysAfterReturnChangeNothing()
+{
+    QFETCH(int, nCase);
+    const TypedCase& c = TypedCases()[nCase];
+    QVERIFY(ShowTab(c.nTab));
+    QVERIFY(m_pInput->Click(CellCentre(c.nTab, c.nRow, c.nColumn)));
+    QVERIFY(m_pInput->Type(QString::fromLatin1(c.szTyped)));
+    QVERIFY(m_pInput->Key("Return"));
+    const FactoryParams committed = Collected();
+    // More keys: no cell is being edited, so none of them may change anything
+    // (they once chose "100" in "Laser power(W)", the list that held the focus).
+    QVERIFY(m_pInput->Type("1"));
+    QVERIFY(m_pInput->Key("Down"));
+    QVERIFY(m_pInput->Type("3"));
+    QVERIFY(m_pInput->Key("Return"));
+    const FactoryParams after = Collected();
+    QVERIFY2(FirstDifference(committed, after) < 0,
+             qPrintable(QStringLiteral("keys changed byte %1").arg(FirstDifference(committed, after))));
+    QWidget* pFocus = QApplication::focusWidget();
+    QVERIFY(!qobject_cast<QComboBox*>(pFocus));
+    QVERIFY(!qobject_cast<QLineEdit*>(pFocus) || !pFocus->isVisible());
+}
+
+void TestPersonDialog::doubleClickThenTypingStillReachesTheCell()
+{
+    QVERIFY(ShowTab(MotorTab));
+    const FactoryParams before = Collected();
+    QVERIFY(m_pInput->DoubleClick(CellCentre(MotorTab, 6, 1)));
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(Cell(MotorTab, 6, 1)->lineEdit()));
+    QVERIFY(m_pInput->Type("321"));
+    QVERIFY(m_pInput->Key("Return"));
+    FactoryParams expected = before;
+    expected.motor[0].size = 321.0;
+    const FactoryParams after = Collected();
+    QCOMPARE(after.motor[0].size, 321.0);
+    QVERIFY2(FirstDifference(expected, after) < 0,
+             qPrintable(QStringLiteral("differs at byte %1").arg(FirstDifference(expected, after))));
+}
+
+void TestPersonDialog::wheelOverListsScrollsAndChangesNothing()
+{
+    QVERIFY(ShowTab(MotorTab));
+    QTableWidget* pTable = Table(MotorTab);
+    QScrollBar* pBar = pTable->verticalScrollBar();
+    QVERIFY2(pBar->maximum() > 0, "the Motor table must need scrolling at the dialog's size");
+    QCOMPARE(pBar->value(), 0);
+    const FactoryParams before = Collected();
+    // The pointer over "Direction of Polarity" of X and of U, lists nobody opened.
+    QVERIFY(m_pInput->Wheel(CellCentre(MotorTab, 0, 1), -3));
+    QTRY_VERIFY(pBar->value() > 0);
+    const int nScrolled = pBar->value();
+    QVERIFY(m_pInput->Wheel(pTable->viewport()->mapToGlobal(QPoint(CellRect(MotorTab, 2, 4).center().x(), 60)), 3));
+    QTRY_VERIFY(pBar->value() < nScrolled);
+    const FactoryParams after = Collected();
+    QVERIFY2(FirstDifference(before, after) < 0,
+             qPrintable(QStringLiteral("the wheel changed byte %1").arg(FirstDifference(before, after))));
+    for (int c = 1; c <= 4; ++c)
+        QCOMPARE(Cell(MotorTab, 0, c)->currentIndex(), before.motor[c - 1].directionPolar);
+}
+
+void TestPersonDialog::aListChosenWithTheMouseIsStoredInItsOwnField_data()
+{
+    QTest::addColumn<int>("nTab");
+    QTest::addColumn<int>("nRow");
+    QTest::addColumn<int>("nColumn");
+    QTest::addColumn<QString>("strKey");
+    QTest::addColumn<int>("nField");
+    QTest::newRow("Motor Z Initialization") << int(MotorTab) << 4 << 3 << "Up" << 0;
+    QTest::newRow("Laser water protection") << int(LaserTab) << 1 << 1 << "Up" << 1;
+    QTest::newRow("Machine blowing") << int(MachineTab) << 4 << 1 << "Down" << 2;
+    QTest::newRow("Machine zero") << int(MachineTab) << 2 << 1 << "Down" << 3;
+}
+
+void TestPersonDialog::aListChosenWithTheMouseIsStoredInItsOwnField()
+{
+    QFETCH(int, nTab);
+    QFETCH(int, nRow);
+    QFETCH(int, nColumn);
+    QFETCH(QString, strKey);
+    QFETCH(int, nField);
+    QVERIFY(ShowTab(nTab));
+    const FactoryParams before = Collected();
+    QComboBox* pList = Cell(nTab, nRow, nColumn)->comboBox();
+    QVERIFY(m_pInput->Click(CellCentre(nTab, nRow, nColumn)));
+    QTRY_VERIFY(pList->view()->isVisible());
+    QVERIFY(m_pInput->Key(strKey));
+    QVERIFY(m_pInput->Key("Return"));
+    FactoryParams expected = before;
+    switch (nField) {
+    case 0: expected.motor[2].startupReset = !before.motor[2].startupReset; break;
+    case 1: expected.laser.lasers[0].waterProtect = !before.laser.lasers[0].waterProtect; break;
+    case 2: expected.machine.blow = !before.machine.blow; break;
+    default: expected.machine.machineZero = 1; break;
+    }
+    QTRY_VERIFY(FirstDifference(expected, Collected()) < 0);
+}
+
+void TestPersonDialog::refusedValuesShowRedWithTheirValues()
+{
+    RefuseSome();
+    QVERIFY(ClickUpload());
+    QCOMPARE(m_nFlags, quint32(1 | 2 | 4 | 8));
+    struct Mark
+    {
+        int nTab, nRow, nColumn;
+        const char* szShown;
+    };
+    const QList<Mark> marks{{MotorTab, 10, 1, "1800.00"},  {LaserTab, 4, 1, "90.00"},
+                            {ProcessingTab, 0, 1, "900.00"}, {MachineTab, 0, 1, "Screw Servo"},
+                            {MachineTab, 1, 1, "55.00"}};
+    for (int nTab : {MotorTab, LaserTab, ProcessingTab, MachineTab}) {
+        QVERIFY(ShowTab(nTab));
+        QTableWidget* pTable = Table(nTab);
+        for (int r = 0; r < pTable->rowCount(); ++r)
+            for (int c = 1; c < pTable->columnCount(); ++c) {
+                if (!Cell(nTab, r, c) || !pTable->viewport()->rect().contains(CellRect(nTab, r, c)))
+                    continue;
+                const Mark* pMark = nullptr;
+                for (const Mark& m : marks)
+                    if (m.nTab == nTab && m.nRow == r && m.nColumn == c)
+                        pMark = &m;
+                double dRed = 0.0;
+                if (pMark) {
+                    // Red filling the cell, the put-back value on it, one line.
+                    QCOMPARE(Cell(nTab, r, c)->shownText(), QString::fromLatin1(pMark->szShown));
+                    QVERIFY2(WaitForPicture(nTab, r, c,
+                                            [](const CellPicture& p) {
+                                                return p.RedShare() > 0.6 && p.InkCount() > 20
+                                                    && p.InkLines().size() == 1;
+                                            },
+                                            &dRed),
+                             qPrintable(QStringLiteral("tab %1 cell (%2, %3): red share %4").arg(nTab).arg(r).arg(c).arg(dRed)));
+                } else {
+                    QVERIFY2(WaitForPicture(nTab, r, c, [](const CellPicture& p) { return p.RedShare() < 0.01; }, &dRed),
+                             qPrintable(QStringLiteral("tab %1 cell (%2, %3): red share %4").arg(nTab).arg(r).arg(c).arg(dRed)));
+                }
+            }
+    }
+    // The width that has no cell is put back in the dialog too.
+    QCOMPARE(Collected().laser.lasers[0].burningWidth, Opening().laser.lasers[0].burningWidth);
+}
+
+void TestPersonDialog::anEditClearsItsMarkOnScreen()
+{
+    RefuseSome();
+    QVERIFY(ClickUpload());
+    const auto red = [](const CellPicture& p) { return p.RedShare() > 0.6; };
+    const auto white = [](const CellPicture& p) { return p.RedShare() < 0.01; };
+    // A number typed over a refused value.
+    QVERIFY(ShowTab(MotorTab));
+    QVERIFY(WaitForPicture(MotorTab, 10, 1, red));
+    QVERIFY(m_pInput->Click(CellCentre(MotorTab, 10, 1)));
+    QVERIFY(m_pInput->Type("1400"));
+    QVERIFY(m_pInput->Key("Return"));
+    QVERIFY(WaitForPicture(MotorTab, 10, 1, white));
+    QCOMPARE(Collected().motor[0].speedMax, 1400.0);
+    // A list choice over a refused one; the other mark of the table stays.
+    QVERIFY(ShowTab(MachineTab));
+    QVERIFY(m_pInput->Click(CellCentre(MachineTab, 0, 1)));
+    QTRY_VERIFY(Cell(MachineTab, 0, 1)->comboBox()->view()->isVisible());
+    QVERIFY(m_pInput->Key("Up"));
+    QVERIFY(m_pInput->Key("Return"));
+    QTRY_COMPARE(Collected().machine.motiveMode, 2);
+    QVERIFY(WaitForPicture(MachineTab, 0, 1, white));
+    QVERIFY(WaitForPicture(MachineTab, 1, 1, red));
+    // The Laser and Processing marks are still there.
+    for (const auto& cell : {std::make_pair(LaserTab, 4), std::make_pair(ProcessingTab, 0)}) {
+        QVERIFY(ShowTab(cell.first));
+        QVERIFY(WaitForPicture(cell.first, cell.second, 1, red));
+    }
+    QVERIFY(m_pInput->Click(CellCentre(ProcessingTab, 0, 1)));
+    QVERIFY(m_pInput->Type("650"));
+    QVERIFY(m_pInput->Click(CellCentre(ProcessingTab, 0, 0)));
+    QVERIFY(WaitForPicture(ProcessingTab, 0, 1, white));
+    QCOMPARE(Collected().speed.cutSpeedSpace, 650.0);
+}
+
+void TestPersonDialog::aCleanCheckClearsEveryRed()
+{
+    RefuseSome();
+    QVERIFY(ClickUpload());
+    QVERIFY(m_nFlags != 0);
+    // Now the controller keeps everything it is sent.
+    m_controllerLimits = [](FactoryParams&) {};
+    QVERIFY(ClickUpload());
+    QCOMPARE(m_nFlags, quint32(0));
+    for (int nTab : {MotorTab, LaserTab, ProcessingTab, MachineTab}) {
+        QVERIFY(ShowTab(nTab));
+        QWidget* pViewport = Table(nTab)->viewport();
+        double dRed = 1.0;
+        QTest::qWaitFor(
+            [&] {
+                dRed = CellPicture(pViewport, pViewport->rect()).RedShare();
+                return dRed == 0.0;
+            },
+            3000);
+        QVERIFY2(dRed == 0.0, qPrintable(QStringLiteral("tab %1: red share %2").arg(nTab).arg(dRed)));
+    }
+}
+
+void TestPersonDialog::everyValueCellShowsOneCentredLine_data()
+{
+    QTest::addColumn<int>("nTab");
+    QTest::newRow("Motor") << int(MotorTab);
+    QTest::newRow("Laser") << int(LaserTab);
+    QTest::newRow("Processing") << int(ProcessingTab);
+    QTest::newRow("Machine") << int(MachineTab);
+}
+
+void TestPersonDialog::everyValueCellShowsOneCentredLine()
+{
+    QFETCH(int, nTab);
+    QVERIFY(ShowTab(nTab));
+    QTableWidget* pTable = Table(nTab);
+    QList<int> lefts;
+    for (int r = 0; r < pTable->rowCount(); ++r)
+        for (int c = 1; c < pTable->columnCount(); ++c) {
+            ComboBox* pCell = Cell(nTab, r, c);
+            const QRect rect = CellRect(nTab, r, c);
+            if (!pCell || !pTable->viewport()->rect().contains(rect))
+                continue;
+            // The list's arrow at the right is no text. Greyed text of a
+            // disabled cell is fainter, and a list's frame is left out for it.
+            const bool bEnabled = pCell->isEnabled();
+            const QRect text = pCell->comboBox() ? rect.adjusted(0, bEnabled ? 0 : 3, -28, bEnabled ? -1 : -4)
+                                                 : rect.adjusted(0, 0, -1, -1);
+            const int nContrast = bEnabled ? 110 : 30;
+            CellPicture picture(pTable->viewport(), text, nContrast);
+            QTest::qWaitFor(
+                [&] {
+                    picture = CellPicture(pTable->viewport(), text, nContrast);
+                    return picture.InkLines().size() == 1;
+                },
+                3000);
+            const QString strWhere = QStringLiteral("cell (%1, %2) \"%3\"").arg(r).arg(c).arg(pCell->shownText());
+            const auto lines = picture.InkLines();
+            QVERIFY2(lines.size() == 1, qPrintable(strWhere + QStringLiteral(": %1 lines of text").arg(lines.size())));
+            const double dMiddle = (lines[0].first + lines[0].second) / 2.0;
+            const double dCentre = (text.height() - 1) / 2.0 + (bEnabled || !pCell->comboBox() ? 0.0 : 0.5);
+            QVERIFY2(qAbs(dMiddle - dCentre) <= 2.5,
+                     qPrintable(strWhere + QStringLiteral(": text at %1 of %2").arg(dMiddle).arg(text.height())));
+            lefts << picture.InkLeft();
+        }
+    QVERIFY(lefts.size() >= 5);
+    // One left padding for numbers and choices alike (glyphs differ by a pixel or two).
+    const auto [min, max] = std::minmax_element(lefts.begin(), lefts.end());
+    QVERIFY2(*max - *min <= 3, qPrintable(QStringLiteral("text starts between %1 and %2 px").arg(*min).arg(*max)));
+}
+
+void TestPersonDialog::screenshotsForALook()
+{
+    const QString strDir = qEnvironmentVariable("FACTORYMGR_PERSON_SHOTS");
+    if (strDir.isEmpty())
+        QSKIP("set FACTORYMGR_PERSON_SHOTS to a directory to get the screenshots");
+    RefuseSome();
+    QVERIFY(ClickUpload());
+    for (int nTab : {MotorTab, LaserTab, ProcessingTab, MachineTab}) {
+        QVERIFY(ShowTab(nTab));
+        QTest::qWait(200);
+        QGuiApplication::primaryScreen()
+            ->grabWindow(0, m_pDialog->frameGeometry().x(), m_pDialog->frameGeometry().y(),
+                         m_pDialog->frameGeometry().width(), m_pDialog->frameGeometry().height())
+            .save(QStringLiteral("%1/tab%2.png").arg(strDir).arg(nTab));
+    }
+}
+
+FACTORYMGR_PERSON_TEST_MAIN(TestPersonDialog)
+#include "tst_persondialog.moc"
