@@ -1,5 +1,8 @@
 #include "TestMain.h"
 
+#include "CPropertyTable.h"
+#include "TableDriver.h"
+
 #include "CFactoryMgrApp.h"
 #include "ComboBox.h"
 #include "DlgFactoryMgr.h"
@@ -12,7 +15,12 @@
 #include <QLabel>
 #include <QTableWidget>
 
+#include <QComboBox>
+#include <QLineEdit>
+
+#include <cmath>
 #include <functional>
+#include <limits>
 #include <set>
 #include <tuple>
 
@@ -146,6 +154,12 @@ private slots:
     void markedCellsShowThePutBackValueAndAnEditClearsTheMark();
     void markingALaserRowStoresTheFieldItShows();
     void markingOutsideTheTablesDoesNothing();
+    void marksStayThroughRefills();
+    void anEditClearsItsMarkInEveryTab_data();
+    void anEditClearsItsMarkInEveryTab();
+    void aMarkedListShowsThePutBackChoice();
+    void oddMachineValuesAreMarkedWithoutUndefinedConversions();
+    void clearingRemovesTheRedOfListsToo();
 
 private:
     // Opens the dialog over the opening record and uploads it; the device then holds it.
@@ -190,6 +204,8 @@ void TestReadBackCheck::OpenAndUpload()
     m_pMgr->SetFactoryParams(&opening);
     m_pDialog = m_pMgr->ShowFactoryDlg(nullptr);
     QVERIFY(m_pDialog);
+    m_pDialog->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_pDialog));
     QCOMPARE(m_pMgr->UploadParamsToDevice(), 0);
     m_uploaded = Held();
     QCOMPARE(std::memcmp(&m_uploaded, &m_device.m_stored, sizeof(FactoryParams)), 0);
@@ -367,6 +383,117 @@ void TestReadBackCheck::markingOutsideTheTablesDoesNothing()
     m_pDialog->MarkInvalidCell(2, 11, 1, 5.0);   // no such row
     m_pDialog->MarkInvalidCell(9, 0, 1, 5.0);    // no such table
     QVERIFY(Red().empty());
+}
+
+void TestReadBackCheck::marksStayThroughRefills()
+{
+    OpenAndUpload();
+    m_device.m_stored.motor[2].accKey += 3.0;           // Motor (13, 3)
+    m_device.m_stored.laser.lasers[1].powerMax -= 1.0;  // Laser (4, 2)
+    m_device.m_stored.machine.laserSpace += 1.0;        // Machine (1, 1)
+    QVERIFY(!m_pMgr->CheckDeviceParams(nullptr));
+    const std::set<Cell> marks{{0, 13, 3}, {1, 4, 2}, {3, 1, 1}};
+    QVERIFY(Red() == marks);
+    // A list choice rebuilds its Motor column, a laser type its Laser column,
+    // any Machine choice the whole Machine table: the marks are kept.
+    TableDriver::Choose(m_pDialog->findChild<QTableWidget*>("tableWidget_motor"), 4, 3, 0);
+    TableDriver::Choose(m_pDialog->findChild<QTableWidget*>("tableWidget_laser"), 0, 2, 2);
+    TableDriver::Choose(m_pDialog->findChild<QTableWidget*>("tableWidget_machine"), 4, 1, 0);
+    QVERIFY(Red() == marks);
+    // So does new data in the controls.
+    m_pDialog->DataToCtrlSlot(true);
+    QVERIFY(Red() == marks);
+    auto* pMotor = m_pDialog->findChild<QTableWidget*>("tableWidget_motor");
+    auto* pCell = qobject_cast<ComboBox*>(pMotor->cellWidget(13, 3));
+    QCOMPARE(pCell->styleSheet(), QStringLiteral("background-color: red;"));
+    QVERIFY(!pCell->label()->isHidden());
+}
+
+void TestReadBackCheck::anEditClearsItsMarkInEveryTab_data()
+{
+    QTest::addColumn<int>("nKind");
+    QTest::addColumn<int>("nRow");
+    QTest::addColumn<int>("nColumn");
+    QTest::addColumn<QString>("strTyped");
+    QTest::newRow("Motor") << 0 << 10 << 1 << "1200";
+    QTest::newRow("Laser") << 1 << 4 << 1 << "70";
+    QTest::newRow("Processing") << 2 << 0 << 1 << "150";
+    QTest::newRow("Machine number") << 3 << 1 << 1 << "30";
+    QTest::newRow("Machine list") << 3 << 0 << 1 << "";
+}
+
+void TestReadBackCheck::anEditClearsItsMarkInEveryTab()
+{
+    QFETCH(int, nKind);
+    QFETCH(int, nRow);
+    QFETCH(int, nColumn);
+    QFETCH(QString, strTyped);
+    OpenAndUpload();
+    m_device.m_stored.motor[0].speedMax -= 1.0;
+    m_device.m_stored.laser.lasers[0].powerMax -= 1.0;
+    m_device.m_stored.speed.cutSpeedSpace -= 1.0;
+    m_device.m_stored.machine.laserSpace -= 1.0;
+    m_device.m_stored.machine.motiveMode = (m_device.m_stored.machine.motiveMode + 1) % 4;
+    QVERIFY(!m_pMgr->CheckDeviceParams(nullptr));
+    std::set<Cell> marks = Red();
+    QVERIFY(marks.count({nKind, nRow, nColumn}));
+    auto* pTable = m_pDialog->findChild<QTableWidget*>(kTables[nKind]);
+    if (strTyped.isEmpty())
+        TableDriver::Choose(pTable, nRow, nColumn, 3 - TableDriver::Cell(pTable, nRow, nColumn)->currentIndex());
+    else
+        TableDriver::Type(pTable, nRow, nColumn, strTyped);
+    // Only the edited cell lost its red, editor and item alike.
+    marks.erase({nKind, nRow, nColumn});
+    QVERIFY(Red() == marks);
+    QVERIFY(!CPropertyTable::IsMarked(pTable, nRow, nColumn));
+}
+
+void TestReadBackCheck::aMarkedListShowsThePutBackChoice()
+{
+    OpenAndUpload();
+    m_device.m_stored.machine.motiveMode = (Opening().machine.motiveMode + 1) % 4;
+    m_device.m_stored.machine.blow = !Opening().machine.blow;
+    QVERIFY(!m_pMgr->CheckDeviceParams(nullptr));
+    auto* pMachine = m_pDialog->findChild<QTableWidget*>("tableWidget_machine");
+    QCOMPARE(TableDriver::Cell(pMachine, 0, 1)->currentIndex(), Opening().machine.motiveMode);
+    QCOMPARE(TableDriver::Cell(pMachine, 4, 1)->currentIndex(), Opening().machine.blow ? 1 : 0);
+    QCOMPARE(TableDriver::Cell(pMachine, 0, 1)->styleSheet(), QStringLiteral("background-color: red;"));
+    QCOMPARE(pMachine->item(0, 1)->background(), QBrush(Qt::red));
+    QCOMPARE(pMachine->item(0, 1)->text(), QString::number(double(Opening().machine.motiveMode), 'f', 2));
+    // Showing the choice chose nothing.
+    m_pDialog->DataToCtrlSlot(false);
+    FactoryParams working;
+    m_pDialog->GetParams(working);
+    QCOMPARE(working.machine.motiveMode, Opening().machine.motiveMode);
+}
+
+void TestReadBackCheck::oddMachineValuesAreMarkedWithoutUndefinedConversions()
+{
+    OpenAndUpload();
+    const double dNan = std::numeric_limits<double>::quiet_NaN();
+    m_pDialog->MarkInvalidCell(3, 0, 1, dNan);
+    m_pDialog->MarkInvalidCell(3, 2, 1, 1e20);
+    m_pDialog->DataToCtrlSlot(false);
+    FactoryParams working;
+    m_pDialog->GetParams(working);
+    QCOMPARE(working.machine.motiveMode, 0);
+    QCOMPARE(working.machine.machineZero, std::numeric_limits<int>::max());
+    QCOMPARE(CPropertyTable::ToInt(-1e20), std::numeric_limits<int>::min());
+    QCOMPARE(CPropertyTable::ToInt(-2.9), -2);
+    QCOMPARE(CPropertyTable::ToInt(2.9), 2);
+}
+
+void TestReadBackCheck::clearingRemovesTheRedOfListsToo()
+{
+    OpenAndUpload();
+    m_device.m_stored.machine.openProject = !Opening().machine.openProject;
+    QVERIFY(!m_pMgr->CheckDeviceParams(nullptr));
+    QVERIFY(Red() == std::set<Cell>({{3, 3, 1}}));
+    m_pDialog->ClearInvalidMarks();
+    QVERIFY(Red().empty());
+    auto* pMachine = m_pDialog->findChild<QTableWidget*>("tableWidget_machine");
+    QCOMPARE(TableDriver::Cell(pMachine, 3, 1)->styleSheet(), QStringLiteral("background-color: white;"));
+    QCOMPARE(pMachine->item(3, 1)->background(), QBrush(Qt::white));
 }
 
 FACTORYMGR_TEST_MAIN(TestReadBackCheck)
