@@ -94,6 +94,7 @@ private slots:
     void formHasEveryWidget_data();
     void formHasEveryWidget();
     void formTablesAndProperties();
+    void bottomButtonsScrollWithTheTabs();
     void formTextsInEnglish();
     void formTextsAfterALanguageChange();
     void motorTableIsFormatted();
@@ -174,6 +175,22 @@ void TestDlgFactoryMgr::formHasEveryWidget()
     QObject* pObject = dialog.findChild<QObject*>(strName);
     QVERIFY2(pObject, qPrintable(strName));
     QCOMPARE(QString::fromLatin1(pObject->metaObject()->className()), strClass);
+}
+
+void TestDlgFactoryMgr::bottomButtonsScrollWithTheTabs()
+{
+    DlgFactoryMgr dialog(&m_caller);
+    auto* pContents = dialog.findChild<QWidget*>("scrollAreaWidgetContents");
+    auto* pBottom = dialog.findChild<QWidget*>("widget_bottom");
+    QVERIFY(pContents && pBottom);
+    // Inside the scroll area's contents, after "widget", in the same layout.
+    QCOMPARE(pBottom->parentWidget(), pContents);
+    QLayout* pLayout = pContents->layout();
+    QCOMPARE(pLayout->objectName(), QStringLiteral("verticalLayout_3"));
+    QCOMPARE(pLayout->count(), 2);
+    QCOMPARE(pLayout->itemAt(0)->widget(), dialog.findChild<QWidget*>("widget"));
+    QCOMPARE(pLayout->itemAt(1)->widget(), pBottom);
+    QCOMPARE(dialog.layout()->count(), 1);   // verticalLayout_7 holds the scroll area alone
 }
 
 void TestDlgFactoryMgr::formTablesAndProperties()

@@ -323,7 +323,7 @@ void TestPersonDialog::typingAfterOneClickChangesOnlyThatCell_data()
     QTest::addColumn<int>("nCase");
     QTest::addColumn<QString>("strCommit");
     for (int i = 0; i < TypedCases().size(); ++i)
-        for (const char* szCommit : {"Return", "click on its label", "click on another cell"})
+        for (const char* szCommit : {"Return", "click on its label", "click on another cell", "click on Upload"})
             QTest::addRow("%s, %s", TypedCases()[i].szName, szCommit) << i << QString::fromLatin1(szCommit);
 }
 
@@ -349,6 +349,9 @@ void TestPersonDialog::typingAfterOneClickChangesOnlyThatCell()
         QVERIFY(m_pInput->Key("Return"));
     } else if (strCommit == "click on its label") {
         QVERIFY(m_pInput->Click(CellCentre(c.nTab, c.nRow, 0)));
+    } else if (strCommit == "click on Upload") {
+        QVERIFY(ClickUpload());
+        QCOMPARE(m_nFlags, quint32(0));
     } else {
         QVERIFY(m_pInput->Click(CellCentre(c.nTab, c.nOtherRow, c.nOtherColumn)));
         // A list opens its choices on the click: closed again, nothing chosen.
@@ -365,6 +368,9 @@ void TestPersonDialog::typingAfterOneClickChangesOnlyThatCell()
     QVERIFY2(FirstDifference(expected, after) < 0,
              qPrintable(QStringLiteral("the record differs from the one expected at byte %1")
                             .arg(FirstDifference(expected, after))));
+    // What was typed before Upload is what the controller got.
+    if (strCommit == "click on Upload")
+        QVERIFY(FirstDifference(expected, m_device.m_stored) < 0);
     // The cell shows the stored value, one line on the screen.
     QCOMPARE(Cell(c.nTab, c.nRow, c.nColumn)->shownText(), QString::fromLatin1(c.szShown));
     QVERIFY(WaitForPicture(c.nTab, c.nRow, c.nColumn,
