@@ -1,13 +1,7 @@
 #pragma once
 
+#include "TestMain.h"
 #include "XServer.h"
-
-#include <QApplication>
-#include <QPointer>
-#include <QTemporaryDir>
-#include <QtTest>
-
-#include <cstdio>
 
 // A person-level test executable: its own X server on a free display, its
 // own configuration directories, the application on the xcb platform, so
@@ -16,16 +10,8 @@
     int main(int argc, char** argv)                                                                              \
     {                                                                                                            \
         QTemporaryDir home(QDir::tempPath() + "/factorymgr-person-XXXXXX");                                      \
-        if (!home.isValid()) {                                                                                   \
-            std::fprintf(stderr, "cannot create a temporary directory\n");                                       \
+        if (!FactoryMgrTest::UseHome(home))                                                                      \
             return 1;                                                                                            \
-        }                                                                                                        \
-        qputenv("XDG_CONFIG_HOME", (home.path() + "/config").toLocal8Bit());                                     \
-        qputenv("XDG_DATA_HOME", (home.path() + "/data").toLocal8Bit());                                         \
-        QDir().mkpath(home.path() + "/runtime");                                                                 \
-        QFile::setPermissions(home.path() + "/runtime", QFileDevice::ReadOwner | QFileDevice::WriteOwner         \
-                                                            | QFileDevice::ExeOwner);                            \
-        qputenv("XDG_RUNTIME_DIR", (home.path() + "/runtime").toLocal8Bit());                                    \
         XServer server;                                                                                          \
         if (!server.Start(1600, 1200)) {                                                                         \
             std::fprintf(stderr, "%s\n", qPrintable(server.Error()));                                            \
@@ -41,12 +27,7 @@
             TestClass tc;                                                                                        \
             QTEST_SET_MAIN_SOURCE_PATH                                                                           \
             nResult = QTest::qExec(&tc, argc, argv);                                                             \
-            QList<QPointer<QWidget>> leftOver;                                                                   \
-            for (QWidget* pWidget : QApplication::topLevelWidgets())                                             \
-                leftOver << pWidget;                                                                             \
-            for (const QPointer<QWidget>& pWidget : leftOver)                                                    \
-                if (pWidget && !pWidget->parentWidget())                                                         \
-                    delete pWidget.data();                                                                       \
+            FactoryMgrTest::DeleteLeftOverWindows();                                                             \
         }                                                                                                        \
         return nResult;                                                                                          \
     }
