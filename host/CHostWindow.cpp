@@ -5,6 +5,7 @@
 #include "CSettingsWindow.h"
 #include "CSimController.h"
 #include "CTranslator.h"
+#include "CUploadReport.h"
 #include "CUiPermissionsManager.h"
 #include "DlgFactoryMgr.h"
 #include "FactoryParams.h"
@@ -14,6 +15,7 @@
 #include <QCloseEvent>
 #include <QDialog>
 #include <QDir>
+#include <QFileInfo>
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -32,6 +34,13 @@ QString Wording(const char* szText)
 QString UserDataDirectory()
 {
     return CHostPaths::UserDataDirectory(CUiPermissionsManager::GetInstance()->GetThemeName());
+}
+
+// When the plug-in's parameter file was last written, to tell whether a save
+// took place; invalid while there is no file.
+QDateTime ParameterFileWritten()
+{
+    return QFileInfo(UserDataDirectory() + "/Data/FactoryParam.ini").lastModified();
 }
 }
 
@@ -83,10 +92,9 @@ QString CHostWindow::HostSettingsPath() const
     return UserDataDirectory() + "/Data/Host.ini";
 }
 
-bool CHostWindow::Start()
+bool CHostWindow::Start(const QString& strPlugin)
 {
-    const QString strPlugin = QCoreApplication::applicationDirPath() + "/libFactoryMgr.so";
-    if (!m_plugin.Load(strPlugin)) {
+    if (!m_plugin.Load(strPlugin.isEmpty() ? QCoreApplication::applicationDirPath() + "/libFactoryMgr.so" : strPlugin)) {
         QMessageBox::critical(this, Wording("Error"), m_plugin.ErrorString());
         return false;
     }
@@ -245,7 +253,15 @@ void CHostWindow::OpenSettings()
     if (!pMgr)
         return;
     CloseSettings();
+    // Without the access file the plug-in says so in a box of its own and
+    // hands over a dialog it does not keep: nothing to show, the host's to delete.
+    const bool bAdmitted = QFileInfo::exists(CHostPaths::ResourceDirectory() + "/Data/FactoryPsw.ini");
     QDialog* pDialog = static_cast<QDialog*>(pMgr->ShowFactoryDlg(&CPatternConverter::ConvertPattern));
+    if (!bAdmitted) {
+        delete pDialog;
+        Report(Wording("The machine settings are not available on this computer: the access file is missing."));
+        return;
+    }
     if (!pDialog)
         return;
     m_pDialog = pDialog;
@@ -292,15 +308,28 @@ void CHostWindow::UploadToController()
     const int nResult = pMgr->UploadParamsToDevice();
     if (nResult != 0) {
         m_notifier.ShowErrorCode(nResult, 0);
+        Report(Wording("The Upload failed: %1 Nothing was saved.").arg(CHostNotifier::Describe(nResult)));
         return;
     }
+    FactoryParams sent;
+    pMgr->GetFactoryParams(&sent);
     quint32 nFlags = 0;
-    pMgr->CheckDeviceParams(&nFlags);
-    const int nRefused = m_pSim->LastLimitedCount();
-    pMgr->SaveToFile(true);
-    Report(nRefused == 0 ? Wording("The controller kept every value. The parameters are saved.")
-                         : Wording("The controller did not keep %1 value(s); they are marked red. The parameters are saved.")
-                               .arg(nRefused));
+    const bool bKept = pMgr->CheckDeviceParams(&nFlags);
+    FactoryParams putBack;
+    pMgr->GetFactoryParams(&putBack);
+    FactoryParams kept;
+    const QStringList lines = m_pSim->ReadFactoryParams(&kept) == 0
+                                  ? CUploadReport::PutBackLines(sent, kept, putBack)
+                                  : QStringList();
+    Report(CUploadReport::Text(bKept, nFlags, lines, Save(true)));
+}
+
+bool CHostWindow::Save(bool bFromDialog)
+{
+    const QDateTime before = ParameterFileWritten();
+    Mgr()->SaveToFile(bFromDialog);
+    const QDateTime after = ParameterFileWritten();
+    return after.isValid() && after != before;
 }
 
 void CHostWindow::CalibrateXyStep()
@@ -333,12 +362,17 @@ void CHostWindow::ExportParameters()
 
 void CHostWindow::SaveParameters()
 {
-    Mgr()->SaveToFile(m_pSettings != nullptr);
-    Report(Wording("The parameters are saved."));
+    Report(Save(m_pSettings != nullptr) ? Wording("The parameters are saved.")
+                                        : Wording("The parameter file could not be saved."));
 }
 
 void CHostWindow::ReloadParameters()
 {
+    // The plug-in reloads only into a settings dialog it keeps.
+    if (!m_pDialog) {
+        Report(Wording("Nothing was reloaded: open the machine settings first."));
+        return;
+    }
     Mgr()->ReloadFromFile();
     Report(Wording("The parameters were reloaded from the parameter file."));
 }

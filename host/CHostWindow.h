@@ -24,9 +24,10 @@ public:
     explicit CHostWindow(QWidget* parent = nullptr);
     ~CHostWindow() override;
 
-    // Loads the plug-in beside the executable and hands it the simulated
-    // controller. False, with a message box, when the plug-in cannot be used.
-    bool Start();
+    // Loads the plug-in (by default the one beside the executable) and hands
+    // it the simulated controller. False, with a message box, when the
+    // plug-in cannot be used.
+    bool Start(const QString& strPlugin = QString());
     // Renders the main window, every tab of the settings dialog, the Motor tab
     // after an Upload the controller partly refused, and the calibration
     // wizard's pages to PNG files.
@@ -58,6 +59,8 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    // Saves the parameter file through the plug-in; true when it was written.
+    bool Save(bool bFromDialog);
     void BuildMenus();
     void RetranslateUi();
     void RefreshStatus();

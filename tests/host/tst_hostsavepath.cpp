@@ -54,6 +54,10 @@ private slots:
     void uploadCheckSaveAndRestart();
     void readShowsTheControllersValues();
     void errorsAreExplainedToTheUser();
+    void aFailedUploadSavesNothingAndSaysSo();
+    void aSaveThatCannotWriteIsNotReportedAsSaved();
+    void reloadWithoutSettingsReloadsNothingAndSaysSo();
+    void anUploadTheControllerKeepsSaysSo();
     void escapeInTheDialogClosesTheSettingsWindow();
     void languageAndUnitReachThePlugin();
     void systemTabShowsTheController();
@@ -84,8 +88,16 @@ void TestHostSavePath::uploadCheckSaveAndRestart()
         QSignalSpy reported(&host, &CHostWindow::Reported);
         host.UploadToController();
         QCOMPARE(reported.count(), 1);
+        // What the check returned, field by field: sent, kept, put back (the
+        // value the dialog opened with).
+        const FactoryParams opened;
         QCOMPARE(reported.first().first().toString(),
-                 QStringLiteral("The controller did not keep 2 value(s); they are marked red. The parameters are saved."));
+                 QStringLiteral("The controller did not keep 2 value(s) (Motor); they are put back and marked red:\n"
+                                "Max Acc(mm/s²), X: sent 35000.00, the controller kept 30000.00, put back %1\n"
+                                "Max Speed(mm/s), Y: sent 1200.00, the controller kept 1000.00, put back %2\n"
+                                "The parameters are saved.")
+                     .arg(opened.motor[0].accMax, 0, 'f', 2)
+                     .arg(opened.motor[1].speedMax, 0, 'f', 2));
         // The two values the controller did not keep are red, showing what the
         // dialog opened with.
         QDialog* pDialog = host.SettingsWindow()->Dialog();
@@ -139,6 +151,78 @@ void TestHostSavePath::readShowsTheControllersValues()
     FactoryParams held;
     host.Mgr()->GetFactoryParams(&held);
     QCOMPARE(held.motor[3].size, 444.0);
+}
+
+void TestHostSavePath::aFailedUploadSavesNothingAndSaysSo()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.OpenSettings();
+    host.SaveParameters();
+    const QString strFile = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
+        + "/Quorvane/Resources/Data/FactoryParam.ini";
+    QFile file(strFile);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray before = file.readAll();
+    file.close();
+    host.Simulator()->SetConnected(false);
+    ModalAnswerer answerer;
+    QSignalSpy reported(&host, &CHostWindow::Reported);
+    host.UploadToController();
+    QCOMPARE(reported.count(), 1);
+    const QString strReport = reported.first().first().toString();
+    QVERIFY2(strReport.startsWith("The Upload failed: ") && strReport.endsWith(" Nothing was saved."),
+             qPrintable(strReport));
+    QVERIFY(!strReport.contains("saved.") || strReport.contains("Nothing was saved."));
+    QCOMPARE(answerer.Count(), 1);   // the notifier explained the code
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), before);
+}
+
+void TestHostSavePath::aSaveThatCannotWriteIsNotReportedAsSaved()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.OpenSettings();
+    // A directory where the parameter file should be: no save can replace it.
+    const QString strFile = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
+        + "/Quorvane/Resources/Data/FactoryParam.ini";
+    QFile::remove(strFile);
+    QVERIFY(QDir().mkpath(strFile));
+    ModalAnswerer answerer;
+    QSignalSpy reported(&host, &CHostWindow::Reported);
+    host.SaveParameters();
+    QCOMPARE(reported.last().first().toString(), QStringLiteral("The parameter file could not be saved."));
+    host.UploadToController();
+    QVERIFY2(reported.last().first().toString().endsWith("\nThe parameter file could not be saved."),
+             qPrintable(reported.last().first().toString()));
+    QVERIFY(QDir().rmdir(strFile));
+    host.SaveParameters();
+    QCOMPARE(reported.last().first().toString(), QStringLiteral("The parameters are saved."));
+}
+
+void TestHostSavePath::reloadWithoutSettingsReloadsNothingAndSaysSo()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    QSignalSpy reported(&host, &CHostWindow::Reported);
+    host.ReloadParameters();
+    QCOMPARE(reported.last().first().toString(), QStringLiteral("Nothing was reloaded: open the machine settings first."));
+    host.OpenSettings();
+    host.ReloadParameters();
+    QCOMPARE(reported.last().first().toString(),
+             QStringLiteral("The parameters were reloaded from the parameter file."));
+}
+
+void TestHostSavePath::anUploadTheControllerKeepsSaysSo()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.OpenSettings();
+    QSignalSpy reported(&host, &CHostWindow::Reported);
+    host.UploadToController();
+    QCOMPARE(reported.last().first().toString(),
+             QStringLiteral("The controller kept every value.\nThe parameters are saved."));
 }
 
 void TestHostSavePath::errorsAreExplainedToTheUser()

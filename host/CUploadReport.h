@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QtGlobal>
+
+struct FactoryParams;
+
+// What the host tells the person after an Upload, from what the plug-in's
+// read-back check returned: whether the controller kept everything, and for
+// every value it did not keep, the field as the settings dialog labels it,
+// its axis or laser, the value sent, the value the controller kept and the
+// value the plug-in put back. Only the fields the check looks at are listed.
+class CUploadReport
+{
+public:
+    // sent: the record the Upload sent; kept: the controller's after it;
+    // putBack: the plug-in's record after the check.
+    static QStringList PutBackLines(const FactoryParams& sent, const FactoryParams& kept, const FactoryParams& putBack);
+    // The report: bKept and nFlags as the check returned them, the lines
+    // above, and whether the parameter file was written.
+    static QString Text(bool bKept, quint32 nFlags, const QStringList& lines, bool bSaved);
+};
