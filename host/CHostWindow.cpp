@@ -102,6 +102,12 @@ bool CHostWindow::Start(const QString& strPlugin)
     pMgr->Init(m_pSim, &m_notifier);
     pMgr->SetUnit(m_nUnit);
     pMgr->SetFactoryFlag(true);
+    // The wizard, made by Init, hands its ratios to the plug-in's settings
+    // dialog; the host listens too, to put them into the record it keeps.
+    for (QWidget* pWidget : QApplication::topLevelWidgets())
+        if (QByteArray(pWidget->metaObject()->className()) == "CDlgCalibrateXyStep")
+            connect(pWidget, SIGNAL(CalibrateXyStepSignal(double, double)), this, SLOT(OnStepRatios(double, double)),
+                    Qt::UniqueConnection);
     RefreshStatus();
     return true;
 }
@@ -249,27 +255,33 @@ void CHostWindow::Report(const QString& strText)
 
 void CHostWindow::OpenSettings()
 {
-    IFactoryMgr* pMgr = Mgr();
-    if (!pMgr)
+    if (!Mgr())
         return;
     CloseSettings();
+    if (QDialog* pDialog = TakeSettingsDialog()) {
+        m_pSettings = new CSettingsWindow(pDialog);
+        m_pSettings->show();
+    }
+}
+
+QDialog* CHostWindow::TakeSettingsDialog()
+{
     // Without the access file the plug-in says so in a box of its own and
     // hands over a dialog it does not keep: nothing to show, the host's to delete.
     const bool bAdmitted = QFileInfo::exists(CHostPaths::ResourceDirectory() + "/Data/FactoryPsw.ini");
-    QDialog* pDialog = static_cast<QDialog*>(pMgr->ShowFactoryDlg(&CPatternConverter::ConvertPattern));
+    QDialog* pDialog = static_cast<QDialog*>(Mgr()->ShowFactoryDlg(&CPatternConverter::ConvertPattern));
     if (!bAdmitted) {
         delete pDialog;
         Report(Wording("The machine settings are not available on this computer: the access file is missing."));
-        return;
+        return nullptr;
     }
     if (!pDialog)
-        return;
+        return nullptr;
     m_pDialog = pDialog;
     connect(pDialog, SIGNAL(ReadCurParamsFromDeviceSignal()), this, SLOT(ReadFromController()));
     connect(pDialog, SIGNAL(UploadCurParamsToDeviceSignal()), this, SLOT(UploadToController()));
     connect(pDialog, SIGNAL(CorrectXyStepSignal()), this, SLOT(CalibrateXyStep()));
-    m_pSettings = new CSettingsWindow(pDialog);
-    m_pSettings->show();
+    return pDialog;
 }
 
 void CHostWindow::CloseSettings()
@@ -293,6 +305,8 @@ void CHostWindow::ReadFromController()
         m_notifier.ShowErrorCode(nResult, 0);
         return;
     }
+    // What the controller holds replaces any correction not yet uploaded.
+    m_bStepsPending = false;
     // Into the open dialog, and into the parameter file.
     FactoryParams params;
     pMgr->GetFactoryParams(&params);
@@ -311,6 +325,7 @@ void CHostWindow::UploadToController()
         Report(Wording("The Upload failed: %1 Nothing was saved.").arg(CHostNotifier::Describe(nResult)));
         return;
     }
+    m_bStepsPending = false;
     FactoryParams sent;
     pMgr->GetFactoryParams(&sent);
     quint32 nFlags = 0;
@@ -334,16 +349,82 @@ bool CHostWindow::Save(bool bFromDialog)
 
 void CHostWindow::CalibrateXyStep()
 {
-    if (IFactoryMgr* pMgr = Mgr())
-        pMgr->ShowCalibrateXyStepDlg();
+    IFactoryMgr* pMgr = Mgr();
+    if (!pMgr || !UploadPendingStepsFirst())
+        return;
+    // The plug-in takes the host's pattern converter, and hands the wizard's
+    // result on, only with a settings dialog: one is made, unseen, if none is open.
+    if (!m_pDialog && !TakeSettingsDialog())
+        return;
+    FactoryParams before;
+    pMgr->GetFactoryParams(&before);
+    m_bRatiosArrived = false;
+    pMgr->ShowCalibrateXyStepDlg();
+    if (!m_bRatiosArrived)
+        return;
+    m_bRatiosArrived = false;
+
+    // Into the record and the parameter file, whatever becomes of the dialog.
+    FactoryParams corrected = before;
+    corrected.motor[0].pulsePerMm *= m_dRatioW;
+    corrected.motor[1].pulsePerMm *= m_dRatioH;
+    pMgr->SetFactoryParams(&corrected);
+    m_bStepsPending = true;
+    const QString strSteps = Wording("The X step changes from %1 to %2, the Y step from %3 to %4.")
+                                 .arg(before.motor[0].pulsePerMm, 0, 'f', 5)
+                                 .arg(corrected.motor[0].pulsePerMm, 0, 'f', 5)
+                                 .arg(before.motor[1].pulsePerMm, 0, 'f', 5)
+                                 .arg(corrected.motor[1].pulsePerMm, 0, 'f', 5);
+    Report(strSteps + " " + Wording("They are saved, and go to the controller with the next Upload."));
+    QMessageBox box(QMessageBox::Question, Wording("Calibrate XY Step"),
+                    strSteps + "\n\n" + Wording("Upload the corrected steps to the controller now?"),
+                    QMessageBox::Yes | QMessageBox::No, this);
+    box.setObjectName(QStringLiteral("uploadStepsBox"));
+    box.button(QMessageBox::Yes)->setText(Wording("Upload"));
+    box.button(QMessageBox::No)->setText(Wording("Later"));
+    if (box.exec() == QMessageBox::Yes)
+        UploadToController();
+}
+
+bool CHostWindow::UploadPendingStepsFirst()
+{
+    if (!m_bStepsPending)
+        return true;
+    // The controller still cuts with its old steps: measured against them, a
+    // new cut would correct the corrected steps once more.
+    QMessageBox box(QMessageBox::Warning, Wording("Calibrate XY Step"),
+                    Wording("The steps corrected by the last calibration are not on the controller yet. It still "
+                            "cuts with its old steps, so a new calibration would correct the steps twice.")
+                        + "\n\n" + Wording("Upload the corrected steps before cutting again?"),
+                    QMessageBox::Yes | QMessageBox::Cancel, this);
+    box.setObjectName(QStringLiteral("pendingStepsBox"));
+    box.button(QMessageBox::Yes)->setText(Wording("Upload"));
+    if (box.exec() != QMessageBox::Yes) {
+        Report(Wording("Calibration cancelled: the corrected steps are not uploaded yet."));
+        return false;
+    }
+    UploadToController();
+    return !m_bStepsPending;
+}
+
+void CHostWindow::OnStepRatios(double dRatioW, double dRatioH)
+{
+    m_dRatioW = dRatioW;
+    m_dRatioH = dRatioH;
+    m_bRatiosArrived = true;
 }
 
 void CHostWindow::OnJobCut(double dWidth, double dHeight)
 {
     RefreshStatus();
-    Report(Wording("The machine cut the calibration square at %1 mm x %2 mm. Enter these as the measured width and height.")
-               .arg(dWidth, 0, 'f', 2)
-               .arg(dHeight, 0, 'f', 2));
+    // In the unit the wizard asks in.
+    const bool bInch = m_nUnit == 0 || m_nUnit == 2;
+    const double dScale = bInch ? 1.0 / 25.4 : 1.0;
+    const QString strUnit = bInch ? Wording("in") : Wording("mm");
+    Report(Wording("The machine cut the calibration square at %1 %3 x %2 %3. Enter these as the measured width and height.")
+               .arg(dWidth * dScale, 0, 'f', 2)
+               .arg(dHeight * dScale, 0, 'f', 2)
+               .arg(strUnit));
 }
 
 void CHostWindow::ImportParameters()

@@ -38,6 +38,8 @@ public:
     CSettingsWindow* SettingsWindow() const;
     const CHostNotifier& Notifier() const;
 
+    bool StepsPending() const { return m_bStepsPending; }
+
 public slots:
     void OpenSettings();
     void ReadFromController();
@@ -54,6 +56,10 @@ signals:
     // A sentence for the user about what the last action did.
     void Reported(const QString& strText);
 
+private slots:
+    // The ratios the calibration wizard hands out on OK.
+    void OnStepRatios(double dRatioW, double dRatioH);
+
 protected:
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
@@ -67,6 +73,12 @@ private:
     void Report(const QString& strText);
     void OnJobCut(double dWidth, double dHeight);
     void CloseSettings();
+    // A settings dialog from the plug-in, its signals connected; null, with a
+    // report, when the plug-in does not admit the settings here.
+    QDialog* TakeSettingsDialog();
+    // Asks before a calibration that would correct steps not yet uploaded;
+    // false when the calibration is not to go ahead.
+    bool UploadPendingStepsFirst();
     bool SaveRefusedUploadScreenshot(const QString& strPath);
     QString HostSettingsPath() const;
 
@@ -76,6 +88,12 @@ private:
     QPointer<CSettingsWindow> m_pSettings;
     QPointer<QDialog> m_pDialog;
     int m_nUnit = 1;
+    // The last OK of the calibration wizard, until the host has taken it.
+    bool m_bRatiosArrived = false;
+    double m_dRatioW = 1.0;
+    double m_dRatioH = 1.0;
+    // Corrected steps are in the record and the file, not yet on the controller.
+    bool m_bStepsPending = false;
 
     QLabel* m_pStatus = nullptr;
     QLabel* m_pReport = nullptr;

@@ -7,6 +7,7 @@
 #include "ModalAnswerer.h"
 
 #include <QDialog>
+#include <QMessageBox>
 #include <QStandardPaths>
 #include <QDoubleSpinBox>
 #include <QPushButton>
@@ -62,12 +63,20 @@ private slots:
     void languageAndUnitReachThePlugin();
     void systemTabShowsTheController();
     void calibrationRoundTripCutsTheSquareTrue();
+    void calibrationWithoutOpeningTheSettings();
+    void calibrationAfterTheSettingsWindowClosedIsKept();
+    void calibrationInInches();
+    void aSecondCalibrationBeforeUploadIsAskedFirst();
 };
 
 void TestHostSavePath::init()
 {
     // Every test starts on a fresh machine: no parameter file, no controller flash.
-    QDir(QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation) + "/..").removeRecursively();
+    // (The user data directories of both editions, where the plug-in and the
+    // simulated controller keep their files.)
+    for (const char* szEdition : {"Quorvane", "Tessiflow"})
+        QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + "/" + szEdition)
+            .removeRecursively();
 }
 
 void TestHostSavePath::cleanup()
@@ -299,13 +308,18 @@ namespace {
 // Runs the wizard as the host does (modally); pDrive acts in it meanwhile.
 void InWizard(CHostWindow& host, const std::function<void(QWidget*)>& drive)
 {
-    QTimer::singleShot(0, &host, [&] {
+    // Waits for the wizard to be the modal window: the host may ask first.
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, &host, [&] {
         QWidget* pWizard = QApplication::activeModalWidget();
-        QVERIFY(pWizard && pWizard->objectName() == "CDlgCalibrateXyStep");
+        if (!pWizard || pWizard->objectName() != "CDlgCalibrateXyStep" || !pWizard->isVisible())
+            return;
+        poll.stop();
         drive(pWizard);
         if (pWizard->isVisible())
             pWizard->close();
     });
+    poll.start(10);
     host.CalibrateXyStep();
 }
 
@@ -314,6 +328,66 @@ void TypeInto(QAbstractSpinBox* pBox, const QString& strText)
     pBox->selectAll();
     QTest::keyClicks(pBox, strText);
 }
+
+// Answers the message boxes the host asks, one after the other, with the
+// buttons named, and keeps their texts; the wizard is left to InWizard.
+class BoxAnswers : public QObject
+{
+public:
+    explicit BoxAnswers(const QStringList& buttons)
+        : m_buttons(buttons)
+    {
+        connect(&m_timer, &QTimer::timeout, this, [this] {
+            auto* pBox = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (!pBox || !pBox->isVisible() || m_buttons.isEmpty())
+                return;
+            const QString strButton = m_buttons.takeFirst();
+            m_texts << pBox->objectName() + ": " + pBox->text();
+            for (QAbstractButton* pButton : pBox->buttons())
+                if (pButton->text() == strButton) {
+                    pButton->click();
+                    return;
+                }
+            pBox->reject();
+        });
+        m_timer.start(10);
+    }
+    QStringList Texts() const { return m_texts; }
+    bool AllAnswered() const { return m_buttons.isEmpty(); }
+
+private:
+    QTimer m_timer;
+    QStringList m_buttons;
+    QStringList m_texts;
+};
+
+// Cuts the square, reads the size the host reports, types it into the wizard
+// and presses OK. Returns the report of the cut.
+QString CalibrateOnce(CHostWindow& host, QSignalSpy& reported)
+{
+    QString strReport;
+    InWizard(host, [&](QWidget* pWizard) {
+        const int nBefore = int(reported.count());
+        pWizard->findChild<QPushButton*>("pushButton_cutting")->click();
+        QTRY_VERIFY(reported.count() > nBefore);
+        strReport = reported.last().first().toString();
+        static const QRegularExpression kSize(R"(at ([\d.]+) (mm|in) x ([\d.]+) (mm|in))");
+        const QRegularExpressionMatch size = kSize.match(strReport);
+        QVERIFY2(size.hasMatch(), qPrintable(strReport));
+        pWizard->findChild<QPushButton*>("pushButton_nextStep")->click();
+        TypeInto(pWizard->findChild<QDoubleSpinBox*>("doubleSpinBox_measureW"), size.captured(1));
+        TypeInto(pWizard->findChild<QDoubleSpinBox*>("doubleSpinBox_measureH"), size.captured(3));
+        pWizard->findChild<QPushButton*>("pushButton_ok")->click();
+    });
+    return strReport;
+}
+
+// The next cut's size, in millimetres.
+QSizeF CutAgain(CHostWindow& host)
+{
+    InWizard(host, [&](QWidget* pWizard) { pWizard->findChild<QPushButton*>("pushButton_cutting")->click(); });
+    return host.Simulator()->LastCut();
+}
 }
 
 void TestHostSavePath::calibrationRoundTripCutsTheSquareTrue()
@@ -321,38 +395,136 @@ void TestHostSavePath::calibrationRoundTripCutsTheSquareTrue()
     CHostWindow host;
     QVERIFY(host.Start());
     host.Simulator()->SetTaskDuration(0);
-    host.SetUnit(1);   // the sizes below are typed in millimetres
+    host.SetUnit(1);   // the sizes are typed in millimetres
     host.OpenSettings();
     host.UploadToController();   // the controller has the dialog's steps
     QSignalSpy reported(&host, &CHostWindow::Reported);
 
-    // Cut, and read the size the host reports.
-    QString strReport;
-    InWizard(host, [&](QWidget* pWizard) {
-        pWizard->findChild<QPushButton*>("pushButton_cutting")->click();
-        QTRY_VERIFY(!reported.isEmpty());
-        strReport = reported.last().first().toString();
-
-        static const QRegularExpression kSize(R"(at ([\d.]+) mm x ([\d.]+) mm)");
-        const QRegularExpressionMatch size = kSize.match(strReport);
-        QVERIFY2(size.hasMatch(), qPrintable(strReport));
-        QVERIFY(size.captured(1) != "150.00");
-        pWizard->findChild<QPushButton*>("pushButton_nextStep")->click();
-        TypeInto(pWizard->findChild<QDoubleSpinBox*>("doubleSpinBox_measureW"), size.captured(1));
-        TypeInto(pWizard->findChild<QDoubleSpinBox*>("doubleSpinBox_measureH"), size.captured(2));
-        pWizard->findChild<QPushButton*>("pushButton_ok")->click();
-    });
-    QVERIFY(!strReport.isEmpty());
-
-    // The dialog's steps changed by the ratios; upload them and cut again.
-    host.UploadToController();
+    BoxAnswers answers({"Upload"});
+    const QString strCut = CalibrateOnce(host, reported);
+    QVERIFY2(strCut.contains("151.21 mm x 148.36 mm"), qPrintable(strCut));
+    QVERIFY(answers.AllAnswered());
+    // The host said what changed, old and new, and uploaded on the person's word.
+    QVERIFY2(answers.Texts().first().contains("The X step changes from 7.88627 to 7.94989"),
+             qPrintable(answers.Texts().first()));
+    QVERIFY(!host.StepsPending());
     const FactoryParams stored = host.Simulator()->StoredParams();
-    QVERIFY2(std::fabs(stored.motor[0].pulsePerMm - 7.95) < 0.001, qPrintable(strReport));
+    QVERIFY(std::fabs(stored.motor[0].pulsePerMm - 7.95) < 0.001);
     QVERIFY(std::fabs(stored.motor[1].pulsePerMm - 7.80) < 0.001);
-    InWizard(host, [&](QWidget* pWizard) { pWizard->findChild<QPushButton*>("pushButton_cutting")->click(); });
-    QCOMPARE(QString::number(host.Simulator()->LastCut().width(), 'f', 2), QStringLiteral("150.00"));
-    QCOMPARE(QString::number(host.Simulator()->LastCut().height(), 'f', 2), QStringLiteral("150.00"));
+    const QSizeF cut = CutAgain(host);
+    QVERIFY2(std::fabs(cut.width() - 150.0) <= 0.05 && std::fabs(cut.height() - 150.0) <= 0.05,
+             qPrintable(QStringLiteral("%1 x %2").arg(cut.width()).arg(cut.height())));
     QVERIFY(host.Notifier().Shown().isEmpty());
+}
+
+void TestHostSavePath::calibrationWithoutOpeningTheSettings()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.Simulator()->SetTaskDuration(0);
+    host.SetUnit(1);
+    QVERIFY(!host.SettingsWindow());
+    QSignalSpy reported(&host, &CHostWindow::Reported);
+    BoxAnswers answers({"Upload"});
+    CalibrateOnce(host, reported);
+    // The cut worked (the pattern was converted), and no settings window came up.
+    QVERIFY2(host.Notifier().Shown().isEmpty(), "the cut failed");
+    QVERIFY(!host.SettingsWindow());
+    QVERIFY(answers.AllAnswered());
+    const QSizeF cut = CutAgain(host);
+    QVERIFY2(std::fabs(cut.width() - 150.0) <= 0.05 && std::fabs(cut.height() - 150.0) <= 0.05,
+             qPrintable(QStringLiteral("%1 x %2").arg(cut.width()).arg(cut.height())));
+}
+
+void TestHostSavePath::calibrationAfterTheSettingsWindowClosedIsKept()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.Simulator()->SetTaskDuration(0);
+    host.SetUnit(1);
+    host.OpenSettings();
+    host.SettingsWindow()->close();
+    QTRY_VERIFY(!host.SettingsWindow()->isVisible());
+    QSignalSpy reported(&host, &CHostWindow::Reported);
+    BoxAnswers answers({"Later"});
+    CalibrateOnce(host, reported);
+    QVERIFY(host.StepsPending());
+    // The corrected steps are in the record and the parameter file: a new
+    // settings window shows them, and its Upload sends them.
+    FactoryParams record;
+    host.Mgr()->GetFactoryParams(&record);
+    QVERIFY(std::fabs(record.motor[0].pulsePerMm - 7.95) < 0.001);
+    host.OpenSettings();
+    QDialog* pDialog = host.SettingsWindow()->Dialog();
+    auto* pMotor = pDialog->findChild<QTableWidget*>("tableWidget_motor");
+    QCOMPARE(pMotor->cellWidget(5, 1)->findChild<QLabel*>()->text(), QStringLiteral("7.95"));
+    host.UploadToController();
+    QVERIFY(!host.StepsPending());
+    QVERIFY(std::fabs(host.Simulator()->StoredParams().motor[1].pulsePerMm - 7.80) < 0.001);
+    // A restart keeps them too.
+    CHostWindow again;
+    QVERIFY(again.Start());
+    again.Mgr()->GetFactoryParams(&record);
+    QVERIFY(std::fabs(record.motor[0].pulsePerMm - 7.95) < 0.001);
+}
+
+void TestHostSavePath::calibrationInInches()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.Simulator()->SetTaskDuration(0);
+    host.SetUnit(0);
+    QSignalSpy reported(&host, &CHostWindow::Reported);
+    BoxAnswers answers({"Upload"});
+    const QString strCut = CalibrateOnce(host, reported);
+    // Reported in the unit the wizard asks in: 151.21 mm is 5.95 in.
+    QVERIFY2(strCut.contains("5.95 in x 5.84 in"), qPrintable(strCut));
+    const QSizeF cut = CutAgain(host);
+    // The wizard takes hundredths of an inch (0.254 mm) and rounds its target
+    // of 150 mm to 5.91 in: the cut comes within that step, never 25 times off.
+    QVERIFY2(std::fabs(cut.width() - 150.0) <= 0.26 && std::fabs(cut.height() - 150.0) <= 0.26,
+             qPrintable(QStringLiteral("%1 x %2").arg(cut.width()).arg(cut.height())));
+}
+
+void TestHostSavePath::aSecondCalibrationBeforeUploadIsAskedFirst()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.Simulator()->SetTaskDuration(0);
+    host.SetUnit(1);
+    QSignalSpy reported(&host, &CHostWindow::Reported);
+    {
+        BoxAnswers answers({"Later"});
+        CalibrateOnce(host, reported);
+    }
+    QVERIFY(host.StepsPending());
+    FactoryParams corrected;
+    host.Mgr()->GetFactoryParams(&corrected);
+    const QSizeF firstCut = host.Simulator()->LastCut();
+
+    // Cancelled: no wizard, no cut, the steps stay as corrected once.
+    {
+        BoxAnswers answers({"Cancel"});
+        host.CalibrateXyStep();
+        QVERIFY(answers.AllAnswered());
+        QVERIFY2(answers.Texts().first().startsWith("pendingStepsBox: "), qPrintable(answers.Texts().first()));
+    }
+    QCOMPARE(reported.last().first().toString(),
+             QStringLiteral("Calibration cancelled: the corrected steps are not uploaded yet."));
+    FactoryParams after;
+    host.Mgr()->GetFactoryParams(&after);
+    QCOMPARE(after.motor[0].pulsePerMm, corrected.motor[0].pulsePerMm);
+    QCOMPARE(host.Simulator()->LastCut(), firstCut);
+
+    // Uploaded first: the next calibration measures a true cut and changes nothing more.
+    {
+        BoxAnswers answers({"Upload", "Upload"});
+        CalibrateOnce(host, reported);
+        QVERIFY(answers.AllAnswered());
+    }
+    QVERIFY(!host.StepsPending());
+    host.Mgr()->GetFactoryParams(&after);
+    QVERIFY(std::fabs(after.motor[0].pulsePerMm - corrected.motor[0].pulsePerMm) < 0.001);
 }
 
 FACTORYMGR_TEST_MAIN(TestHostSavePath)
