@@ -211,6 +211,8 @@ void CLaserTab::ComboChanged(int nIndex)
     LaserParams* pLaser = LaserForColumn(m_nColumn);
     if (!pLaser)
         return;
+    // A choice replaces whatever the cell showed: no red stays on it.
+    CPropertyTable::ClearMark(ui->tableWidget_laser, m_nRow, m_nColumn);
     const int nId = RowId(m_nRow);
     if (nId == 1) {
         pLaser->waterProtect = nIndex != 0;

@@ -87,6 +87,11 @@ quint32 CReadBackCheck::PutBack(FactoryParams& record, const FactoryParams& befo
                         KindLaser, bReserved || entry.bMarkedWhenPlain ? dialog.LaserRowOfId(entry.nRowId) : kNoMark,
                         k + 1);
 
+    // A laser value put back without a mark still shows in its cell, if the
+    // table has one; the refill keeps the marks.
+    if (!bReserved && (check.Flags() & FlagLaser))
+        dialog.RefillLaserColumns();
+
     for (const auto& entry : kSpeed)
         check.Field(record.speed.*entry.pField, shown.speed.*entry.pField, before.speed.*entry.pField,
                     snapshot.speed.*entry.pField, FlagSpeed, KindSpeed, entry.nRow, 1);

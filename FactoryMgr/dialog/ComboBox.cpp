@@ -4,6 +4,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMouseEvent>
 #include <QResizeEvent>
 #include <QStyle>
 #include <QStyleOptionComboBox>
@@ -168,15 +169,25 @@ bool ComboBox::eventFilter(QObject* pWatched, QEvent* event)
             event->ignore();
             return true;
         }
-        if (event->type() == QEvent::MouseButtonPress) {
+        if (event->type() == QEvent::MouseButtonPress && m_pCombo->isEnabled()
+            && static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
             // The list covers its cell: a press on it is a click on the cell,
             // so the table records the cell before the person chooses.
             QWidget* pViewport = parentWidget();
             auto* pView = qobject_cast<QAbstractItemView*>(pViewport ? pViewport->parentWidget() : nullptr);
-            if (pView && pView->viewport() == pViewport) {
-                const QModelIndex index = pView->indexAt(geometry().center());
-                if (index.isValid())
-                    emit pView->clicked(index);
+            const QModelIndex index = pView && pView->viewport() == pViewport ? pView->indexAt(geometry().center())
+                                                                              : QModelIndex();
+            if (index.isValid()) {
+                emit pView->clicked(index);
+                // Typing committed as the press took the focus may have
+                // refilled the column: this list is on its way out, and the
+                // one now in the cell opens instead.
+                auto* pNow = qobject_cast<ComboBox*>(pView->indexWidget(index));
+                if (pNow && pNow != this && pNow->comboBox()) {
+                    pNow->comboBox()->setFocus(Qt::MouseFocusReason);
+                    pNow->comboBox()->showPopup();
+                    return true;
+                }
             }
         }
     }

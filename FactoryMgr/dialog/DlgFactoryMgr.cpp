@@ -220,6 +220,11 @@ int DlgFactoryMgr::LaserRowOfId(int nId) const
     return m_pLaserTab->RowOfId(nId);
 }
 
+void DlgFactoryMgr::RefillLaserColumns()
+{
+    m_pLaserTab->RefillColumns();
+}
+
 void DlgFactoryMgr::DataToCtrlSlot(bool bDataToCtrl)
 {
     if (bDataToCtrl) {

@@ -58,6 +58,8 @@ public:
     void MarkInvalidCell(int nTableKind, int nRow, int nColumn, double dValue);
     // The Laser table's row that shows the row identifier nId, or -1.
     int LaserRowOfId(int nId) const;
+    // Shows the Laser values anew, after values were put back without a mark.
+    void RefillLaserColumns();
     // What the tables show and edit: the four sections, between the working
     // record's copy in and collection out.
     FactoryParams& DisplayParams();

@@ -50,6 +50,7 @@ private slots:
     void newDataKeepsTheColumnsAndCollectTakesTheSelectedCount();
     void radioButtonsChangeTheCount();
     void clickOpensTheCell();
+    void aPressOnADisabledListIsOneClick();
 
 private:
     FakeCard m_card;
@@ -338,6 +339,26 @@ void TestLaserTab::clickOpensTheCell()
     QVERIFY(f.Log().contains("[0] tableWidget_laser was clicked."));
     TableDriver::Click(t, kMinPower, L1);
     QVERIFY(TableDriver::Cell(t, kMaxPower, L1)->lineEdit()->isHidden());
+}
+
+void TestLaserTab::aPressOnADisabledListIsOneClick()
+{
+    FactoryParams record;
+    record.laser.lasers[0].type = 3;   // Fiber: "SwitchLevel" is not in use
+    TabTestFixture f(record);
+    QTableWidget* t = f.Table("tableWidget_laser");
+    ComboBox* pCell = TableDriver::Cell(t, 2, 1);
+    QVERIFY(!pCell->isEnabled());
+    const int nBefore = int(f.Log().count("tableWidget_laser was clicked."));
+    QTest::mouseClick(pCell->comboBox(), Qt::LeftButton, Qt::NoModifier, pCell->comboBox()->rect().center());
+    QCoreApplication::processEvents();
+    QCOMPARE(int(f.Log().count("tableWidget_laser was clicked.")), nBefore + 1);
+    // A right button on an enabled list is no click on its cell either.
+    ComboBox* pType = TableDriver::Cell(t, 0, 1);
+    QTest::mousePress(pType->comboBox(), Qt::RightButton, Qt::NoModifier, pType->comboBox()->rect().center());
+    QTest::mouseRelease(pType->comboBox(), Qt::RightButton, Qt::NoModifier, pType->comboBox()->rect().center());
+    QCoreApplication::processEvents();
+    QCOMPARE(int(f.Log().count("tableWidget_laser was clicked.")), nBefore + 1);
 }
 
 FACTORYMGR_TEST_MAIN(TestLaserTab)

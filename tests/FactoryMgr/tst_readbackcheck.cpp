@@ -160,6 +160,8 @@ private slots:
     void aMarkedListShowsThePutBackChoice();
     void oddMachineValuesAreMarkedWithoutUndefinedConversions();
     void clearingRemovesTheRedOfListsToo();
+    void valuesPutBackWithoutAMarkReachTheDialogAndItsCells();
+    void aChoiceOnAMarkedLaserListClearsItsMark();
 
 private:
     // Opens the dialog over the opening record and uploads it; the device then holds it.
@@ -494,6 +496,53 @@ void TestReadBackCheck::clearingRemovesTheRedOfListsToo()
     auto* pMachine = m_pDialog->findChild<QTableWidget*>("tableWidget_machine");
     QCOMPARE(TableDriver::Cell(pMachine, 3, 1)->styleSheet(), QStringLiteral("background-color: white;"));
     QCOMPARE(pMachine->item(3, 1)->background(), QBrush(Qt::white));
+}
+
+void TestReadBackCheck::valuesPutBackWithoutAMarkReachTheDialogAndItsCells()
+{
+    OpenAndUpload();
+    // New values in the dialog, as after an import: they are what the Upload
+    // sends, and differ from what the dialog opened with.
+    FactoryParams edited = Opening();
+    edited.machine.machineType += 2;
+    edited.machine.feedMode += 1;
+    edited.machine.outageDelay += 5;
+    edited.laser.lasers[0].type = 2;   // RF: the width row is in use
+    edited.laser.lasers[0].burningWidth = 4.5;
+    m_pDialog->SetParams(edited);
+    m_pDialog->DataToCtrlSlot(true);
+    QCOMPARE(m_pMgr->UploadParamsToDevice(), 0);
+    m_device.m_stored.machine.machineType += 1;
+    m_device.m_stored.machine.feedMode += 1;
+    m_device.m_stored.machine.outageDelay += 1;
+    m_device.m_stored.laser.lasers[0].burningWidth = 1.0;
+    quint32 nFlags = 0;
+    QVERIFY(!m_pMgr->CheckDeviceParams(&nFlags));
+    QCOMPARE(nFlags, quint32(2 | 8));
+    QVERIFY(Red().empty());
+    // The dialog took the put-back values, not what it sent.
+    m_pDialog->DataToCtrlSlot(false);
+    FactoryParams working;
+    m_pDialog->GetParams(working);
+    QCOMPARE(working.machine.machineType, Opening().machine.machineType);
+    QCOMPARE(working.machine.feedMode, Opening().machine.feedMode);
+    QCOMPARE(working.machine.outageDelay, Opening().machine.outageDelay);
+    QCOMPARE(working.laser.lasers[0].burningWidth, Opening().laser.lasers[0].burningWidth);
+    // And its cell shows it, unmarked.
+    auto* pLaser = m_pDialog->findChild<QTableWidget*>("tableWidget_laser");
+    QCOMPARE(TableDriver::Shown(pLaser, 8, 1), QString::number(Opening().laser.lasers[0].burningWidth, 'f', 2));
+    QVERIFY(!CPropertyTable::IsMarked(pLaser, 8, 1));
+}
+
+void TestReadBackCheck::aChoiceOnAMarkedLaserListClearsItsMark()
+{
+    OpenAndUpload();
+    auto* pLaser = m_pDialog->findChild<QTableWidget*>("tableWidget_laser");
+    m_pDialog->MarkInvalidCell(1, 1, 1, 0.0);   // "Water Protection" of laser 1
+    QVERIFY(CPropertyTable::IsMarked(pLaser, 1, 1));
+    TableDriver::Choose(pLaser, 1, 1, 1 - TableDriver::Cell(pLaser, 1, 1)->currentIndex());
+    QVERIFY(!CPropertyTable::IsMarked(pLaser, 1, 1));
+    QVERIFY(Red().empty());
 }
 
 FACTORYMGR_TEST_MAIN(TestReadBackCheck)
