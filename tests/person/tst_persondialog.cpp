@@ -463,6 +463,19 @@ void TestPersonDialog::wheelOverListsScrollsAndChangesNothing()
              qPrintable(QStringLiteral("the wheel changed byte %1").arg(FirstDifference(before, after))));
     for (int c = 1; c <= 4; ++c)
         QCOMPARE(Cell(MotorTab, 0, c)->currentIndex(), before.motor[c - 1].directionPolar);
+    // The lists of the other tables take no wheel either.
+    for (int nTab : {LaserTab, MachineTab}) {
+        QVERIFY(ShowTab(nTab));
+        for (int r : {0, 1, 2}) {
+            if (!Cell(nTab, r, 1)->comboBox())
+                continue;
+            QVERIFY(m_pInput->Wheel(CellCentre(nTab, r, 1), -2));
+            QVERIFY(m_pInput->Wheel(CellCentre(nTab, r, 1), 2));
+        }
+    }
+    const FactoryParams afterAll = Collected();
+    QVERIFY2(FirstDifference(before, afterAll) < 0,
+             qPrintable(QStringLiteral("the wheel changed byte %1").arg(FirstDifference(before, afterAll))));
 }
 
 void TestPersonDialog::aListChosenWithTheMouseIsStoredInItsOwnField_data()
