@@ -10,10 +10,27 @@
 #include <QThread>
 #include <QVariant>
 
+#include <cmath>
 #include <cstring>
+#include <limits>
 
 namespace {
 const char* const kGroup = "CONTROLLER";
+
+// A sum or a product of numbers from files may be anything; a counter keeps
+// only what is a number.
+double Finite(double dValue)
+{
+    return std::isfinite(dValue) ? dValue : 0.0;
+}
+
+// A counter as the card reports it: a whole number from 0 to the int32 maximum.
+int ToCounter(double dValue)
+{
+    if (!(dValue > 0.0))
+        return 0;
+    return dValue >= double(std::numeric_limits<int>::max()) ? std::numeric_limits<int>::max() : int(dValue);
+}
 
 // "QV-MB 3.2.0" -> "QV-MB 3.2.1": the version a new firmware reports when its
 // file does not name one.
@@ -68,8 +85,18 @@ void CSimController::Load()
     m_strFirmware = flash.value("FIRMWARE", m_strFirmware).toString();
     m_strPanel = flash.value("PANEL", m_strPanel).toString();
     m_nCardType = flash.value("CARD_TYPE", m_nCardType).toInt();
-    m_dTrueStepX = flash.value("TRUE_STEP_X", m_dTrueStepX).toDouble();
-    m_dTrueStepY = flash.value("TRUE_STEP_Y", m_dTrueStepY).toDouble();
+    // A flash file edited by hand may hold anything: a true step must be a
+    // positive number, the counters whole numbers in their range.
+    const double dTrueX = flash.value("TRUE_STEP_X", m_dTrueStepX).toDouble();
+    const double dTrueY = flash.value("TRUE_STEP_Y", m_dTrueStepY).toDouble();
+    if (std::isfinite(dTrueX) && dTrueX > 0.0)
+        m_dTrueStepX = dTrueX;
+    if (std::isfinite(dTrueY) && dTrueY > 0.0)
+        m_dTrueStepY = dTrueY;
+    m_dTravelX = Finite(m_dTravelX);
+    m_dTravelY = Finite(m_dTravelY);
+    m_nWorkSeconds = qBound(qint64(0), m_nWorkSeconds, qint64(std::numeric_limits<int>::max()));
+    m_nJobSeconds = qBound(qint64(0), m_nJobSeconds, qint64(std::numeric_limits<int>::max()));
 }
 
 void CSimController::SaveLocked()
@@ -91,7 +118,7 @@ void CSimController::SaveLocked()
 
 int CSimController::WorkSecondsLocked() const
 {
-    return int(m_nWorkSeconds + (m_bConnected ? m_connectedFor.elapsed() / 1000 : 0));
+    return ToCounter(double(m_nWorkSeconds + (m_bConnected ? m_connectedFor.elapsed() / 1000 : 0)));
 }
 
 void CSimController::Wait() const
@@ -122,7 +149,7 @@ int CSimController::WriteFactoryParams(FactoryParams* pParams)
         return 1005;
     if (!pParams)
         return CodeBadJob;
-    m_params = CSimLimits::Limit(*pParams, &m_nLastLimited);
+    m_params = CSimLimits::Limit(*pParams, m_params, &m_nLastLimited);
     SaveLocked();
     return 0;
 }
@@ -269,9 +296,9 @@ int CSimController::Cut(const QVariant& arg)
     {
         QMutexLocker locker(&m_mutex);
         m_lastCut = cut;
-        m_dTravelX += travel.x() * dScaleX;
-        m_dTravelY += travel.y() * dScaleY;
-        m_nJobSeconds += qint64((travel.x() * dScaleX + travel.y() * dScaleY) / dSpeed + 0.5);
+        m_dTravelX += Finite(travel.x() * dScaleX);
+        m_dTravelY += Finite(travel.y() * dScaleY);
+        m_nJobSeconds += qint64(ToCounter((travel.x() * dScaleX + travel.y() * dScaleY) / dSpeed + 0.5));
         m_bRunning = false;
         SaveLocked();
     }
@@ -366,9 +393,9 @@ CardInfo CSimController::Info() const
     QMutexLocker locker(&m_mutex);
     CardInfo info{};
     info.totalWorkTime = WorkSecondsLocked();
-    info.totalJobTime = int(m_nJobSeconds);
-    info.totalXMove = int(m_dTravelX + 0.5);
-    info.totalYMove = int(m_dTravelY + 0.5);
+    info.totalJobTime = ToCounter(double(m_nJobSeconds));
+    info.totalXMove = ToCounter(m_dTravelX + 0.5);
+    info.totalYMove = ToCounter(m_dTravelY + 0.5);
     CopyText(info.firmwareVersion, sizeof(info.firmwareVersion), m_strFirmware);
     CopyText(info.panelVersion, sizeof(info.panelVersion), m_strPanel);
     return info;

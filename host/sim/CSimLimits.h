@@ -2,8 +2,8 @@
 
 struct FactoryParams;
 
-// What the simulated controller can take. A value outside its range is stored
-// as the nearest value inside it, as a real controller limits what it cannot
+// What the simulated controller can take. A value it cannot take is stored
+// as the nearest value it can, as a real controller limits what it cannot
 // drive; the settings dialog's read-back check then finds and marks it.
 //
 //   Field(s)                                   Range
@@ -20,10 +20,22 @@ struct FactoryParams;
 //   processing speeds                          0 .. 1,500 mm/s
 //   processing accelerations                   0 .. 40,000 mm/s²
 //   machine: laserSpace 0 .. 3,000 mm, outageDelay 0 .. 60,000, machineZero 0 .. 3, motiveMode 0 .. 3
+//
+// And what no controller can take, whatever the ranges:
+//   not-a-number or infinite            the value it held before
+//   a step (pulsePerMm) of 0 or less    the step it held before
+//   powerMin above powerMax             powerMax
+//   an axis' start speed (speedJump) above its maximum speed    the maximum speed
+//   an axis' maximum speed beyond the card's pulse rate: speedMax x pulsePerMm may not
+//     exceed kMaxPulseRate pulses per second              kMaxPulseRate / pulsePerMm
+//   processing speeds above the X or Y maximum speed      the smaller of the two
 class CSimLimits
 {
 public:
-    // params with every value brought into its range; *pnChanged, when given,
-    // says how many values that changed.
-    static FactoryParams Limit(const FactoryParams& params, int* pnChanged = nullptr);
+    // The most step pulses per second the card emits on one axis.
+    static constexpr double kMaxPulseRate = 20000.0;
+
+    // params as the controller stores them, coming after previous (what it
+    // held); *pnChanged, when given, says how many values that changed.
+    static FactoryParams Limit(const FactoryParams& params, const FactoryParams& previous, int* pnChanged = nullptr);
 };

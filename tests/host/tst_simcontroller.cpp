@@ -8,6 +8,8 @@
 #include <QSettings>
 
 #include <cmath>
+#include <functional>
+#include <limits>
 #include <memory>
 
 namespace {
@@ -27,6 +29,9 @@ private slots:
 
     void acceptsWhatItCanTake();
     void limitsWhatItCannotTake();
+    void refusesWhatNoControllerTakes_data();
+    void refusesWhatNoControllerTakes();
+    void oddValuesInItsFlashAndJobsAreDefined();
     void statesAndRefusals();
     void keepsEverythingAcrossARestart();
     void damagedFlashStartsFresh();
@@ -101,6 +106,96 @@ void TestSimController::limitsWhatItCannotTake()
     QCOMPARE(back.laser.lasers[1].type, 4);
     QCOMPARE(back.speed.cutAccWork, 0.0);
     QCOMPARE(back.motor[3].directionPolar, 1);
+}
+
+namespace {
+struct Refusal
+{
+    const char* szName;
+    std::function<void(FactoryParams&)> send;      // what is sent, over what the controller holds
+    std::function<void(FactoryParams&)> stored;    // what it holds afterwards, over what it held
+};
+
+const QList<Refusal>& Refusals()
+{
+    const double dNan = std::numeric_limits<double>::quiet_NaN();
+    const double dInf = std::numeric_limits<double>::infinity();
+    static const QList<Refusal> refusals{
+        {"not a number", [=](FactoryParams& p) { p.motor[0].speedMax = dNan; p.speed.cutAccWork = dNan; },
+         [](FactoryParams&) {}},
+        {"infinities", [=](FactoryParams& p) { p.laser.lasers[1].frequency = dInf; p.machine.laserSpace = -dInf; },
+         [](FactoryParams&) {}},
+        {"a step of 0", [](FactoryParams& p) { p.motor[1].pulsePerMm = 0.0; }, [](FactoryParams&) {}},
+        {"a negative step", [](FactoryParams& p) { p.motor[2].pulsePerMm = -7.9; }, [](FactoryParams&) {}},
+        {"min power above max",
+         [](FactoryParams& p) { p.laser.lasers[0].powerMax = 60.0; p.laser.lasers[0].powerMin = 75.0; },
+         [](FactoryParams& p) { p.laser.lasers[0].powerMax = 60.0; p.laser.lasers[0].powerMin = 60.0; }},
+        {"start speed above max speed",
+         [](FactoryParams& p) { p.motor[3].speedMax = 200.0; p.motor[3].speedJump = 250.0; },
+         [](FactoryParams& p) { p.motor[3].speedMax = 200.0; p.motor[3].speedJump = 200.0; }},
+        // 20,000 pulses a second at 40 pulses per mm: 500 mm/s at most.
+        {"max speed beyond the pulse rate",
+         [](FactoryParams& p) { p.motor[0].pulsePerMm = 40.0; p.motor[0].speedMax = 800.0; },
+         [](FactoryParams& p) { p.motor[0].pulsePerMm = 40.0; p.motor[0].speedMax = 500.0; }},
+        {"processing speed above the slower axis",
+         [](FactoryParams& p) { p.motor[1].speedMax = 400.0; p.speed.cutSpeedSpace = 450.0; },
+         [](FactoryParams& p) { p.motor[1].speedMax = 400.0; p.speed.cutSpeedSpace = 400.0; }},
+    };
+    return refusals;
+}
+}
+
+void TestSimController::refusesWhatNoControllerTakes_data()
+{
+    QTest::addColumn<int>("nCase");
+    for (int i = 0; i < Refusals().size(); ++i)
+        QTest::newRow(Refusals()[i].szName) << i;
+}
+
+void TestSimController::refusesWhatNoControllerTakes()
+{
+    QFETCH(int, nCase);
+    const Refusal& r = Refusals()[nCase];
+    auto pSim = Make();
+    FactoryParams held;
+    held.speed.cutSpeedSpace = 300.0;
+    QCOMPARE(pSim->WriteFactoryParams(&held), 0);
+    QCOMPARE(pSim->LastLimitedCount(), 0);
+    FactoryParams sent = held;
+    r.send(sent);
+    QCOMPARE(pSim->WriteFactoryParams(&sent), 0);
+    FactoryParams expected = held;
+    r.stored(expected);
+    FactoryParams back;
+    QCOMPARE(pSim->ReadFactoryParams(&back), 0);
+    // Byte for byte what it held, but for the values it could take.
+    QCOMPARE(std::memcmp(&back, &expected, sizeof(FactoryParams)), 0);
+    QVERIFY(pSim->LastLimitedCount() > 0);
+}
+
+void TestSimController::oddValuesInItsFlashAndJobsAreDefined()
+{
+    // A flash file edited by hand: not-a-number, infinite and negative values.
+    QDir().mkpath(QFileInfo(m_strFlash).absolutePath());
+    WriteFile(m_strFlash, "[CONTROLLER]\nWORK_SECONDS=-5\nJOB_SECONDS=99999999999999\nTRAVEL_X=nan\n"
+                          "TRAVEL_Y=1e300\nTRUE_STEP_X=-3\nTRUE_STEP_Y=inf\n");
+    auto pSim = Make();
+    const CardInfo info = pSim->Info();
+    QVERIFY(info.totalWorkTime >= 0);
+    QCOMPARE(info.totalJobTime, std::numeric_limits<int>::max());
+    QCOMPARE(info.totalXMove, 0);
+    QCOMPARE(info.totalYMove, std::numeric_limits<int>::max());
+    // The true steps stayed the machine's own: a configured 7.88627 cuts 151.21 x 148.36.
+    const QString strJob = m_pDir->path() + "/job.tl";
+    CPatternConverter::ConvertPattern(m_strPattern.toUtf8().constData(), strJob.toUtf8().constData(), 10.0);
+    QCOMPARE(pSim->CallFunction("BacklashAdjust", QVariant(strJob)), 0);
+    QCOMPARE(QString::number(pSim->LastCut().width(), 'f', 2), QStringLiteral("151.21"));
+    QCOMPARE(QString::number(pSim->LastCut().height(), 'f', 2), QStringLiteral("148.36"));
+    // A job with huge coordinates: the counters stay whole numbers in range.
+    WriteFile(m_pDir->path() + "/huge.tl", "TL 1\nPOLYLINE 0,0 1e300,0 1e300,1e300 0,0\n");
+    QCOMPARE(pSim->CallFunction("BacklashAdjust", QVariant(m_pDir->path() + "/huge.tl")), 0);
+    const CardInfo after = pSim->Info();
+    QVERIFY(after.totalXMove >= 0 && after.totalYMove >= 0 && after.totalJobTime >= 0);
 }
 
 void TestSimController::statesAndRefusals()
