@@ -23,6 +23,10 @@ QString CHostNotifier::Describe(int nCode)
     case CSimController::CodeFileMissing: return Wording("The file does not exist.");
     case CSimController::CodeFileEmpty: return Wording("The firmware file is empty.");
     case CSimController::CodeWrongFileType: return Wording("The firmware file is not of the expected type.");
+    case CSimController::CodeNotFirmware: return Wording("The file is not a firmware file of this controller.");
+    case CSimController::CodeWrongBoard: return Wording("The firmware file is for the other board.");
+    case CSimController::CodeBadChecksum: return Wording("The firmware file is damaged: its checksum does not match.");
+    case CSimController::CodeUnreadable: return Wording("The file cannot be read.");
     case CSimController::CodeBadJob: return Wording("The machine cannot cut this job.");
     case CSimController::CodeUnknownFunction: return Wording("The controller does not know this function.");
     default: return Wording("The controller reported an error.");

@@ -1,13 +1,14 @@
 #include "CSimController.h"
 
 #include "CShapeFile.h"
+#include "CFirmwareFile.h"
 #include "CSimLimits.h"
 
 #include <QDir>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QSettings>
 #include <QThread>
+#include <QTimer>
 #include <QVariant>
 
 #include <cmath>
@@ -32,17 +33,6 @@ int ToCounter(double dValue)
     return dValue >= double(std::numeric_limits<int>::max()) ? std::numeric_limits<int>::max() : int(dValue);
 }
 
-// "QV-MB 3.2.0" -> "QV-MB 3.2.1": the version a new firmware reports when its
-// file does not name one.
-QString NextVersion(const QString& strVersion)
-{
-    static const QRegularExpression kLastNumber(QStringLiteral("(\\d+)(\\D*)$"));
-    const QRegularExpressionMatch match = kLastNumber.match(strVersion);
-    if (!match.hasMatch())
-        return strVersion + ".1";
-    return strVersion.left(match.capturedStart(1)) + QString::number(match.captured(1).toLongLong() + 1)
-        + match.captured(2);
-}
 
 void CopyText(char* pBuffer, std::size_t nSize, const QString& strText)
 {
@@ -231,13 +221,29 @@ int CSimController::QueryFunction(const char* szName, QVariant& inOut)
 
 int CSimController::Upgrade(const QVariant& arg, const QStringList& extensions, bool bMainboard)
 {
-    const QFileInfo file(arg.toString());
-    if (arg.toString().isEmpty() || !file.isFile())
+    const QFileInfo info(arg.toString());
+    if (arg.toString().isEmpty() || !info.isFile())
         return CodeFileMissing;
-    if (file.size() == 0)
-        return CodeFileEmpty;
-    if (!extensions.contains(file.suffix().toLower()))
+    if (!extensions.contains(info.suffix().toLower()))
         return CodeWrongFileType;
+    QFile file(info.absoluteFilePath());
+    if (!file.open(QIODevice::ReadOnly))
+        return CodeUnreadable;
+    // No image of these boards comes near 64 MiB.
+    const QByteArray content = file.read(64 * 1024 * 1024 + 1);
+    if (file.error() != QFileDevice::NoError)
+        return CodeUnreadable;
+    if (content.isEmpty())
+        return CodeFileEmpty;
+    QString strVersion;
+    switch (CFirmwareFile::Parse(content, bMainboard ? CFirmwareFile::kMainboard : CFirmwareFile::kPanel, strVersion)) {
+    case CFirmwareFile::NoMagic: return CodeNotFirmware;
+    case CFirmwareFile::WrongBoard: return CodeWrongBoard;
+    case CFirmwareFile::BadChecksum: return CodeBadChecksum;
+    case CFirmwareFile::Valid: break;
+    }
+    if (content.size() > 64 * 1024 * 1024)
+        return CodeNotFirmware;
 
     {
         QMutexLocker locker(&m_mutex);
@@ -245,23 +251,32 @@ int CSimController::Upgrade(const QVariant& arg, const QStringList& extensions, 
     }
     emit StateChanged();
     Wait();
-    // A firmware file may name its version on a first line "VERSION <text>".
-    QString strNamed;
-    QFile firmware(file.absoluteFilePath());
-    if (firmware.open(QIODevice::ReadOnly)) {
-        const QByteArray first = firmware.readLine(256).trimmed();
-        if (first.startsWith("VERSION "))
-            strNamed = QString::fromUtf8(first.mid(8)).trimmed().left(60);
-    }
+    int nRestart = 0;
     {
         QMutexLocker locker(&m_mutex);
-        QString& strVersion = bMainboard ? m_strFirmware : m_strPanel;
-        strVersion = strNamed.isEmpty() ? NextVersion(strVersion) : strNamed;
+        (bMainboard ? m_strFirmware : m_strPanel) = strVersion;
         m_bRunning = false;
+        // A new mainboard firmware starts itself: the controller is gone from
+        // the line for a moment and comes back with the new version.
+        if (bMainboard) {
+            m_nWorkSeconds = WorkSecondsLocked();
+            m_bConnected = false;
+            nRestart = m_nRestartDuration;
+        }
         SaveLocked();
     }
+    if (bMainboard)
+        QMetaObject::invokeMethod(
+            this, [this, nRestart] { QTimer::singleShot(nRestart, this, [this] { SetConnected(true); }); },
+            Qt::QueuedConnection);
     emit StateChanged();
     return 0;
+}
+
+void CSimController::SetRestartDuration(int nMilliseconds)
+{
+    QMutexLocker locker(&m_mutex);
+    m_nRestartDuration = qMax(0, nMilliseconds);
 }
 
 int CSimController::Cut(const QVariant& arg)

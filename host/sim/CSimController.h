@@ -15,6 +15,9 @@
 // A motion-control card and the machine behind it, in software. It is the
 // host's device, its current card and the card's task state at once.
 //
+// Firmware files must be of the boards' own format (CFirmwareFile); after a
+// mainboard upgrade it restarts, off the line for a moment.
+//
 // Like a controller's flash, everything it keeps (the factory parameters, the
 // counters, the firmware versions, the card type and the machine's true steps)
 // lives in a file and survives a restart. It stores what it cannot take as
@@ -33,7 +36,11 @@ public:
         CodeFileEmpty = 2003,         // the firmware file is empty
         CodeWrongFileType = 2004,     // the firmware file has the wrong extension
         CodeBadJob = 2005,            // the job file is not a job the machine can cut
-        CodeUnknownFunction = 2006    // the card has no function of that name
+        CodeUnknownFunction = 2006,   // the card has no function of that name
+        CodeNotFirmware = 2007,       // the file is no firmware file (no "QVFW 1" header)
+        CodeWrongBoard = 2008,        // the firmware is for the other board
+        CodeBadChecksum = 2009,       // the firmware image is damaged (CRC-32 differs)
+        CodeUnreadable = 2010         // the file cannot be read
     };
 
     explicit CSimController(const QString& strFlashPath, QObject* parent = nullptr);
@@ -63,6 +70,8 @@ public:
 
     // How long an upgrade or a cut takes (the default is two seconds).
     void SetTaskDuration(int nMilliseconds);
+    // How long the controller is away while a new mainboard firmware starts.
+    void SetRestartDuration(int nMilliseconds);
     // The machine's true travel per motor pulse on X and Y.
     void SetTrueSteps(double dX, double dY);
 
@@ -98,6 +107,7 @@ private:
     bool m_bRunning = false;
     int m_nCardType = 8;
     int m_nTaskDuration = 2000;
+    int m_nRestartDuration = 1500;
     qint64 m_nWorkSeconds = 0;        // before the current connection
     QElapsedTimer m_connectedFor;
     qint64 m_nJobSeconds = 0;

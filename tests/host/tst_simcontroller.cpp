@@ -1,5 +1,6 @@
 #include "TestMain.h"
 
+#include "CFirmwareFile.h"
 #include "CPatternConverter.h"
 #include "CShapeFile.h"
 #include "CSimController.h"
@@ -18,6 +19,16 @@ void WriteFile(const QString& strPath, const QByteArray& content)
     QFile file(strPath);
     QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
     file.write(content);
+}
+
+QByteArray Mainboard(const char* szVersion = "QV-MB 3.3.0")
+{
+    return CFirmwareFile::Make(CFirmwareFile::kMainboard, QString::fromLatin1(szVersion), "image of the mainboard");
+}
+
+QByteArray Panel(const char* szVersion = "QV-PN 1.5.0")
+{
+    return CFirmwareFile::Make(CFirmwareFile::kPanel, QString::fromLatin1(szVersion), "image of the panel");
 }
 }
 
@@ -42,6 +53,7 @@ private slots:
     void upgradeChecksTheFile_data();
     void upgradeChecksTheFile();
     void upgradeChangesTheVersion();
+    void aMainboardUpgradeRestartsTheController();
     void busyWhileAnUpgradeRuns();
     void calibrationConvergesInOneCorrection();
     void patternConverterMakesAJob();
@@ -240,7 +252,7 @@ void TestSimController::keepsEverythingAcrossARestart()
         pSim->SetCardType(5);
         pSim->SetTrueSteps(8.0, 7.5);
         const QString strFirmware = m_pDir->path() + "/main.upd";
-        WriteFile(strFirmware, "VERSION QV-MB 9.9.9\nbinary");
+        WriteFile(strFirmware, Mainboard("QV-MB 9.9.9"));
         QCOMPARE(pSim->CallFunction("CardUpgrade", QVariant(strFirmware)), 0);
     }
     auto pSim = Make();
@@ -336,13 +348,25 @@ void TestSimController::upgradeChecksTheFile_data()
     QTest::addColumn<QString>("strName");
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<int>("nExpected");
+    QByteArray damaged = Mainboard();
+    damaged[damaged.size() - 3] = 'X';
+    QByteArray badHeader = Mainboard();
+    badHeader.replace("CRC32 ", "CRC32 z");
     QTest::newRow("mainboard missing") << "CardUpgrade" << "" << QByteArray() << int(CSimController::CodeFileMissing);
     QTest::newRow("mainboard empty") << "CardUpgrade" << "main.upd" << QByteArray() << int(CSimController::CodeFileEmpty);
-    QTest::newRow("mainboard wrong type") << "CardUpgrade" << "main.hmi" << QByteArray("x") << int(CSimController::CodeWrongFileType);
-    QTest::newRow("mainboard") << "CardUpgrade" << "main.UPD" << QByteArray("x") << 0;
-    QTest::newRow("panel wrong type") << "PanelUpgrade" << "panel.upd" << QByteArray("x") << int(CSimController::CodeWrongFileType);
-    QTest::newRow("panel hmt") << "PanelUpgrade" << "panel.hmt" << QByteArray("x") << 0;
-    QTest::newRow("panel hmi") << "PanelUpgrade" << "panel.hmi" << QByteArray("x") << 0;
+    QTest::newRow("mainboard wrong type") << "CardUpgrade" << "main.hmi" << Mainboard() << int(CSimController::CodeWrongFileType);
+    QTest::newRow("mainboard one byte") << "CardUpgrade" << "main.upd" << QByteArray("x") << int(CSimController::CodeNotFirmware);
+    QTest::newRow("mainboard wrong magic") << "CardUpgrade" << "main.upd" << QByteArray(Mainboard()).replace("QVFW", "QVFX")
+                                           << int(CSimController::CodeNotFirmware);
+    QTest::newRow("mainboard file of the panel") << "CardUpgrade" << "main.upd" << Panel() << int(CSimController::CodeWrongBoard);
+    QTest::newRow("mainboard damaged image") << "CardUpgrade" << "main.upd" << damaged << int(CSimController::CodeBadChecksum);
+    QTest::newRow("mainboard damaged header") << "CardUpgrade" << "main.upd" << badHeader << int(CSimController::CodeBadChecksum);
+    QTest::newRow("mainboard unreadable") << "CardUpgrade" << "locked.upd" << QByteArray() << int(CSimController::CodeUnreadable);
+    QTest::newRow("mainboard") << "CardUpgrade" << "main.UPD" << Mainboard() << 0;
+    QTest::newRow("panel wrong type") << "PanelUpgrade" << "panel.upd" << Panel() << int(CSimController::CodeWrongFileType);
+    QTest::newRow("panel file of the mainboard") << "PanelUpgrade" << "panel.hmt" << Mainboard() << int(CSimController::CodeWrongBoard);
+    QTest::newRow("panel hmt") << "PanelUpgrade" << "panel.hmt" << Panel() << 0;
+    QTest::newRow("panel hmi") << "PanelUpgrade" << "panel.hmi" << Panel() << 0;
     QTest::newRow("panel is a directory") << "PanelUpgrade" << "dir.hmi" << QByteArray() << int(CSimController::CodeFileMissing);
 }
 
@@ -353,28 +377,68 @@ void TestSimController::upgradeChecksTheFile()
     QFETCH(QByteArray, content);
     QFETCH(int, nExpected);
     auto pSim = Make();
+    const CardInfo before = pSim->Info();
     QString strPath = m_pDir->path() + "/" + strName;
     if (strName.startsWith("dir"))
         QDir().mkpath(strPath);
+    else if (strName.startsWith("locked"))
+        // A file even root cannot read: this process' memory at address 0.
+        QVERIFY(QFile::link("/proc/self/mem", strPath));
     else if (!strName.isEmpty())
         WriteFile(strPath, content);
     else
         strPath = m_pDir->path() + "/absent.upd";
     QCOMPARE(pSim->CallFunction(strFunction.toLatin1().constData(), QVariant(strPath)), nExpected);
+    // A refused file changes no version.
+    if (nExpected != 0) {
+        QCOMPARE(QByteArray(pSim->Info().firmwareVersion), QByteArray(before.firmwareVersion));
+        QCOMPARE(QByteArray(pSim->Info().panelVersion), QByteArray(before.panelVersion));
+    }
 }
 
 void TestSimController::upgradeChangesTheVersion()
 {
     auto pSim = Make();
-    const QString strBoard = m_pDir->path() + "/main.upd";
-    WriteFile(strBoard, "\x01\x02 firmware image");
-    QCOMPARE(pSim->CallFunction("CardUpgrade", QVariant(strBoard)), 0);
-    QCOMPARE(QByteArray(pSim->Info().firmwareVersion), QByteArray("QV-MB 3.2.1"));
+    pSim->SetRestartDuration(0);
     const QString strPanel = m_pDir->path() + "/panel.hmt";
-    WriteFile(strPanel, "VERSION QV-PN 2.0.0-beta\n...");
+    WriteFile(strPanel, Panel("QV-PN 2.0.0-beta"));
     QCOMPARE(pSim->CallFunction("PanelUpgrade", QVariant(strPanel)), 0);
     QCOMPARE(QByteArray(pSim->Info().panelVersion), QByteArray("QV-PN 2.0.0-beta"));
-    QCOMPARE(QByteArray(pSim->Info().firmwareVersion), QByteArray("QV-MB 3.2.1"));
+    QCOMPARE(QByteArray(pSim->Info().firmwareVersion), QByteArray("QV-MB 3.2.0"));
+    QVERIFY(pSim->IsConnected());   // a panel upgrade restarts nothing
+
+    // The shipped files are valid.
+    QCOMPARE(pSim->CallFunction("CardUpgrade", QVariant(QCoreApplication::applicationDirPath()
+                                                        + "/../Resources/Data/Firmware/QV-MB-3.3.0.upd")),
+             0);
+    QCOMPARE(QByteArray(pSim->Info().firmwareVersion), QByteArray("QV-MB 3.3.0"));
+    QTRY_VERIFY(pSim->IsConnected());
+    QCOMPARE(pSim->CallFunction("PanelUpgrade", QVariant(QCoreApplication::applicationDirPath()
+                                                         + "/../Resources/Data/Firmware/QV-PN-1.5.0.hmt")),
+             0);
+    QCOMPARE(QByteArray(pSim->Info().panelVersion), QByteArray("QV-PN 1.5.0"));
+}
+
+void TestSimController::aMainboardUpgradeRestartsTheController()
+{
+    auto pSim = Make();
+    pSim->SetRestartDuration(200);
+    const QString strBoard = m_pDir->path() + "/main.upd";
+    WriteFile(strBoard, Mainboard("QV-MB 4.0.0"));
+    QSignalSpy changed(pSim.get(), &CSimController::StateChanged);
+    QCOMPARE(pSim->CallFunction("CardUpgrade", QVariant(strBoard)), 0);
+    // Off the line at once, with the new version kept in its flash...
+    QVERIFY(!pSim->IsConnected());
+    QVERIFY(!pSim->GetCurrentCard());
+    FactoryParams params;
+    QCOMPARE(pSim->ReadFactoryParams(&params), int(CSimController::CodeNotConnected));
+    // ...and back on its own.
+    QTRY_VERIFY(pSim->IsConnected());
+    QVERIFY(pSim->GetCurrentCard());
+    QCOMPARE(QByteArray(pSim->Info().firmwareVersion), QByteArray("QV-MB 4.0.0"));
+    QVERIFY(changed.count() >= 2);
+    auto pRestarted = std::make_unique<CSimController>(m_strFlash);
+    QCOMPARE(QByteArray(pRestarted->Info().firmwareVersion), QByteArray("QV-MB 4.0.0"));
 }
 
 void TestSimController::busyWhileAnUpgradeRuns()
@@ -382,7 +446,7 @@ void TestSimController::busyWhileAnUpgradeRuns()
     auto pSim = Make();
     pSim->SetTaskDuration(300);
     const QString strBoard = m_pDir->path() + "/main.upd";
-    WriteFile(strBoard, "image");
+    WriteFile(strBoard, Mainboard());
     std::atomic<int> nResult{-1};
     TestThread worker([&] { nResult = pSim->CallFunction("CardUpgrade", QVariant(strBoard)); });
     worker.Start();
