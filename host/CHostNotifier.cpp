@@ -27,6 +27,8 @@ QString CHostNotifier::Describe(int nCode)
     case CSimController::CodeWrongBoard: return Wording("The firmware file is for the other board.");
     case CSimController::CodeBadChecksum: return Wording("The firmware file is damaged: its checksum does not match.");
     case CSimController::CodeUnreadable: return Wording("The file cannot be read.");
+    case CSimController::CodeNoPower: return Wording("The cutting power is 0 %: the laser would cut nothing.");
+    case CSimController::CodeOutsideWorkArea: return Wording("The job does not fit the machine's work area.");
     case CSimController::CodeBadJob: return Wording("The machine cannot cut this job.");
     case CSimController::CodeUnknownFunction: return Wording("The controller does not know this function.");
     default: return Wording("The controller reported an error.");

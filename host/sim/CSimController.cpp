@@ -287,10 +287,17 @@ int CSimController::Cut(const QVariant& arg)
     QString strError;
     if (!job.Read(arg.toString(), "TL", strError) || job.shapes.isEmpty())
         return CodeBadJob;
+    // The laser must fire to cut: a power of 0 % (or none named) cuts nothing.
+    bool bPower = false;
+    const double dPower = job.fields.value("POWER").toDouble(&bPower);
+    if (!bPower || !std::isfinite(dPower) || !(dPower > 0.0))
+        return CodeNoPower;
 
     double dScaleX = 0.0;
     double dScaleY = 0.0;
     double dSpeed = 0.0;
+    const QRectF bounds = job.Bounds();
+    int nDuration = 0;
     {
         QMutexLocker locker(&m_mutex);
         const double dStepX = m_params.motor[0].pulsePerMm;
@@ -299,13 +306,24 @@ int CSimController::Cut(const QVariant& arg)
             return CodeBadJob;
         dScaleX = m_dTrueStepX / dStepX;
         dScaleY = m_dTrueStepY / dStepY;
+        // The head reaches from 0 to each axis' travel (its size); the job's
+        // shapes, as the machine would draw them, must lie within.
+        const QRectF drawn(bounds.left() * dScaleX, bounds.top() * dScaleY, bounds.width() * dScaleX,
+                           bounds.height() * dScaleY);
+        if (!(drawn.left() >= 0.0 && drawn.top() >= 0.0 && drawn.right() <= m_params.motor[0].size
+              && drawn.bottom() <= m_params.motor[1].size))
+            return CodeOutsideWorkArea;
         dSpeed = m_params.speed.cutSpeedCorner > 0.0 ? m_params.speed.cutSpeedCorner : 50.0;
+        // In real time: the path at the cutting speed; nothing when tasks are instant.
+        const QPointF travel = job.Travel();
+        const double dSeconds = (travel.x() * dScaleX + travel.y() * dScaleY) / dSpeed;
+        nDuration = m_nTaskDuration > 0 ? ToCounter(std::min(dSeconds * 1000.0, 600000.0)) : 0;
         m_bRunning = true;
     }
     emit StateChanged();
-    Wait();
+    if (nDuration > 0)
+        QThread::msleep(static_cast<unsigned long>(nDuration));
 
-    const QRectF bounds = job.Bounds();
     const QSizeF cut(bounds.width() * dScaleX, bounds.height() * dScaleY);
     const QPointF travel = job.Travel();
     {

@@ -40,7 +40,9 @@ public:
         CodeNotFirmware = 2007,       // the file is no firmware file (no "QVFW 1" header)
         CodeWrongBoard = 2008,        // the firmware is for the other board
         CodeBadChecksum = 2009,       // the firmware image is damaged (CRC-32 differs)
-        CodeUnreadable = 2010         // the file cannot be read
+        CodeUnreadable = 2010,        // the file cannot be read
+        CodeNoPower = 2011,           // the job's laser power is 0 %: nothing would be cut
+        CodeOutsideWorkArea = 2012    // the job does not fit the work area the axes' travel gives
     };
 
     explicit CSimController(const QString& strFlashPath, QObject* parent = nullptr);
@@ -68,7 +70,8 @@ public:
     void SetCardType(int nCardType);
     int CardType() const;
 
-    // How long an upgrade or a cut takes (the default is two seconds).
+    // How long an upgrade takes (the default is two seconds); a cut takes the
+    // time its path needs at the cutting speed. 0 makes both instant.
     void SetTaskDuration(int nMilliseconds);
     // How long the controller is away while a new mainboard firmware starts.
     void SetRestartDuration(int nMilliseconds);

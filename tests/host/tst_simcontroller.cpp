@@ -6,6 +6,7 @@
 #include "CSimController.h"
 #include "TestThread.h"
 
+#include <QElapsedTimer>
 #include <QSettings>
 
 #include <cmath>
@@ -48,6 +49,9 @@ private slots:
     void damagedFlashStartsFresh();
     void answersTheCardFunctions();
     void cuttingCountsJobTimeAndTravel();
+    void aCutNeedsPowerAndTheWorkArea_data();
+    void aCutNeedsPowerAndTheWorkArea();
+    void aCutTakesTheTimeOfItsPath();
     void clearResetsTheCounters();
     void workTimeComesFromTheFlash();
     void upgradeChecksTheFile_data();
@@ -204,8 +208,10 @@ void TestSimController::oddValuesInItsFlashAndJobsAreDefined()
     QCOMPARE(QString::number(pSim->LastCut().width(), 'f', 2), QStringLiteral("151.21"));
     QCOMPARE(QString::number(pSim->LastCut().height(), 'f', 2), QStringLiteral("148.36"));
     // A job with huge coordinates: the counters stay whole numbers in range.
-    WriteFile(m_pDir->path() + "/huge.tl", "TL 1\nPOLYLINE 0,0 1e300,0 1e300,1e300 0,0\n");
-    QCOMPARE(pSim->CallFunction("BacklashAdjust", QVariant(m_pDir->path() + "/huge.tl")), 0);
+    // A job with huge coordinates lies outside the work area.
+    WriteFile(m_pDir->path() + "/huge.tl", "TL 1\nPOWER 10\nPOLYLINE 0,0 1e300,0 1e300,1e300 0,0\n");
+    QCOMPARE(pSim->CallFunction("BacklashAdjust", QVariant(m_pDir->path() + "/huge.tl")),
+             int(CSimController::CodeOutsideWorkArea));
     const CardInfo after = pSim->Info();
     QVERIFY(after.totalXMove >= 0 && after.totalYMove >= 0 && after.totalJobTime >= 0);
 }
@@ -315,6 +321,57 @@ void TestSimController::cuttingCountsJobTimeAndTravel()
     WriteFile(m_pDir->path() + "/bad.tl", "TL 1\nPOLYLINE 0,0 abc\n");
     QCOMPARE(pSim->CallFunction("BacklashAdjust", QVariant(m_pDir->path() + "/bad.tl")), int(CSimController::CodeBadJob));
     QCOMPARE(pSim->CallFunction("BacklashAdjust", QVariant(m_strPattern)), int(CSimController::CodeBadJob));
+}
+
+void TestSimController::aCutNeedsPowerAndTheWorkArea_data()
+{
+    QTest::addColumn<QByteArray>("job");
+    QTest::addColumn<int>("nExpected");
+    QTest::newRow("power 0") << QByteArray("TL 1\nPOWER 0\nPOLYLINE 0,0 10,0 10,10\n") << int(CSimController::CodeNoPower);
+    QTest::newRow("no power") << QByteArray("TL 1\nPOLYLINE 0,0 10,0 10,10\n") << int(CSimController::CodeNoPower);
+    QTest::newRow("power not a number") << QByteArray("TL 1\nPOWER nan\nPOLYLINE 0,0 10,0\n")
+                                        << int(CSimController::CodeNoPower);
+    QTest::newRow("wider than X travels") << QByteArray("TL 1\nPOWER 20\nPOLYLINE 0,0 950,0 950,10\n")
+                                          << int(CSimController::CodeOutsideWorkArea);
+    QTest::newRow("left of the origin") << QByteArray("TL 1\nPOWER 20\nPOLYLINE -5,0 10,0 10,10\n")
+                                        << int(CSimController::CodeOutsideWorkArea);
+    QTest::newRow("within") << QByteArray("TL 1\nPOWER 20\nPOLYLINE 0,0 800,0 800,10\n") << 0;
+}
+
+void TestSimController::aCutNeedsPowerAndTheWorkArea()
+{
+    QFETCH(QByteArray, job);
+    QFETCH(int, nExpected);
+    auto pSim = Make();
+    pSim->SetTrueSteps(7.88627, 7.88627);
+    FactoryParams params;
+    params.motor[0].size = 900.0;
+    params.motor[1].size = 600.0;
+    pSim->WriteFactoryParams(&params);
+    WriteFile(m_pDir->path() + "/job.tl", job);
+    QSignalSpy cut(pSim.get(), &CSimController::JobCut);
+    QCOMPARE(pSim->CallFunction("BacklashAdjust", QVariant(m_pDir->path() + "/job.tl")), nExpected);
+    // A refused job moves nothing and counts nothing.
+    QCOMPARE(cut.count(), nExpected == 0 ? 1 : 0);
+    QCOMPARE(pSim->Info().totalXMove > 0, nExpected == 0);
+    QCOMPARE(pSim->IsBusy(), 0);
+}
+
+void TestSimController::aCutTakesTheTimeOfItsPath()
+{
+    auto pSim = Make();
+    pSim->SetTaskDuration(1);   // not instant: cuts take their time
+    pSim->SetTrueSteps(7.88627, 7.88627);
+    FactoryParams params;
+    params.speed.cutSpeedCorner = 100.0;
+    pSim->WriteFactoryParams(&params);
+    // A 20 mm square: 80 mm at 100 mm/s.
+    WriteFile(m_pDir->path() + "/job.tl", "TL 1\nPOWER 20\nPOLYLINE 0,0 20,0 20,20 0,20 0,0\n");
+    QElapsedTimer timer;
+    timer.start();
+    QCOMPARE(pSim->CallFunction("BacklashAdjust", QVariant(m_pDir->path() + "/job.tl")), 0);
+    QVERIFY2(timer.elapsed() >= 780, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(pSim->Info().totalJobTime, 1);   // 0.8 s, rounded
 }
 
 void TestSimController::clearResetsTheCounters()
