@@ -29,6 +29,12 @@ QString CHostNotifier::Describe(int nCode)
     case CSimController::CodeUnreadable: return Wording("The file cannot be read.");
     case CSimController::CodeNoPower: return Wording("The cutting power is 0 %: the laser would cut nothing.");
     case CSimController::CodeOutsideWorkArea: return Wording("The job does not fit the machine's work area.");
+    case CSimController::CodeLinkLost:
+        return Wording("The connection to the controller was lost during the operation. Reconnect and try again.");
+    case CSimController::CodeFlashError: return Wording("The controller could not store the values in its memory.");
+    case CSimController::CodeFirmwareIncomplete:
+        return Wording("The mainboard firmware is incomplete after an interrupted upgrade. Upgrade it again.");
+    case CSimController::CodeNoAnswer: return Wording("The controller did not answer in time.");
     case CSimController::CodeBadJob: return Wording("The machine cannot cut this job.");
     case CSimController::CodeUnknownFunction: return Wording("The controller does not know this function.");
     default: return Wording("The controller reported an error.");

@@ -201,6 +201,19 @@ void CHostWindow::BuildMenus()
     m_pBusy = addAction(pDevice, "Busy with a Job", "action_busy", [this](bool b) { m_pSim->SetBusy(b); });
     for (QAction* pAction : {m_pConnected, m_pInformationOnly, m_pBusy})
         pAction->setCheckable(true);
+    // Faults a real controller has, made to happen once, on the next operation they concern.
+    QMenu* pFaults = addMenu(pDevice, "Make a Fault Happen", "menu_faults");
+    const QList<QPair<CSimController::Fault, const char*>> faults{
+        {CSimController::FaultDropOnWrite, "Link Drops During the Next Write"},
+        {CSimController::FaultDropOnRead, "Link Drops During the Next Read"},
+        {CSimController::FaultDropOnUpgrade, "Link Drops During the Next Upgrade"},
+        {CSimController::FaultDropOnCut, "Link Drops During the Next Cut"},
+        {CSimController::FaultFlashError, "Flash Error on the Next Write"},
+        {CSimController::FaultCorruptRead, "Garbled Value on the Next Read"},
+        {CSimController::FaultNoAnswer, "No Answer for a While"}};
+    for (const auto& fault : faults)
+        addAction(pFaults, fault.second, qPrintable("action_fault_" + CSimController::FaultName(fault.first)),
+                  [this, kind = fault.first] { m_pSim->ArmFault(kind); });
     QMenu* pCard = addMenu(pDevice, "Card Type", "menu_cardType");
     auto* pCardGroup = new QActionGroup(this);
     m_pCardType8 = addAction(pCard, "Type 8 (laser sources)", "action_cardType8", [this] { m_pSim->SetCardType(8); });

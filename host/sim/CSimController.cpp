@@ -75,6 +75,9 @@ void CSimController::Load()
     m_strFirmware = flash.value("FIRMWARE", m_strFirmware).toString();
     m_strPanel = flash.value("PANEL", m_strPanel).toString();
     m_nCardType = flash.value("CARD_TYPE", m_nCardType).toInt();
+    m_fault = FaultFromName(flash.value("FAULT").toString());
+    m_bMainboardIncomplete = flash.value("MAINBOARD_INCOMPLETE", false).toBool();
+    m_bPanelIncomplete = flash.value("PANEL_INCOMPLETE", false).toBool();
     // A flash file edited by hand may hold anything: a true step must be a
     // positive number, the counters whole numbers in their range.
     const double dTrueX = flash.value("TRUE_STEP_X", m_dTrueStepX).toDouble();
@@ -102,6 +105,9 @@ void CSimController::SaveLocked()
     flash.setValue("FIRMWARE", m_strFirmware);
     flash.setValue("PANEL", m_strPanel);
     flash.setValue("CARD_TYPE", m_nCardType);
+    flash.setValue("FAULT", FaultName(m_fault));
+    flash.setValue("MAINBOARD_INCOMPLETE", m_bMainboardIncomplete);
+    flash.setValue("PANEL_INCOMPLETE", m_bPanelIncomplete);
     flash.setValue("TRUE_STEP_X", m_dTrueStepX);
     flash.setValue("TRUE_STEP_Y", m_dTrueStepY);
 }
@@ -130,29 +136,146 @@ ICard* CSimController::GetCurrentCard()
 
 int CSimController::WriteFactoryParams(FactoryParams* pParams)
 {
-    QMutexLocker locker(&m_mutex);
-    if (!m_bConnected)
-        return CodeNotConnected;
-    if (m_bInformationOnly)
-        return 1001;
-    if (m_bBusy || m_bRunning)
-        return 1005;
-    if (!pParams)
-        return CodeBadJob;
-    m_params = CSimLimits::Limit(*pParams, m_params, &m_nLastLimited);
-    SaveLocked();
-    return 0;
+    if (StayedSilent())
+        return CodeNoAnswer;
+    int nResult = 0;
+    {
+        QMutexLocker locker(&m_mutex);
+        if (!m_bConnected)
+            return CodeNotConnected;
+        if (m_bMainboardIncomplete)
+            return CodeFirmwareIncomplete;
+        if (m_bInformationOnly)
+            return 1001;
+        if (m_bBusy || m_bRunning)
+            return 1005;
+        if (!pParams)
+            return CodeBadJob;
+        // Cut off or not flashed: the controller keeps what it had.
+        if (TakeFaultLocked({FaultDropOnWrite}))
+            nResult = CodeLinkLost;
+        else if (TakeFaultLocked({FaultFlashError}))
+            nResult = CodeFlashError;
+        else
+            m_params = CSimLimits::Limit(*pParams, m_params, &m_nLastLimited);
+        SaveLocked();
+    }
+    if (nResult == CodeLinkLost)
+        emit StateChanged();
+    return nResult;
 }
 
 int CSimController::ReadFactoryParams(FactoryParams* pParams)
 {
+    if (StayedSilent())
+        return CodeNoAnswer;
+    int nResult = 0;
+    {
+        QMutexLocker locker(&m_mutex);
+        if (!m_bConnected)
+            return CodeNotConnected;
+        if (m_bMainboardIncomplete)
+            return CodeFirmwareIncomplete;
+        if (!pParams)
+            return CodeBadJob;
+        if (TakeFaultLocked({FaultDropOnRead})) {
+            nResult = CodeLinkLost;
+            SaveLocked();
+        } else {
+            std::memcpy(static_cast<void*>(pParams), &m_params, sizeof(FactoryParams));
+            // A bit lost on the line: X's maximum speed arrives garbled.
+            if (TakeFaultLocked({FaultCorruptRead})) {
+                pParams->motor[0].speedMax += 1024.0;
+                SaveLocked();
+            }
+        }
+    }
+    if (nResult == CodeLinkLost)
+        emit StateChanged();
+    return nResult;
+}
+
+void CSimController::ArmFault(Fault fault)
+{
+    {
+        QMutexLocker locker(&m_mutex);
+        m_fault = fault;
+        SaveLocked();
+    }
+    emit StateChanged();
+}
+
+CSimController::Fault CSimController::ArmedFault() const
+{
     QMutexLocker locker(&m_mutex);
-    if (!m_bConnected)
-        return CodeNotConnected;
-    if (!pParams)
-        return CodeBadJob;
-    std::memcpy(static_cast<void*>(pParams), &m_params, sizeof(FactoryParams));
-    return 0;
+    return m_fault;
+}
+
+void CSimController::SetNoAnswerDuration(int nMilliseconds)
+{
+    QMutexLocker locker(&m_mutex);
+    m_nNoAnswerDuration = qMax(0, nMilliseconds);
+}
+
+namespace {
+const QList<QPair<CSimController::Fault, const char*>> kFaultNames{
+    {CSimController::FaultDropOnWrite, "drop-write"},   {CSimController::FaultDropOnRead, "drop-read"},
+    {CSimController::FaultDropOnUpgrade, "drop-upgrade"}, {CSimController::FaultDropOnCut, "drop-cut"},
+    {CSimController::FaultFlashError, "flash-error"},   {CSimController::FaultCorruptRead, "corrupt-read"},
+    {CSimController::FaultNoAnswer, "no-answer"}};
+}
+
+QString CSimController::FaultName(Fault fault)
+{
+    for (const auto& entry : kFaultNames)
+        if (entry.first == fault)
+            return QString::fromLatin1(entry.second);
+    return QString();
+}
+
+CSimController::Fault CSimController::FaultFromName(const QString& strName)
+{
+    for (const auto& entry : kFaultNames)
+        if (strName == QLatin1String(entry.second))
+            return entry.first;
+    return FaultNone;
+}
+
+bool CSimController::TakeFaultLocked(std::initializer_list<Fault> kinds)
+{
+    for (Fault kind : kinds) {
+        if (m_fault != kind)
+            continue;
+        m_fault = FaultNone;
+        if (kind == FaultDropOnWrite || kind == FaultDropOnRead || kind == FaultDropOnUpgrade || kind == FaultDropOnCut)
+            DropLinkLocked();
+        return true;
+    }
+    return false;
+}
+
+void CSimController::DropLinkLocked()
+{
+    m_nWorkSeconds = WorkSecondsLocked();
+    m_bConnected = false;
+    m_connectedFor.restart();
+}
+
+bool CSimController::StayedSilent()
+{
+    int nSilence = 0;
+    {
+        QMutexLocker locker(&m_mutex);
+        if (m_fault != FaultNoAnswer || !m_bConnected)
+            return false;
+        m_fault = FaultNone;
+        SaveLocked();
+        nSilence = m_nNoAnswerDuration;
+    }
+    // Nothing comes back until the host gives up waiting.
+    if (nSilence > 0)
+        QThread::msleep(static_cast<unsigned long>(nSilence));
+    return true;
 }
 
 int CSimController::GetState()
@@ -178,7 +301,15 @@ int CSimController::CallFunction(const char* szName, const QVariant& arg)
 {
     if (!IsConnected())
         return CodeNotConnected;
+    if (StayedSilent())
+        return CodeNoAnswer;
     const QByteArray name(szName ? szName : "");
+    {
+        // An incomplete mainboard firmware does nothing but take a new one.
+        QMutexLocker locker(&m_mutex);
+        if (m_bMainboardIncomplete && name != "CardUpgrade")
+            return CodeFirmwareIncomplete;
+    }
     if (name == "BacklashAdjust")
         return Cut(arg);
     if (name == "CardUpgrade")
@@ -204,6 +335,8 @@ int CSimController::QueryFunction(const char* szName, QVariant& inOut)
 {
     if (!IsConnected())
         return CodeNotConnected;
+    if (StayedSilent())
+        return CodeNoAnswer;
     const QByteArray name(szName ? szName : "");
     if (name == "GetCardInfo") {
         auto* pInfo = static_cast<CardInfo*>(inOut.value<void*>());
@@ -254,8 +387,18 @@ int CSimController::Upgrade(const QVariant& arg, const QStringList& extensions, 
     int nRestart = 0;
     {
         QMutexLocker locker(&m_mutex);
-        (bMainboard ? m_strFirmware : m_strPanel) = strVersion;
         m_bRunning = false;
+        // Cut off half-way: the board holds part of an image and takes
+        // nothing but a new upgrade.
+        if (TakeFaultLocked({FaultDropOnUpgrade})) {
+            (bMainboard ? m_bMainboardIncomplete : m_bPanelIncomplete) = true;
+            SaveLocked();
+            locker.unlock();
+            emit StateChanged();
+            return CodeLinkLost;
+        }
+        (bMainboard ? m_strFirmware : m_strPanel) = strVersion;
+        (bMainboard ? m_bMainboardIncomplete : m_bPanelIncomplete) = false;
         // A new mainboard firmware starts itself: the controller is gone from
         // the line for a moment and comes back with the new version.
         if (bMainboard) {
@@ -323,6 +466,16 @@ int CSimController::Cut(const QVariant& arg)
     emit StateChanged();
     if (nDuration > 0)
         QThread::msleep(static_cast<unsigned long>(nDuration));
+    {
+        QMutexLocker locker(&m_mutex);
+        if (TakeFaultLocked({FaultDropOnCut})) {
+            m_bRunning = false;
+            SaveLocked();
+            locker.unlock();
+            emit StateChanged();
+            return CodeLinkLost;
+        }
+    }
 
     const QSizeF cut(bounds.width() * dScaleX, bounds.height() * dScaleY);
     const QPointF travel = job.Travel();
@@ -429,8 +582,10 @@ CardInfo CSimController::Info() const
     info.totalJobTime = ToCounter(double(m_nJobSeconds));
     info.totalXMove = ToCounter(m_dTravelX + 0.5);
     info.totalYMove = ToCounter(m_dTravelY + 0.5);
-    CopyText(info.firmwareVersion, sizeof(info.firmwareVersion), m_strFirmware);
-    CopyText(info.panelVersion, sizeof(info.panelVersion), m_strPanel);
+    CopyText(info.firmwareVersion, sizeof(info.firmwareVersion),
+             m_bMainboardIncomplete ? QStringLiteral("%1 (incomplete)").arg(m_strFirmware) : m_strFirmware);
+    CopyText(info.panelVersion, sizeof(info.panelVersion),
+             m_bPanelIncomplete ? QStringLiteral("%1 (incomplete)").arg(m_strPanel) : m_strPanel);
     return info;
 }
 

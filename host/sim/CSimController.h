@@ -12,6 +12,8 @@
 #include <QSizeF>
 #include <QString>
 
+#include <initializer_list>
+
 // A motion-control card and the machine behind it, in software. It is the
 // host's device, its current card and the card's task state at once.
 //
@@ -42,7 +44,24 @@ public:
         CodeBadChecksum = 2009,       // the firmware image is damaged (CRC-32 differs)
         CodeUnreadable = 2010,        // the file cannot be read
         CodeNoPower = 2011,           // the job's laser power is 0 %: nothing would be cut
-        CodeOutsideWorkArea = 2012    // the job does not fit the work area the axes' travel gives
+        CodeOutsideWorkArea = 2012,   // the job does not fit the work area the axes' travel gives
+        CodeLinkLost = 2013,          // the link dropped during the operation
+        CodeFlashError = 2014,        // the controller could not write its flash
+        CodeFirmwareIncomplete = 2015,// an upgrade was cut off: the board needs it again
+        CodeNoAnswer = 2016           // the controller did not answer in time
+    };
+
+    // Faults to make happen, each once, on the next operation it concerns.
+    enum Fault
+    {
+        FaultNone,
+        FaultDropOnWrite,     // the link drops while parameters are written (nothing is stored)
+        FaultDropOnRead,      // the link drops while parameters are read
+        FaultDropOnUpgrade,   // the link drops during an upgrade: the board's firmware is left incomplete
+        FaultDropOnCut,       // the link drops during a cut
+        FaultFlashError,      // a parameter write fails to reach the flash (nothing is stored)
+        FaultCorruptRead,     // a parameter read returns one value garbled
+        FaultNoAnswer         // the controller stays silent for a while, and the operation times out
     };
 
     explicit CSimController(const QString& strFlashPath, QObject* parent = nullptr);
@@ -75,6 +94,15 @@ public:
     void SetTaskDuration(int nMilliseconds);
     // How long the controller is away while a new mainboard firmware starts.
     void SetRestartDuration(int nMilliseconds);
+    // Arms a fault for the next operation it concerns; FaultNone disarms.
+    // The flash file's key CONTROLLER/FAULT (a name from FaultName) arms one
+    // at start.
+    void ArmFault(Fault fault);
+    Fault ArmedFault() const;
+    static QString FaultName(Fault fault);
+    static Fault FaultFromName(const QString& strName);
+    // How long the controller stays silent before an operation times out.
+    void SetNoAnswerDuration(int nMilliseconds);
     // The machine's true travel per motor pulse on X and Y.
     void SetTrueSteps(double dX, double dY);
 
@@ -95,6 +123,12 @@ signals:
 
 private:
     int Upgrade(const QVariant& arg, const QStringList& extensions, bool bMainboard);
+    // Fires the armed fault if it is one of kinds: true, with the link
+    // dropped where the fault says so.
+    bool TakeFaultLocked(std::initializer_list<Fault> kinds);
+    // The silence of FaultNoAnswer, if it is armed: true when it was.
+    bool StayedSilent();
+    void DropLinkLocked();
     int Cut(const QVariant& arg);
     void Load();
     void SaveLocked();
@@ -111,6 +145,10 @@ private:
     int m_nCardType = 8;
     int m_nTaskDuration = 2000;
     int m_nRestartDuration = 1500;
+    int m_nNoAnswerDuration = 3000;
+    Fault m_fault = FaultNone;
+    bool m_bMainboardIncomplete = false;
+    bool m_bPanelIncomplete = false;
     qint64 m_nWorkSeconds = 0;        // before the current connection
     QElapsedTimer m_connectedFor;
     qint64 m_nJobSeconds = 0;

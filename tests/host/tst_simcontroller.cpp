@@ -59,6 +59,9 @@ private slots:
     void upgradeChangesTheVersion();
     void aMainboardUpgradeRestartsTheController();
     void busyWhileAnUpgradeRuns();
+    void faultsHappenOnceOnTheirOperation();
+    void aDroppedUpgradeIsRepairedByASecondOne();
+    void aFaultArmedInTheFlashFileHappens();
     void calibrationConvergesInOneCorrection();
     void patternConverterMakesAJob();
 
@@ -513,6 +516,103 @@ void TestSimController::busyWhileAnUpgradeRuns()
     QVERIFY(worker.Wait(10000));
     QCOMPARE(nResult.load(), 0);
     QCOMPARE(pSim->IsBusy(), 0);
+}
+
+void TestSimController::faultsHappenOnceOnTheirOperation()
+{
+    auto pSim = Make();
+    pSim->SetNoAnswerDuration(50);
+    FactoryParams held;
+    held.motor[0].speedMax = 900.0;
+    QCOMPARE(pSim->WriteFactoryParams(&held), 0);
+    FactoryParams sent = held;
+    sent.motor[0].speedMax = 700.0;
+
+    // A read does not set off a write's fault; the write does, once, and keeps nothing.
+    pSim->ArmFault(CSimController::FaultDropOnWrite);
+    FactoryParams back;
+    QCOMPARE(pSim->ReadFactoryParams(&back), 0);
+    QCOMPARE(pSim->WriteFactoryParams(&sent), int(CSimController::CodeLinkLost));
+    QVERIFY(!pSim->IsConnected());
+    QCOMPARE(pSim->ArmedFault(), CSimController::FaultNone);
+    pSim->SetConnected(true);
+    QCOMPARE(pSim->StoredParams().motor[0].speedMax, 900.0);
+
+    pSim->ArmFault(CSimController::FaultFlashError);
+    QCOMPARE(pSim->WriteFactoryParams(&sent), int(CSimController::CodeFlashError));
+    QVERIFY(pSim->IsConnected());
+    QCOMPARE(pSim->StoredParams().motor[0].speedMax, 900.0);
+    QCOMPARE(pSim->WriteFactoryParams(&sent), 0);   // once only
+    QCOMPARE(pSim->StoredParams().motor[0].speedMax, 700.0);
+
+    pSim->ArmFault(CSimController::FaultDropOnRead);
+    QCOMPARE(pSim->ReadFactoryParams(&back), int(CSimController::CodeLinkLost));
+    QVERIFY(!pSim->IsConnected());
+    pSim->SetConnected(true);
+
+    pSim->ArmFault(CSimController::FaultCorruptRead);
+    QCOMPARE(pSim->ReadFactoryParams(&back), 0);
+    QVERIFY(back.motor[0].speedMax != 700.0);
+    QCOMPARE(pSim->ReadFactoryParams(&back), 0);
+    QCOMPARE(back.motor[0].speedMax, 700.0);
+
+    pSim->ArmFault(CSimController::FaultNoAnswer);
+    QVariant info;
+    QCOMPARE(pSim->QueryFunction("CurrentCardType", info), int(CSimController::CodeNoAnswer));
+    QCOMPARE(pSim->QueryFunction("CurrentCardType", info), 0);
+
+    const QString strJob = m_pDir->path() + "/job.tl";
+    CPatternConverter::ConvertPattern(m_strPattern.toUtf8().constData(), strJob.toUtf8().constData(), 10.0);
+    pSim->ArmFault(CSimController::FaultDropOnCut);
+    QSignalSpy cut(pSim.get(), &CSimController::JobCut);
+    QCOMPARE(pSim->CallFunction("BacklashAdjust", QVariant(strJob)), int(CSimController::CodeLinkLost));
+    QCOMPARE(cut.count(), 0);
+    QCOMPARE(pSim->Info().totalXMove, 0);
+    QCOMPARE(pSim->IsBusy(), 0);
+    pSim->SetConnected(true);
+    QCOMPARE(pSim->CallFunction("BacklashAdjust", QVariant(strJob)), 0);
+}
+
+void TestSimController::aDroppedUpgradeIsRepairedByASecondOne()
+{
+    auto pSim = Make();
+    pSim->SetRestartDuration(0);
+    const QString strBoard = m_pDir->path() + "/main.upd";
+    WriteFile(strBoard, Mainboard("QV-MB 5.0.0"));
+    pSim->ArmFault(CSimController::FaultDropOnUpgrade);
+    QCOMPARE(pSim->CallFunction("CardUpgrade", QVariant(strBoard)), int(CSimController::CodeLinkLost));
+    QVERIFY(!pSim->IsConnected());
+    pSim->SetConnected(true);
+    // Half an image: the board says so and does nothing but take a new one, even after a restart.
+    QCOMPARE(QByteArray(pSim->Info().firmwareVersion), QByteArray("QV-MB 3.2.0 (incomplete)"));
+    FactoryParams params;
+    QCOMPARE(pSim->ReadFactoryParams(&params), int(CSimController::CodeFirmwareIncomplete));
+    QCOMPARE(pSim->WriteFactoryParams(&params), int(CSimController::CodeFirmwareIncomplete));
+    QCOMPARE(pSim->CallFunction("ClearCardInfo", QVariant()), int(CSimController::CodeFirmwareIncomplete));
+    pSim.reset();
+    pSim = Make();
+    pSim->SetRestartDuration(0);
+    QCOMPARE(pSim->ReadFactoryParams(&params), int(CSimController::CodeFirmwareIncomplete));
+    QCOMPARE(pSim->CallFunction("CardUpgrade", QVariant(strBoard)), 0);
+    QTRY_VERIFY(pSim->IsConnected());
+    QCOMPARE(QByteArray(pSim->Info().firmwareVersion), QByteArray("QV-MB 5.0.0"));
+    QCOMPARE(pSim->ReadFactoryParams(&params), 0);
+}
+
+void TestSimController::aFaultArmedInTheFlashFileHappens()
+{
+    QDir().mkpath(QFileInfo(m_strFlash).absolutePath());
+    WriteFile(m_strFlash, "[CONTROLLER]\nFAULT=flash-error\n");
+    auto pSim = Make();
+    QCOMPARE(pSim->ArmedFault(), CSimController::FaultFlashError);
+    FactoryParams params;
+    QCOMPARE(pSim->WriteFactoryParams(&params), int(CSimController::CodeFlashError));
+    for (CSimController::Fault fault :
+         {CSimController::FaultDropOnWrite, CSimController::FaultDropOnRead, CSimController::FaultDropOnUpgrade,
+          CSimController::FaultDropOnCut, CSimController::FaultFlashError, CSimController::FaultCorruptRead,
+          CSimController::FaultNoAnswer})
+        QCOMPARE(CSimController::FaultFromName(CSimController::FaultName(fault)), fault);
+    QCOMPARE(CSimController::FaultFromName("no such fault"), CSimController::FaultNone);
 }
 
 void TestSimController::calibrationConvergesInOneCorrection()
