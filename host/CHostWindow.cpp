@@ -25,6 +25,8 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include <cstring>
+
 namespace {
 QString Wording(const char* szText)
 {
@@ -313,17 +315,34 @@ void CHostWindow::CloseSettings()
 void CHostWindow::ReadFromController()
 {
     IFactoryMgr* pMgr = Mgr();
+    FactoryParams before;
+    pMgr->GetFactoryParams(&before);
     const int nResult = pMgr->ReadParamsFromDevice();
     if (nResult != 0) {
         m_notifier.ShowErrorCode(nResult, 0);
+        Report(Wording("Nothing was read: %1").arg(CHostNotifier::Describe(nResult)));
+        return;
+    }
+    // The controller answers a second time, and the two answers must agree:
+    // a value garbled on the line would otherwise go into the dialog and the
+    // parameter file (which the plug-in writes on every read) as if it were true.
+    FactoryParams read;
+    pMgr->GetFactoryParams(&read);
+    FactoryParams again;
+    const int nAgain = m_pSim->ReadFactoryParams(&again);
+    if (nAgain != 0 || std::memcmp(&read, &again, sizeof(FactoryParams)) != 0) {
+        pMgr->SetFactoryParams(&before);
+        if (nAgain != 0)
+            m_notifier.ShowErrorCode(nAgain, 0);
+        Report(nAgain != 0 ? Wording("Nothing was read: %1").arg(CHostNotifier::Describe(nAgain))
+                           : Wording("Nothing was read: the controller's answers did not agree, so a value was "
+                                     "garbled on the way. Read again."));
         return;
     }
     // What the controller holds replaces any correction not yet uploaded.
     m_bStepsPending = false;
     // Into the open dialog, and into the parameter file.
-    FactoryParams params;
-    pMgr->GetFactoryParams(&params);
-    pMgr->SetFactoryParams(&params);
+    pMgr->SetFactoryParams(&read);
     if (m_pDialog)
         QMetaObject::invokeMethod(m_pDialog, "DataToCtrlSlot", Q_ARG(bool, true));
     Report(Wording("The parameters were read from the controller."));
@@ -345,10 +364,24 @@ void CHostWindow::UploadToController()
     const bool bKept = pMgr->CheckDeviceParams(&nFlags);
     FactoryParams putBack;
     pMgr->GetFactoryParams(&putBack);
+    // What the controller kept, read by the host itself: it tells the report
+    // the kept values, and whether the check could read back at all.
     FactoryParams kept;
-    const QStringList lines = m_pSim->ReadFactoryParams(&kept) == 0
-                                  ? CUploadReport::PutBackLines(sent, kept, putBack)
-                                  : QStringList();
+    const int nKept = m_pSim->ReadFactoryParams(&kept);
+    if (nKept != 0) {
+        m_notifier.ShowErrorCode(nKept, 0);
+        Report(Wording("The values were sent, but what the controller kept could not be read back: %1 "
+                       "Nothing was saved.")
+                   .arg(CHostNotifier::Describe(nKept)));
+        return;
+    }
+    const QStringList lines = CUploadReport::PutBackLines(sent, kept, putBack);
+    // The check saw values the controller holds as sent: its reading was garbled.
+    if (nFlags != 0 && lines.isEmpty()) {
+        Report(Wording("The controller's answers did not agree, so the check cannot tell what it kept. Nothing "
+                       "was saved. Upload again."));
+        return;
+    }
     Report(CUploadReport::Text(bKept, nFlags, lines, Save(true)));
 }
 

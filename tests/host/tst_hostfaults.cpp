@@ -1,0 +1,264 @@
+#include "TestMain.h"
+
+#include "CHostNotifier.h"
+#include "CHostWindow.h"
+#include "CSettingsWindow.h"
+#include "CSimController.h"
+
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QTabWidget>
+
+#include <cstring>
+#include <functional>
+
+// Every fault the simulated controller can have, against every operation the
+// person can start, through the reference host: a fault either concerns the
+// operation, and the person is told plainly and nothing passes for done, or
+// it does not, and the operation goes through and leaves the fault armed.
+// Reconnecting (Device > Connected) recovers in every case.
+namespace {
+enum Op
+{
+    OpRead,
+    OpUpload,
+    OpSave,
+    OpClearCounters,
+    OpMainboardUpgrade,
+    OpPanelUpgrade,
+    OpCut
+};
+const char* const kOpNames[] = {"read", "upload with check", "save", "clear counters", "mainboard upgrade",
+                                "panel upgrade", "cut"};
+const CSimController::Fault kFaults[] = {
+    CSimController::FaultDropOnWrite, CSimController::FaultDropOnRead, CSimController::FaultDropOnUpgrade,
+    CSimController::FaultDropOnCut,   CSimController::FaultFlashError, CSimController::FaultCorruptRead,
+    CSimController::FaultNoAnswer};
+
+bool Concerns(CSimController::Fault fault, Op op)
+{
+    switch (fault) {
+    case CSimController::FaultDropOnWrite:
+    case CSimController::FaultFlashError: return op == OpUpload;
+    case CSimController::FaultDropOnRead:
+    case CSimController::FaultCorruptRead: return op == OpRead || op == OpUpload;
+    case CSimController::FaultDropOnUpgrade: return op == OpMainboardUpgrade || op == OpPanelUpgrade;
+    case CSimController::FaultDropOnCut: return op == OpCut;
+    case CSimController::FaultNoAnswer: return op != OpSave;
+    default: return false;
+    }
+}
+
+QString ParameterFile()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
+        + "/Quorvane/Resources/Data/FactoryParam.ini";
+}
+
+// The parameter file but for its time stamp.
+QByteArray FileContent()
+{
+    QFile file(ParameterFile());
+    if (!file.open(QIODevice::ReadOnly))
+        return QByteArray();
+    QByteArray content;
+    while (!file.atEnd()) {
+        const QByteArray line = file.readLine();
+        if (!line.startsWith("CREATE_TIME"))
+            content += line;
+    }
+    return content;
+}
+
+// Answers message boxes (first button) and file dialogs (with a file), and
+// keeps what they said; the wizard and progress dialogs are left alone.
+class Answers : public QObject
+{
+public:
+    explicit Answers(const QString& strFile = QString())
+        : m_strFile(strFile)
+    {
+        connect(&m_timer, &QTimer::timeout, this, [this] {
+            QWidget* pModal = QApplication::activeModalWidget();
+            if (auto* pBox = qobject_cast<QMessageBox*>(pModal); pBox && pBox->isVisible()) {
+                m_seen << pBox->windowTitle() + ": " + pBox->text();
+                pBox->buttons().first()->click();
+            } else if (auto* pFiles = qobject_cast<QFileDialog*>(pModal); pFiles && pFiles->isVisible()) {
+                pFiles->selectFile(m_strFile);
+                static_cast<QDialog*>(pFiles)->accept();
+            }
+        });
+        m_timer.start(10);
+    }
+    QStringList Seen() const { return m_seen; }
+
+private:
+    QTimer m_timer;
+    QString m_strFile;
+    QStringList m_seen;
+};
+}
+
+class TestHostFaults : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void everyFaultAgainstEveryOperation_data();
+    void everyFaultAgainstEveryOperation();
+
+private:
+    // Readies what the operation needs (the settings, the System page) before any fault is armed.
+    void Prepare(CHostWindow& host, Op op);
+    // Runs the operation; true when it went through. pSeen gets what the person was told.
+    bool Run(CHostWindow& host, Op op, QStringList* pSeen);
+};
+
+void TestHostFaults::init()
+{
+    QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + "/Quorvane").removeRecursively();
+}
+
+void TestHostFaults::Prepare(CHostWindow& host, Op op)
+{
+    if (!host.SettingsWindow())
+        host.OpenSettings();
+    auto* pTabs = host.SettingsWindow()->Dialog()->findChild<QTabWidget*>("tabWidget");
+    pTabs->setCurrentWidget(pTabs->findChild<QWidget*>(op == OpClearCounters || op == OpMainboardUpgrade
+                                                               || op == OpPanelUpgrade
+                                                           ? "tab_2"
+                                                           : "tab"));
+}
+
+bool TestHostFaults::Run(CHostWindow& host, Op op, QStringList* pSeen)
+{
+    QSignalSpy reported(&host, &CHostWindow::Reported);
+    const QString strFirmware = QCoreApplication::applicationDirPath() + "/../Resources/Data/Firmware/"
+        + (op == OpMainboardUpgrade ? "QV-MB-3.3.0.upd" : "QV-PN-1.5.0.hmt");
+    Answers answers(strFirmware);
+    QDialog* pDialog = host.SettingsWindow()->Dialog();
+    const int nShownBefore = int(host.Notifier().Shown().size());
+    QSignalSpy cut(host.Simulator(), &CSimController::JobCut);
+    bool bOk = false;
+    switch (op) {
+    case OpRead:
+        host.ReadFromController();
+        bOk = reported.last().first().toString() == "The parameters were read from the controller.";
+        break;
+    case OpUpload:
+        host.UploadToController();
+        bOk = reported.last().first().toString().startsWith("The controller kept every value.\nThe parameters are saved.");
+        break;
+    case OpSave:
+        host.SaveParameters();
+        bOk = reported.last().first().toString() == "The parameters are saved.";
+        break;
+    case OpClearCounters:
+        pDialog->findChild<QPushButton*>("pushButton_clear")->click();
+        bOk = host.Notifier().Shown().size() == nShownBefore && host.Simulator()->Info().totalXMove == 0;
+        break;
+    case OpMainboardUpgrade:
+    case OpPanelUpgrade:
+        pDialog->findChild<QPushButton*>(op == OpMainboardUpgrade ? "pushButton_mainboardUpgrade"
+                                                                  : "pushButton_panelUpgrade")
+            ->click();
+        bOk = answers.Seen().contains(": Import successfully");
+        break;
+    case OpCut: {
+        QTimer poll;
+        connect(&poll, &QTimer::timeout, this, [&] {
+            QWidget* pWizard = QApplication::activeModalWidget();
+            if (!pWizard || pWizard->objectName() != "CDlgCalibrateXyStep" || !pWizard->isVisible())
+                return;
+            poll.stop();
+            pWizard->findChild<QPushButton*>("pushButton_cutting")->click();
+            pWizard->close();
+        });
+        poll.start(10);
+        host.CalibrateXyStep();
+        bOk = host.Notifier().Shown().size() == nShownBefore && cut.count() == 1;
+        break;
+    }
+    }
+    QStringList seen = answers.Seen();
+    for (const QList<QVariant>& report : reported)
+        seen << report.first().toString();
+    for (int i = nShownBefore; i < host.Notifier().Shown().size(); ++i)
+        seen << CHostNotifier::Describe(host.Notifier().Shown()[i]);
+    *pSeen = seen;
+    return bOk;
+}
+
+void TestHostFaults::everyFaultAgainstEveryOperation_data()
+{
+    QTest::addColumn<int>("nFault");
+    QTest::addColumn<int>("nOp");
+    for (CSimController::Fault fault : kFaults)
+        for (int nOp = OpRead; nOp <= OpCut; ++nOp)
+            QTest::addRow("%s, %s", qPrintable(CSimController::FaultName(fault)), kOpNames[nOp]) << int(fault) << nOp;
+}
+
+void TestHostFaults::everyFaultAgainstEveryOperation()
+{
+    QFETCH(int, nFault);
+    QFETCH(int, nOp);
+    const auto fault = CSimController::Fault(nFault);
+    const Op op = Op(nOp);
+    CHostWindow host;
+    QVERIFY(host.Start());
+    CSimController* pSim = host.Simulator();
+    pSim->SetTaskDuration(0);
+    pSim->SetRestartDuration(0);
+    pSim->SetNoAnswerDuration(50);
+    // A machine in use: its parameters uploaded and saved, a job cut.
+    Prepare(host, OpUpload);
+    {
+        QStringList seen;
+        QVERIFY(Run(host, OpUpload, &seen));
+        QVERIFY2(Run(host, OpCut, &seen), qPrintable(seen.join(" | ")));
+    }
+    Prepare(host, op);
+    const QByteArray fileBefore = FileContent();
+    const FactoryParams heldBefore = pSim->StoredParams();
+    const CardInfo infoBefore = pSim->Info();
+
+    pSim->ArmFault(fault);
+    QStringList seen;
+    const bool bOk = Run(host, op, &seen);
+    const QString strSeen = seen.join(" | ");
+    if (!Concerns(fault, op)) {
+        QVERIFY2(bOk, qPrintable(strSeen));
+        QCOMPARE(pSim->ArmedFault(), fault);   // still waiting for its operation
+        return;
+    }
+    // Told plainly, and nothing passes for done.
+    QVERIFY2(!bOk, qPrintable(strSeen));
+    QVERIFY2(!seen.isEmpty(), "the person was told nothing");
+    for (const QString& strText : seen) {
+        QVERIFY2(!strText.contains("saved.") || strText.contains("Nothing was saved."), qPrintable(strSeen));
+        QVERIFY2(!strText.contains("Import successfully") && !strText.contains("were read from"), qPrintable(strSeen));
+    }
+    QVERIFY2(strSeen.contains("lost") || strSeen.contains("did not answer") || strSeen.contains("did not agree")
+                 || strSeen.contains("could not store") || strSeen.contains("could not be read back")
+                 || strSeen.contains("Import failed"),
+             qPrintable(strSeen));
+    QCOMPARE(pSim->ArmedFault(), CSimController::FaultNone);
+    // The parameter file and the controller's parameters are as they were.
+    QCOMPARE(FileContent(), fileBefore);
+    const FactoryParams heldAfter = pSim->StoredParams();
+    QCOMPARE(std::memcmp(&heldAfter, &heldBefore, sizeof(FactoryParams)), 0);
+    if (op == OpClearCounters || op == OpCut)
+        QCOMPARE(pSim->Info().totalXMove, infoBefore.totalXMove);
+
+    // Reconnecting recovers: the same operation goes through (a cut-off
+    // upgrade is repaired by the next one).
+    pSim->SetConnected(true);
+    QStringList again;
+    QVERIFY2(Run(host, op, &again), qPrintable(again.join(" | ")));
+}
+
+FACTORYMGR_TEST_MAIN(TestHostFaults)
+#include "tst_hostfaults.moc"
