@@ -1,5 +1,7 @@
 #include "CHostWindow.h"
 
+#include "CActivityPanel.h"
+#include "CDeviceRecorder.h"
 #include "CHostPaths.h"
 #include "CPatternConverter.h"
 #include "CSettingsWindow.h"
@@ -53,6 +55,10 @@ CHostWindow::CHostWindow(QWidget* parent)
     m_pSim = new CSimController(UserDataDirectory() + "/Sim/controller.ini", this);
     connect(m_pSim, &CSimController::StateChanged, this, &CHostWindow::RefreshStatus, Qt::QueuedConnection);
     connect(m_pSim, &CSimController::JobCut, this, &CHostWindow::OnJobCut, Qt::QueuedConnection);
+    m_pRecorder = new CDeviceRecorder(m_pSim, this);
+    m_pActivity = new CActivityPanel(this);
+    addDockWidget(Qt::BottomDockWidgetArea, m_pActivity);
+    connect(m_pRecorder, &CDeviceRecorder::Called, m_pActivity, &CActivityPanel::AddDeviceCall, Qt::DirectConnection);
 
     auto* pCentral = new QWidget(this);
     pCentral->setObjectName(QStringLiteral("homePage"));
@@ -81,7 +87,7 @@ CHostWindow::CHostWindow(QWidget* parent)
     m_nUnit = host.value("HOST/UNIT", 1).toInt();
     CTranslator::GetInstance()->SetLanguage(host.value("HOST/LANGUAGE", "en").toString());
     RetranslateUi();
-    resize(640, 420);
+    resize(900, 640);
 }
 
 CHostWindow::~CHostWindow()
@@ -101,7 +107,7 @@ bool CHostWindow::Start(const QString& strPlugin)
         return false;
     }
     IFactoryMgr* pMgr = m_plugin.Mgr();
-    pMgr->Init(m_pSim, &m_notifier);
+    pMgr->Init(m_pRecorder, &m_notifier);
     pMgr->SetUnit(m_nUnit);
     pMgr->SetFactoryFlag(true);
     // The wizard, made by Init, hands its ratios to the plug-in's settings
@@ -164,6 +170,9 @@ void CHostWindow::BuildMenus()
     addAction(pTools, "Calibrate XY Step...", "action_calibrate", &CHostWindow::CalibrateXyStep);
 
     QMenu* pView = addMenu(nullptr, "&View", "menu_view");
+    QAction* pActivity = m_pActivity->toggleViewAction();
+    pActivity->setObjectName(QStringLiteral("action_activity"));
+    pView->addAction(pActivity);
     QMenu* pUnits = addMenu(pView, "Display Unit", "menu_units");
     auto* pUnitGroup = new QActionGroup(this);
     m_pMillimetres = addAction(pUnits, "Millimetres", "action_millimetres", [this] { SetUnit(1); });
@@ -265,6 +274,7 @@ void CHostWindow::RefreshStatus()
 void CHostWindow::Report(const QString& strText)
 {
     m_pReport->setText(strText);
+    m_pActivity->AddReport(strText);
     emit Reported(strText);
 }
 

@@ -6,6 +6,8 @@
 #include <QMainWindow>
 #include <QPointer>
 
+class CActivityPanel;
+class CDeviceRecorder;
 class CSettingsWindow;
 class CSimController;
 class QAction;
@@ -34,6 +36,7 @@ public:
     bool SaveScreenshots(const QString& strDir);
 
     CSimController* Simulator() const;
+    CActivityPanel* Activity() const { return m_pActivity; }
     IFactoryMgr* Mgr() const;
     CSettingsWindow* SettingsWindow() const;
     const CHostNotifier& Notifier() const;
@@ -84,6 +87,10 @@ private:
 
     CPluginHost m_plugin;
     CSimController* m_pSim = nullptr;
+    // What the plug-in is handed as device, card and task state: the
+    // simulator, each call recorded for the activity panel.
+    CDeviceRecorder* m_pRecorder = nullptr;
+    CActivityPanel* m_pActivity = nullptr;
     CHostNotifier m_notifier;
     QPointer<CSettingsWindow> m_pSettings;
     QPointer<QDialog> m_pDialog;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include <QFile>
 #include <QMutex>
 #include <QString>
@@ -23,6 +25,9 @@ public:
     void SetMaxFileSize(qint64 nBytes);
     void SetKeptFiles(int nCount);
     QString FilePath() const;
+    // Called with every line as it is written (from whatever thread wrote
+    // it, in order); an empty function stops it.
+    void SetListener(std::function<void(const QByteArray& line)> listener);
 
 private:
     QString FilePathLocked() const;
@@ -34,4 +39,5 @@ private:
     qint64 m_nMaxFileSize = 2 * 1024 * 1024;
     int m_nKeptFiles = 3;
     bool m_bToStderr = false;
+    std::function<void(const QByteArray& line)> m_listener;
 };

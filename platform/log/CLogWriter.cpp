@@ -29,6 +29,12 @@ void CLogWriter::SetDirectory(const QString& strDir)
     m_strDir = strDir;
 }
 
+void CLogWriter::SetListener(std::function<void(const QByteArray& line)> listener)
+{
+    QMutexLocker locker(&m_mutex);
+    m_listener = std::move(listener);
+}
+
 void CLogWriter::SetMaxFileSize(qint64 nBytes)
 {
     QMutexLocker locker(&m_mutex);
@@ -76,6 +82,8 @@ void CLogWriter::Write(int nLevel, const QByteArray& text)
         line += '\n';
 
     QMutexLocker locker(&m_mutex);
+    if (m_listener)
+        m_listener(line.trimmed());
     if (m_bToStderr) {
         std::fwrite(line.constData(), 1, size_t(line.size()), stderr);
         std::fflush(stderr);

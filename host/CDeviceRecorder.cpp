@@ -1,0 +1,73 @@
+#include "CDeviceRecorder.h"
+
+#include <QElapsedTimer>
+#include <QVariant>
+
+CDeviceRecorder::CDeviceRecorder(IDevice* pDevice, QObject* parent)
+    : QObject(parent)
+    , m_pDevice(pDevice)
+{
+}
+
+template <typename Fn>
+int CDeviceRecorder::Record(const QString& strOperation, const QString& strArgument, Fn call)
+{
+    QElapsedTimer timer;
+    timer.start();
+    const int nResult = call();
+    emit Called(strOperation, strArgument, nResult, timer.nsecsElapsed() / 1000);
+    return nResult;
+}
+
+ICard* CDeviceRecorder::GetCurrentCard()
+{
+    ICard* pCard = nullptr;
+    Record("GetCurrentCard", QString(), [&] {
+        pCard = m_pDevice->GetCurrentCard();
+        return pCard ? 1 : 0;
+    });
+    // The plug-in talks to the card through this object too.
+    return pCard ? static_cast<ICard*>(this) : nullptr;
+}
+
+int CDeviceRecorder::WriteFactoryParams(FactoryParams* pParams)
+{
+    return Record("WriteFactoryParams", QString(), [&] { return m_pDevice->WriteFactoryParams(pParams); });
+}
+
+int CDeviceRecorder::ReadFactoryParams(FactoryParams* pParams)
+{
+    return Record("ReadFactoryParams", QString(), [&] { return m_pDevice->ReadFactoryParams(pParams); });
+}
+
+int CDeviceRecorder::GetState()
+{
+    ICard* pCard = m_pDevice->GetCurrentCard();
+    return Record("GetState", QString(), [&] { return pCard ? pCard->GetState() : 0; });
+}
+
+ITaskState* CDeviceRecorder::GetTaskState()
+{
+    return this;
+}
+
+int CDeviceRecorder::CallFunction(const char* szName, const QVariant& arg)
+{
+    ICard* pCard = m_pDevice->GetCurrentCard();
+    return Record(QString::fromLatin1(szName ? szName : ""), arg.toString(),
+                  [&] { return pCard ? pCard->CallFunction(szName, arg) : 1001; });
+}
+
+int CDeviceRecorder::QueryFunction(const char* szName, QVariant& inOut)
+{
+    ICard* pCard = m_pDevice->GetCurrentCard();
+    return Record(QString::fromLatin1(szName ? szName : ""), QString(),
+                  [&] { return pCard ? pCard->QueryFunction(szName, inOut) : 1001; });
+}
+
+int CDeviceRecorder::IsBusy()
+{
+    ICard* pCard = m_pDevice->GetCurrentCard();
+    ITaskState* pTask = pCard ? pCard->GetTaskState() : nullptr;
+    return Record("IsBusy", QString(), [&] { return pTask ? pTask->IsBusy() : 0; });
+}

@@ -1,0 +1,121 @@
+#include "TestMain.h"
+
+#include "CActivityPanel.h"
+#include "CHostWindow.h"
+#include "CSettingsWindow.h"
+#include "CSimController.h"
+
+#include <QClipboard>
+#include <QDialog>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QTableWidget>
+#include <QTimer>
+
+// The host's activity panel: the plug-in's device calls, the host's reports
+// and the plug-in's log lines, newest first, filtered and copied.
+class TestHostActivity : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void callsReportsAndLogLinesNewestFirst();
+    void callsFromTheWorkerThreadAndFailuresWithTheirMeaning();
+    void filterAndCopy();
+};
+
+namespace {
+int IndexOf(const QStringList& rows, const QString& strPart)
+{
+    for (int i = 0; i < rows.size(); ++i)
+        if (rows[i].contains(strPart))
+            return i;
+    return -1;
+}
+}
+
+void TestHostActivity::init()
+{
+    QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + "/Quorvane").removeRecursively();
+}
+
+void TestHostActivity::callsReportsAndLogLinesNewestFirst()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.OpenSettings();
+    auto* pMotor = host.SettingsWindow()->Dialog()->findChild<QTableWidget*>("tableWidget_motor");
+    QTest::mouseClick(pMotor->viewport(), Qt::LeftButton, Qt::NoModifier,
+                      pMotor->visualRect(pMotor->model()->index(6, 1)).center());
+    host.UploadToController();
+    CActivityPanel* pPanel = host.Activity();
+    QTRY_VERIFY(IndexOf(pPanel->ShownRows(), "The controller kept every value.") >= 0);
+    const QStringList rows = pPanel->ShownRows();
+    const int nLog = IndexOf(rows, "\tLog\t");
+    const int nWrite = IndexOf(rows, "\tDevice\tWriteFactoryParams\t0\tOK\t");
+    const int nRead = IndexOf(rows, "\tDevice\tReadFactoryParams\t0\tOK\t");
+    const int nReport = IndexOf(rows, "\tHost\tThe controller kept every value.");
+    QVERIFY2(nLog >= 0 && nWrite >= 0 && nRead >= 0 && nReport >= 0, qPrintable(rows.join('\n')));
+    QVERIFY(rows[IndexOf(rows, "tableWidget_motor was clicked.")].contains("\tLog\t"));
+    // Newest first: the report, the check's read, the write, the click's log line.
+    QVERIFY(nReport < nRead && nRead < nWrite && nWrite < IndexOf(rows, "tableWidget_motor was clicked."));
+}
+
+void TestHostActivity::callsFromTheWorkerThreadAndFailuresWithTheirMeaning()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.Simulator()->SetTaskDuration(0);
+    host.SetUnit(1);
+    // The cut runs on the progress dialog's worker thread.
+    QTimer poll;
+    connect(&poll, &QTimer::timeout, this, [&] {
+        QWidget* pWizard = QApplication::activeModalWidget();
+        if (!pWizard || pWizard->objectName() != "CDlgCalibrateXyStep" || !pWizard->isVisible())
+            return;
+        poll.stop();
+        pWizard->findChild<QPushButton*>("pushButton_cutting")->click();
+        pWizard->close();
+    });
+    poll.start(10);
+    host.CalibrateXyStep();
+    CActivityPanel* pPanel = host.Activity();
+    QTRY_VERIFY(IndexOf(pPanel->ShownRows(), "\tBacklashAdjust(") >= 0);
+    QVERIFY(pPanel->ShownRows()[IndexOf(pPanel->ShownRows(), "\tBacklashAdjust(")].contains("adjustpulse.tl)\t0\tOK\t"));
+    // A refusal shows its code and what it means.
+    host.Simulator()->ArmFault(CSimController::FaultFlashError);
+    QTimer answer;
+    connect(&answer, &QTimer::timeout, this, [] {
+        if (QWidget* pBox = QApplication::activeModalWidget())
+            pBox->close();
+    });
+    answer.start(10);
+    host.OpenSettings();
+    host.UploadToController();
+    QTRY_VERIFY(IndexOf(pPanel->ShownRows(), "\tWriteFactoryParams\t2014\t") >= 0);
+    QVERIFY(pPanel->ShownRows()[IndexOf(pPanel->ShownRows(), "\tWriteFactoryParams\t2014\t")].contains(
+        "The controller could not store the values in its memory."));
+}
+
+void TestHostActivity::filterAndCopy()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.OpenSettings();
+    host.UploadToController();
+    CActivityPanel* pPanel = host.Activity();
+    QTRY_VERIFY(IndexOf(pPanel->ShownRows(), "The controller kept every value.") >= 0);
+    const int nAll = int(pPanel->ShownRows().size());
+    pPanel->SetFilter("readfactoryparams");   // any case
+    const QStringList filtered = pPanel->ShownRows();
+    QVERIFY(!filtered.isEmpty() && filtered.size() < nAll);
+    for (const QString& strRow : filtered)
+        QVERIFY(strRow.contains("ReadFactoryParams"));
+    pPanel->CopyShownRows();
+    QCOMPARE(QApplication::clipboard()->text(), filtered.join('\n') + '\n');
+    pPanel->SetFilter(QString());
+    QCOMPARE(pPanel->ShownRows().size(), nAll);
+}
+
+FACTORYMGR_TEST_MAIN(TestHostActivity)
+#include "tst_hostactivity.moc"
