@@ -12,6 +12,7 @@
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -56,6 +57,9 @@ CActivityPanel::CActivityPanel(QWidget* parent)
     m_pRows->setSelectionMode(QAbstractItemView::ExtendedSelection);
     m_pRows->setColumnCount(6);
     m_pRows->header()->setStretchLastSection(true);
+    int nColumn = 0;
+    for (int nWidth : {95, 60, 360, 55, 260})
+        m_pRows->setColumnWidth(nColumn++, nWidth);
     pLayout->addLayout(pBar);
     pLayout->addWidget(m_pRows);
     setWidget(pContents);
@@ -111,7 +115,9 @@ void CActivityPanel::AddReport(const QString& strText)
 
 void CActivityPanel::AddLogLine(const QString& strLine)
 {
-    AddRow(Wording("Log"), strLine, QString(), QString(), QString());
+    // The row has its time already: the line's own date and time go.
+    static const QRegularExpression kStamp(QStringLiteral("^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3} "));
+    AddRow(Wording("Log"), QString(strLine).remove(kStamp), QString(), QString(), QString());
 }
 
 void CActivityPanel::AddRow(const QString& strSource, const QString& strWhat, const QString& strResult,

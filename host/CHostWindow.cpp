@@ -562,6 +562,12 @@ bool CHostWindow::SaveScreenshots(const QString& strDir)
             && bOk;
     }
     bOk = SaveRefusedUploadScreenshot(strDir + "/settings-motor-refused.png") && bOk;
+    // A fault handled, as the activity panel shows it: a read whose answer
+    // came garbled is refused, and nothing is taken.
+    m_pSim->ArmFault(CSimController::FaultCorruptRead);
+    ReadFromController();
+    QApplication::processEvents();
+    bOk = grab().save(strDir + "/activity.png") && bOk;
     // The wizard runs modally: its pages are taken from inside its own run.
     bool bWizard = false;
     QTimer::singleShot(0, this, [&] {
