@@ -4,6 +4,7 @@
 #include "CHostWindow.h"
 #include "CSettingsWindow.h"
 #include "CSimController.h"
+#include "WizardDriver.h"
 
 #include <QClipboard>
 #include <QDialog>
@@ -68,17 +69,7 @@ void TestHostActivity::callsFromTheWorkerThreadAndFailuresWithTheirMeaning()
     host.Simulator()->SetTaskDuration(0);
     host.SetUnit(1);
     // The cut runs on the progress dialog's worker thread.
-    QTimer poll;
-    connect(&poll, &QTimer::timeout, this, [&] {
-        QWidget* pWizard = QApplication::activeModalWidget();
-        if (!pWizard || pWizard->objectName() != "CDlgCalibrateXyStep" || !pWizard->isVisible())
-            return;
-        poll.stop();
-        pWizard->findChild<QPushButton*>("pushButton_cutting")->click();
-        pWizard->close();
-    });
-    poll.start(10);
-    host.CalibrateXyStep();
+    WizardDriver::CutOnce(host);
     CActivityPanel* pPanel = host.Activity();
     QTRY_VERIFY(IndexOf(pPanel->ShownRows(), "\tBacklashAdjust(") >= 0);
     QVERIFY(pPanel->ShownRows()[IndexOf(pPanel->ShownRows(), "\tBacklashAdjust(")].contains("adjustpulse.tl)\t0\tOK\t"));

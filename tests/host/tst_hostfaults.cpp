@@ -4,6 +4,7 @@
 #include "CHostWindow.h"
 #include "CSettingsWindow.h"
 #include "CSimController.h"
+#include "WizardDriver.h"
 
 #include <QFileDialog>
 #include <QMessageBox>
@@ -168,17 +169,7 @@ bool TestHostFaults::Run(CHostWindow& host, Op op, QStringList* pSeen)
         bOk = answers.Seen().contains(": Import successfully");
         break;
     case OpCut: {
-        QTimer poll;
-        connect(&poll, &QTimer::timeout, this, [&] {
-            QWidget* pWizard = QApplication::activeModalWidget();
-            if (!pWizard || pWizard->objectName() != "CDlgCalibrateXyStep" || !pWizard->isVisible())
-                return;
-            poll.stop();
-            pWizard->findChild<QPushButton*>("pushButton_cutting")->click();
-            pWizard->close();
-        });
-        poll.start(10);
-        host.CalibrateXyStep();
+        WizardDriver::CutOnce(host);
         bOk = host.Notifier().Shown().size() == nShownBefore && cut.count() == 1;
         break;
     }

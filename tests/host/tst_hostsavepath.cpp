@@ -5,6 +5,7 @@
 #include "CSimController.h"
 #include "CTranslator.h"
 #include "ModalAnswerer.h"
+#include "WizardDriver.h"
 
 #include <QDialog>
 #include <QMessageBox>
@@ -306,23 +307,6 @@ void TestHostSavePath::systemTabShowsTheController()
 
 namespace {
 // Runs the wizard as the host does (modally); pDrive acts in it meanwhile.
-void InWizard(CHostWindow& host, const std::function<void(QWidget*)>& drive)
-{
-    // Waits for the wizard to be the modal window: the host may ask first.
-    QTimer poll;
-    QObject::connect(&poll, &QTimer::timeout, &host, [&] {
-        QWidget* pWizard = QApplication::activeModalWidget();
-        if (!pWizard || pWizard->objectName() != "CDlgCalibrateXyStep" || !pWizard->isVisible())
-            return;
-        poll.stop();
-        drive(pWizard);
-        if (pWizard->isVisible())
-            pWizard->close();
-    });
-    poll.start(10);
-    host.CalibrateXyStep();
-}
-
 void TypeInto(QAbstractSpinBox* pBox, const QString& strText)
 {
     pBox->selectAll();
@@ -366,7 +350,7 @@ private:
 QString CalibrateOnce(CHostWindow& host, QSignalSpy& reported)
 {
     QString strReport;
-    InWizard(host, [&](QWidget* pWizard) {
+    WizardDriver::InWizard(host, [&](QWidget* pWizard) {
         const int nBefore = int(reported.count());
         pWizard->findChild<QPushButton*>("pushButton_cutting")->click();
         QTRY_VERIFY(reported.count() > nBefore);
@@ -385,7 +369,7 @@ QString CalibrateOnce(CHostWindow& host, QSignalSpy& reported)
 // The next cut's size, in millimetres.
 QSizeF CutAgain(CHostWindow& host)
 {
-    InWizard(host, [&](QWidget* pWizard) { pWizard->findChild<QPushButton*>("pushButton_cutting")->click(); });
+    WizardDriver::InWizard(host, [&](QWidget* pWizard) { pWizard->findChild<QPushButton*>("pushButton_cutting")->click(); });
     return host.Simulator()->LastCut();
 }
 }

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <functional>
+
+class CHostWindow;
+class QWidget;
+
+// Runs the host's calibration and, once the wizard is the modal window (the
+// host may ask something first), hands it to drive; closes it afterwards if
+// drive left it open.
+class WizardDriver
+{
+public:
+    static void InWizard(CHostWindow& host, const std::function<void(QWidget*)>& drive);
+    // Cuts the square once through the wizard.
+    static void CutOnce(CHostWindow& host);
+};
