@@ -1,7 +1,25 @@
 #include "CDeviceRecorder.h"
 
+#include "CTranslator.h"
+#include "ThreadDialogRun.h"
+
+#include <QApplication>
 #include <QElapsedTimer>
+#include <QThread>
 #include <QVariant>
+
+namespace {
+enum Task
+{
+    TaskRead = 0,
+    TaskWrite = 1
+};
+
+QString Wording(const char* szText)
+{
+    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
+}
+}
 
 CDeviceRecorder::CDeviceRecorder(IDevice* pDevice, QObject* parent)
     : QObject(parent)
@@ -32,12 +50,50 @@ ICard* CDeviceRecorder::GetCurrentCard()
 
 int CDeviceRecorder::WriteFactoryParams(FactoryParams* pParams)
 {
-    return Record("WriteFactoryParams", QString(), [&] { return m_pDevice->WriteFactoryParams(pParams); });
+    return Record("WriteFactoryParams", QString(), [&] {
+        return Transfer(TaskWrite, pParams, Wording("Writing the parameters to the controller..."));
+    });
 }
 
 int CDeviceRecorder::ReadFactoryParams(FactoryParams* pParams)
 {
-    return Record("ReadFactoryParams", QString(), [&] { return m_pDevice->ReadFactoryParams(pParams); });
+    return Record("ReadFactoryParams", QString(), [&] {
+        return Transfer(TaskRead, pParams, Wording("Reading the parameters from the controller..."));
+    });
+}
+
+int CDeviceRecorder::Transfer(int nTask, FactoryParams* pParams, const QString& strText)
+{
+    auto* pApp = qobject_cast<QApplication*>(QCoreApplication::instance());
+    if (!pApp || QThread::currentThread() != pApp->thread())
+        return RunTask(nTask, pParams);
+    return ThreadDialogRun(this, nTask, pParams, 0, strText);
+}
+
+int CDeviceRecorder::RunTask(int nTask, void* pParam)
+{
+    auto* pParams = static_cast<FactoryParams*>(pParam);
+    return nTask == TaskRead ? m_pDevice->ReadFactoryParams(pParams) : m_pDevice->WriteFactoryParams(pParams);
+}
+
+int CDeviceRecorder::IsTaskCancelable(int nTask)
+{
+    Q_UNUSED(nTask)
+    return 0;
+}
+
+int CDeviceRecorder::CancelTask(int nTask, qintptr wParam, qintptr lParam)
+{
+    Q_UNUSED(nTask)
+    Q_UNUSED(wParam)
+    Q_UNUSED(lParam)
+    return 0;
+}
+
+double CDeviceRecorder::GetTaskProgress(int nTask)
+{
+    Q_UNUSED(nTask)
+    return 0.0;
 }
 
 int CDeviceRecorder::GetState()

@@ -3,6 +3,7 @@
 #include "ICard.h"
 #include "IDevice.h"
 #include "ITaskState.h"
+#include "IThreadDialogOwner.h"
 
 #include <QObject>
 #include <QString>
@@ -12,7 +13,11 @@
 // result and how long it took, to whoever listens. Calls come from the GUI
 // thread and from the progress dialog's worker thread alike; Called is
 // emitted on the calling thread.
-class CDeviceRecorder : public QObject, public IDevice, public ICard, public ITaskState
+//
+// Reading and writing the parameters takes the link its time: asked on the
+// GUI thread, the transfer runs on a worker behind the progress dialog, so the
+// window keeps repainting and the person sees that something is under way.
+class CDeviceRecorder : public QObject, public IDevice, public ICard, public ITaskState, public IThreadDialogOwner
 {
     Q_OBJECT
 public:
@@ -29,6 +34,11 @@ public:
     int QueryFunction(const char* szName, QVariant& inOut) override;
     // ITaskState
     int IsBusy() override;
+    // IThreadDialogOwner: task 0 reads the parameters, task 1 writes them.
+    int RunTask(int nTask, void* pParam) override;
+    int IsTaskCancelable(int nTask) override;
+    int CancelTask(int nTask, qintptr wParam, qintptr lParam) override;
+    double GetTaskProgress(int nTask) override;
 
 signals:
     // strResult: the number the call returned; for a card function, its code.
@@ -37,6 +47,8 @@ signals:
 private:
     template <typename Fn>
     int Record(const QString& strOperation, const QString& strArgument, Fn call);
+    // The transfer, behind the progress dialog when asked on the GUI thread.
+    int Transfer(int nTask, FactoryParams* pParams, const QString& strText);
 
     IDevice* m_pDevice;
 };

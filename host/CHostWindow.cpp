@@ -339,7 +339,7 @@ void CHostWindow::ReadFromController()
     FactoryParams read;
     pMgr->GetFactoryParams(&read);
     FactoryParams again;
-    const int nAgain = m_pSim->ReadFactoryParams(&again);
+    const int nAgain = m_pRecorder->ReadFactoryParams(&again);
     if (nAgain != 0 || std::memcmp(&read, &again, sizeof(FactoryParams)) != 0) {
         pMgr->SetFactoryParams(&before);
         if (nAgain != 0)
@@ -377,7 +377,7 @@ void CHostWindow::UploadToController()
     // What the controller kept, read by the host itself: it tells the report
     // the kept values, and whether the check could read back at all.
     FactoryParams kept;
-    const int nKept = m_pSim->ReadFactoryParams(&kept);
+    const int nKept = m_pRecorder->ReadFactoryParams(&kept);
     if (nKept != 0) {
         m_notifier.ShowErrorCode(nKept, 0);
         Report(Wording("The values were sent, but what the controller kept could not be read back: %1 "

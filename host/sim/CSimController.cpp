@@ -134,10 +134,22 @@ ICard* CSimController::GetCurrentCard()
     return m_bConnected ? static_cast<ICard*>(this) : nullptr;
 }
 
+void CSimController::LinkWait() const
+{
+    int nDuration = 0;
+    {
+        QMutexLocker locker(&m_mutex);
+        nDuration = m_nTaskDuration / 6;
+    }
+    if (nDuration > 0)
+        QThread::msleep(static_cast<unsigned long>(nDuration));
+}
+
 int CSimController::WriteFactoryParams(FactoryParams* pParams)
 {
     if (StayedSilent())
         return CodeNoAnswer;
+    LinkWait();
     int nResult = 0;
     {
         QMutexLocker locker(&m_mutex);
@@ -169,6 +181,7 @@ int CSimController::ReadFactoryParams(FactoryParams* pParams)
 {
     if (StayedSilent())
         return CodeNoAnswer;
+    LinkWait();
     int nResult = 0;
     {
         QMutexLocker locker(&m_mutex);

@@ -90,7 +90,8 @@ public:
     int CardType() const;
 
     // How long an upgrade takes (the default is two seconds); a cut takes the
-    // time its path needs at the cutting speed. 0 makes both instant.
+    // time its path needs at the cutting speed, a parameter read or write a
+    // sixth of it (the link's time). 0 makes all of them instant.
     void SetTaskDuration(int nMilliseconds);
     // How long the controller is away while a new mainboard firmware starts.
     void SetRestartDuration(int nMilliseconds);
@@ -128,6 +129,8 @@ private:
     bool TakeFaultLocked(std::initializer_list<Fault> kinds);
     // The silence of FaultNoAnswer, if it is armed: true when it was.
     bool StayedSilent();
+    // The time a parameter transfer takes on the link.
+    void LinkWait() const;
     void DropLinkLocked();
     int Cut(const QVariant& arg);
     void Load();

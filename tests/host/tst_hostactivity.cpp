@@ -8,6 +8,8 @@
 
 #include <QClipboard>
 #include <QDialog>
+#include <QElapsedTimer>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QStandardPaths>
 #include <QTableWidget>
@@ -23,6 +25,7 @@ private slots:
     void callsReportsAndLogLinesNewestFirst();
     void callsFromTheWorkerThreadAndFailuresWithTheirMeaning();
     void filterAndCopy();
+    void transfersRunBehindTheProgressDialogAndTheWindowKeepsGoing();
 };
 
 namespace {
@@ -106,6 +109,33 @@ void TestHostActivity::filterAndCopy()
     QCOMPARE(QApplication::clipboard()->text(), filtered.join('\n') + '\n');
     pPanel->SetFilter(QString());
     QCOMPARE(pPanel->ShownRows().size(), nAll);
+}
+
+void TestHostActivity::transfersRunBehindTheProgressDialogAndTheWindowKeepsGoing()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.Simulator()->SetTaskDuration(1800);   // a parameter transfer takes 300 ms on the link
+    host.OpenSettings();
+    // The GUI thread's own timer, and what is on the screen, while the host reads.
+    int nTicks = 0;
+    bool bProgressShown = false;
+    QTimer tick;
+    connect(&tick, &QTimer::timeout, this, [&] {
+        ++nTicks;
+        if (auto* pModal = qobject_cast<QProgressDialog*>(QApplication::activeModalWidget()))
+            bProgressShown = bProgressShown || pModal->isVisible();
+    });
+    tick.start(20);
+    QElapsedTimer timer;
+    timer.start();
+    host.ReadFromController();
+    const qint64 nElapsed = timer.elapsed();
+    tick.stop();
+    QVERIFY2(nElapsed >= 550, qPrintable(QString::number(nElapsed)));   // the plug-in's read and the host's
+    QVERIFY(bProgressShown);
+    // The loop went on the whole time: at least one tick in every 100 ms.
+    QVERIFY2(nTicks >= nElapsed / 100, qPrintable(QStringLiteral("%1 ticks in %2 ms").arg(nTicks).arg(nElapsed)));
 }
 
 FACTORYMGR_TEST_MAIN(TestHostActivity)
