@@ -88,6 +88,9 @@ CHostWindow::CHostWindow(QWidget* parent)
     CTranslator::GetInstance()->SetLanguage(host.value("HOST/LANGUAGE", "en").toString());
     RetranslateUi();
     resize(900, 640);
+    // Where the person left the window, and its panel, last time.
+    restoreGeometry(host.value("HOST/GEOMETRY").toByteArray());
+    restoreState(host.value("HOST/STATE").toByteArray());
 }
 
 CHostWindow::~CHostWindow()
@@ -282,9 +285,14 @@ void CHostWindow::OpenSettings()
 {
     if (!Mgr())
         return;
+    // A new dialog replaces the one with the edits.
+    // (Saved values stay in the record: the new dialog shows them.)
+    if (m_pDialog && !AskBeforeLosingEdits(Wording("Open new settings anyway?"), false))
+        return;
     CloseSettings();
     if (QDialog* pDialog = TakeSettingsDialog()) {
         m_pSettings = new CSettingsWindow(pDialog);
+        m_pSettings->installEventFilter(this);
         m_pSettings->show();
     }
 }
@@ -313,6 +321,7 @@ void CHostWindow::CloseSettings()
 {
     if (!m_pSettings)
         return;
+    m_pSettings->removeEventFilter(this);
     // The dialog belongs to the plug-in, which deletes it when it makes the
     // next one: take it out of the window before the window goes.
     if (m_pDialog) {
@@ -325,6 +334,8 @@ void CHostWindow::CloseSettings()
 void CHostWindow::ReadFromController()
 {
     IFactoryMgr* pMgr = Mgr();
+    if (!AskBeforeLosingEdits(Wording("Read the controller's values over them?")))
+        return;
     FactoryParams before;
     pMgr->GetFactoryParams(&before);
     const int nResult = pMgr->ReadParamsFromDevice();
@@ -351,6 +362,7 @@ void CHostWindow::ReadFromController()
     }
     // What the controller holds replaces any correction not yet uploaded.
     m_bStepsPending = false;
+    m_bNotUploaded = false;
     // Into the open dialog, and into the parameter file.
     pMgr->SetFactoryParams(&read);
     if (m_pDialog)
@@ -368,6 +380,7 @@ void CHostWindow::UploadToController()
         return;
     }
     m_bStepsPending = false;
+    m_bNotUploaded = false;
     FactoryParams sent;
     pMgr->GetFactoryParams(&sent);
     quint32 nFlags = 0;
@@ -488,6 +501,8 @@ void CHostWindow::ImportParameters()
     if (!m_pSettings)
         OpenSettings();
     Mgr()->ImportParams(m_pSettings);
+    // An import goes into the record, not to the controller.
+    m_bNotUploaded = true;
 }
 
 void CHostWindow::ExportParameters()
@@ -499,8 +514,67 @@ void CHostWindow::ExportParameters()
 
 void CHostWindow::SaveParameters()
 {
-    Report(Save(m_pSettings != nullptr) ? Wording("The parameters are saved.")
-                                        : Wording("The parameter file could not be saved."));
+    const bool bEdited = IsDialogEdited();
+    const bool bSaved = Save(m_pSettings != nullptr);
+    m_bNotUploaded = m_bNotUploaded || (bSaved && bEdited);
+    Report(bSaved ? Wording("The parameters are saved.") : Wording("The parameter file could not be saved."));
+}
+
+bool CHostWindow::IsDialogEdited() const
+{
+    bool bEdited = false;
+    if (m_pDialog)
+        QMetaObject::invokeMethod(m_pDialog, "IsEdited", Q_RETURN_ARG(bool, bEdited));
+    return bEdited;
+}
+
+bool CHostWindow::AskBeforeLosingEdits(const QString& strWhat, bool bNotUploadedToo)
+{
+    const bool bEdited = IsDialogEdited();
+    if ((!bEdited && !(bNotUploadedToo && (m_bNotUploaded || m_bStepsPending))) || m_bAsking)
+        return true;
+    m_bAsking = true;
+    QMessageBox box(QMessageBox::Warning, Wording("Machine Settings"),
+                    (bEdited ? Wording("The machine settings have changes that are not saved.")
+                             : Wording("The machine settings are saved, but not uploaded to the controller."))
+                        + "\n\n" + strWhat,
+                    QMessageBox::NoButton, m_pSettings ? static_cast<QWidget*>(m_pSettings) : this);
+    box.setObjectName(QStringLiteral("unsavedBox"));
+    QPushButton* pSave = bEdited ? box.addButton(Wording("Save"), QMessageBox::AcceptRole) : nullptr;
+    QPushButton* pUpload = box.addButton(Wording("Upload"), QMessageBox::AcceptRole);
+    QPushButton* pDiscard = box.addButton(Wording("Discard"), QMessageBox::DestructiveRole);
+    QPushButton* pCancel = box.addButton(Wording("Cancel"), QMessageBox::RejectRole);
+    box.setDefaultButton(pCancel);
+    box.exec();
+    m_bAsking = false;
+    QAbstractButton* pChosen = box.clickedButton();
+    if (pChosen == pDiscard)
+        return true;
+    if (pSave && pChosen == pSave) {
+        SaveParameters();
+        return !IsDialogEdited();
+    }
+    if (pChosen == pUpload) {
+        UploadToController();
+        return !m_bNotUploaded && !m_bStepsPending && !IsDialogEdited();
+    }
+    return false;
+}
+
+bool CHostWindow::eventFilter(QObject* pWatched, QEvent* event)
+{
+    // Closing the settings window with edits: asked first; cancelled, the
+    // window and its dialog stay (Escape in the dialog has hidden the dialog).
+    // (The event's type first: while the window is destroyed it is no
+    // CSettingsWindow any more, and the guarded pointer may not be read.)
+    if (event->type() == QEvent::Close && pWatched == m_pSettings
+        && !AskBeforeLosingEdits(Wording("Close the settings anyway?"))) {
+        event->ignore();
+        if (m_pDialog)
+            m_pDialog->show();
+        return true;
+    }
+    return QMainWindow::eventFilter(pWatched, event);
 }
 
 void CHostWindow::ReloadParameters()
@@ -538,8 +612,15 @@ void CHostWindow::changeEvent(QEvent* event)
 
 void CHostWindow::closeEvent(QCloseEvent* event)
 {
-    if (m_pSettings)
-        m_pSettings->close();
+    // An open settings window asks as it closes; otherwise the host asks here.
+    const bool bSettingsOpen = m_pSettings && m_pSettings->isVisible();
+    if (bSettingsOpen ? !m_pSettings->close() : !AskBeforeLosingEdits(Wording("Quit anyway?"))) {
+        event->ignore();
+        return;
+    }
+    QSettings host(HostSettingsPath(), QSettings::IniFormat);
+    host.setValue("HOST/GEOMETRY", saveGeometry());
+    host.setValue("HOST/STATE", saveState());
     QMainWindow::closeEvent(event);
 }
 

@@ -64,6 +64,7 @@ private slots:
     void OnStepRatios(double dRatioW, double dRatioH);
 
 protected:
+    bool eventFilter(QObject* pWatched, QEvent* event) override;
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
@@ -82,6 +83,13 @@ private:
     // Asks before a calibration that would correct steps not yet uploaded;
     // false when the calibration is not to go ahead.
     bool UploadPendingStepsFirst();
+    // Before something replaces or closes the settings (strWhat says what):
+    // when edits are not saved, or saved values not uploaded, asks to save,
+    // upload, discard or cancel. False when the person cancelled, or the save
+    // or upload chosen did not go through.
+    // bNotUploadedToo: values saved but not on the controller are at stake too.
+    bool AskBeforeLosingEdits(const QString& strWhat, bool bNotUploadedToo = true);
+    bool IsDialogEdited() const;
     bool SaveRefusedUploadScreenshot(const QString& strPath);
     QString HostSettingsPath() const;
 
@@ -101,6 +109,9 @@ private:
     double m_dRatioH = 1.0;
     // Corrected steps are in the record and the file, not yet on the controller.
     bool m_bStepsPending = false;
+    // Values saved or imported since the last Upload or Read: not on the controller.
+    bool m_bNotUploaded = false;
+    bool m_bAsking = false;
 
     QLabel* m_pStatus = nullptr;
     QLabel* m_pReport = nullptr;

@@ -285,8 +285,13 @@ void CLaserTab::EditFinished()
 
 void CLaserTab::CollectLaserSection()
 {
-    m_pSection->laserCount = m_nCount == 1 ? 1 : 2;
-    m_pSection->reserved = m_nReserved;
-    m_pSection->lasers[0].enabled = true;
-    m_pSection->lasers[1].enabled = true;
+    CollectInto(*m_pSection);
+}
+
+void CLaserTab::CollectInto(LaserSection& section) const
+{
+    section.laserCount = m_nCount == 1 ? 1 : 2;
+    section.reserved = m_nReserved;
+    section.lasers[0].enabled = true;
+    section.lasers[1].enabled = true;
 }

@@ -31,6 +31,9 @@ public:
     void ComboChanged(int nIndex);
     void EditFinished();
     void CollectLaserSection();
+    // What collecting makes of a section: the count from the radio buttons,
+    // the reserved word, both sources enabled.
+    void CollectInto(LaserSection& section) const;
     LaserParams* LaserForColumn(int nColumn) const;
     static QString LaserTypeText(int nType);
 

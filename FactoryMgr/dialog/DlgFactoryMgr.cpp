@@ -12,6 +12,7 @@
 #include "CTranslator.h"
 #include "FactoryParamFile.h"
 #include "ILog.h"
+#include "ParamsEqual.h"
 #include "PluginLoader.h"
 #include "ui_DlgFactoryMgr.h"
 
@@ -235,17 +236,33 @@ void DlgFactoryMgr::DataToCtrlSlot(bool bDataToCtrl)
         m_pSpeedTab->FillSpeedTable();
         return;
     }
-    // These two have no row in the Motor table: every record that leaves the
-    // dialog carries hard-limit protection on and limit polarity 0.
-    for (MotorParams& motor : m_displayParams.motor) {
-        motor.hardLimitProtect = true;
-        motor.limitPolar = 0;
-    }
+    ForceOutgoingFields(m_displayParams);
     m_pLaserTab->CollectLaserSection();
     // An address table that was never shown holds nothing to store.
     if (m_bHomepageFilled)
         CThemeTab::Store(ui->tableWidget_customHomepage);
     CopyDisplayToRecord();
+}
+
+void DlgFactoryMgr::ForceOutgoingFields(FactoryParams& params)
+{
+    // These two have no row in the Motor table: every record that leaves the
+    // dialog carries hard-limit protection on and limit polarity 0.
+    for (MotorParams& motor : params.motor) {
+        motor.hardLimitProtect = true;
+        motor.limitPolar = 0;
+    }
+}
+
+bool DlgFactoryMgr::IsEdited() const
+{
+    if (!m_pRecord)
+        return false;
+    FactoryParams collected;
+    std::memcpy(static_cast<void*>(&collected), &m_displayParams, sizeof(FactoryParams));
+    ForceOutgoingFields(collected);
+    m_pLaserTab->CollectInto(collected.laser);
+    return !ParamsEqual(collected, *m_pRecord);
 }
 
 void DlgFactoryMgr::ImportParams()

@@ -60,6 +60,10 @@ public:
     int LaserRowOfId(int nId) const;
     // Shows the Laser values anew, after values were put back without a mark.
     void RefillLaserColumns();
+    // True when what the controls hold, collected, differs from the record
+    // the dialog was made over (the service object's): edits not yet saved
+    // or uploaded. Asked by hosts before they replace or close the dialog.
+    Q_INVOKABLE bool IsEdited() const;
     // What the tables show and edit: the four sections, between the working
     // record's copy in and collection out.
     FactoryParams& DisplayParams();
@@ -113,6 +117,8 @@ protected:
 private:
     void RetranslateTexts();
     void InitDialog();
+    // The fields that leave the dialog forced, whatever the controls hold.
+    static void ForceOutgoingFields(FactoryParams& params);
     void CopyRecordToDisplay();
     void CopyDisplayToRecord();
     void FillAllTables();

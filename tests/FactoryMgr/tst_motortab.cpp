@@ -20,6 +20,7 @@ class TestMotorTab : public QObject
 {
     Q_OBJECT
 private slots:
+    void editsShowAsEditedUntilTheRecordHasThem();
     void everyCellShowsItsValue();
     void negativeZeroOffsetStoresZero();
     void stepKeepsThreeDecimalsAndShowsTwo();
@@ -269,6 +270,25 @@ void TestMotorTab::clickSwitchesOnlyTheClickedCellToEditing()
     QVERIFY(!TableDriver::Cell(t, kZeroOffset, U)->lineEdit()->isHidden());
     TableDriver::Click(t, kStep, 0);   // a label: nothing opens
     QVERIFY(TableDriver::Cell(t, kZeroOffset, U)->lineEdit()->isHidden());
+}
+
+void TestMotorTab::editsShowAsEditedUntilTheRecordHasThem()
+{
+    FactoryParams record;
+    for (MotorParams& motor : record.motor) {
+        motor.hardLimitProtect = true;
+        motor.limitPolar = 0;
+    }
+    record.laser.lasers[0].enabled = record.laser.lasers[1].enabled = true;
+    TabTestFixture f(record);
+    bool bEdited = true;
+    QVERIFY(QMetaObject::invokeMethod(f.Dialog(), "IsEdited", Q_RETURN_ARG(bool, bEdited)));
+    QVERIFY(!bEdited);
+    TableDriver::Type(f.Table("tableWidget_motor"), kSize, Z, "640");
+    QVERIFY(f.Dialog()->IsEdited());
+    // Once the record holds what the controls do (as after a save), nothing is edited.
+    f.m_record = f.Collected();
+    QVERIFY(!f.Dialog()->IsEdited());
 }
 
 FACTORYMGR_TEST_MAIN(TestMotorTab)

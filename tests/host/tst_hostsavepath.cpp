@@ -18,6 +18,7 @@
 #include <cmath>
 #include <functional>
 #include <QLabel>
+#include <QLineEdit>
 #include <QTabWidget>
 #include <QTableWidget>
 #include <QSignalSpy>
@@ -68,6 +69,8 @@ private slots:
     void calibrationAfterTheSettingsWindowClosedIsKept();
     void calibrationInInches();
     void aSecondCalibrationBeforeUploadIsAskedFirst();
+    void editsAreNotLostWithoutAsking();
+    void theWindowComesBackWhereItWasLeft();
 };
 
 void TestHostSavePath::init()
@@ -509,6 +512,98 @@ void TestHostSavePath::aSecondCalibrationBeforeUploadIsAskedFirst()
     QVERIFY(!host.StepsPending());
     host.Mgr()->GetFactoryParams(&after);
     QVERIFY(std::fabs(after.motor[0].pulsePerMm - corrected.motor[0].pulsePerMm) < 0.001);
+}
+
+namespace {
+// A number typed into a cell: click, keys into its line edit, Return. (The
+// focus after a click is the person-level tests' business.)
+void TypeInCell(QTableWidget* pTable, int nRow, int nColumn, const QString& strText)
+{
+    QTest::mouseClick(pTable->viewport(), Qt::LeftButton, Qt::NoModifier,
+                      pTable->visualRect(pTable->model()->index(nRow, nColumn)).center());
+    auto* pEdit = pTable->cellWidget(nRow, nColumn)->findChild<QLineEdit*>();
+    QVERIFY(pEdit && pEdit->isVisible());
+    pEdit->selectAll();
+    QTest::keyClicks(pEdit, strText);
+    QTest::keyClick(pEdit, Qt::Key_Return);
+}
+
+QString ShownInCell(QTableWidget* pTable, int nRow, int nColumn)
+{
+    return pTable->cellWidget(nRow, nColumn)->findChild<QLabel*>()->text();
+}
+}
+
+void TestHostSavePath::editsAreNotLostWithoutAsking()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.Simulator()->SetTaskDuration(0);
+    host.OpenSettings();
+    QDialog* pDialog = host.SettingsWindow()->Dialog();
+    host.SettingsWindow()->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(host.SettingsWindow()));
+    auto* pMotor = pDialog->findChild<QTableWidget*>("tableWidget_motor");
+    const double dOnController = host.Simulator()->StoredParams().motor[0].size;
+    TypeInCell(pMotor, 6, 1, "640");
+
+    // Read over an edit: cancelled, nothing changes; discarded, the controller's value.
+    {
+        BoxAnswers answers({"Cancel"});
+        host.ReadFromController();
+        QVERIFY(answers.AllAnswered());
+        QVERIFY2(answers.Texts().first().contains("have changes that are not saved"), qPrintable(answers.Texts().first()));
+    }
+    QCOMPARE(ShownInCell(pMotor, 6, 1), QStringLiteral("640.00"));
+    {
+        BoxAnswers answers({"Discard"});
+        host.ReadFromController();
+        QVERIFY(answers.AllAnswered());
+    }
+    QCOMPARE(ShownInCell(pMotor, 6, 1), QString::number(dOnController, 'f', 2));
+
+    // Closing the settings window over an edit: cancelled, it stays; saved, it goes.
+    TypeInCell(pMotor, 6, 1, "640");
+    {
+        BoxAnswers answers({"Cancel"});
+        host.SettingsWindow()->close();
+        QVERIFY(answers.AllAnswered());
+    }
+    QVERIFY(host.SettingsWindow()->isVisible());
+    QVERIFY(pDialog->isVisible());
+    {
+        BoxAnswers answers({"Save"});
+        host.SettingsWindow()->close();
+        QVERIFY(answers.AllAnswered());
+    }
+    QVERIFY(!host.SettingsWindow()->isVisible());
+    FactoryParams record;
+    host.Mgr()->GetFactoryParams(&record);
+    QCOMPARE(record.motor[0].size, 640.0);
+    QCOMPARE(host.Simulator()->StoredParams().motor[0].size, dOnController);
+
+    // Quitting with saved values the controller does not have: asked, uploaded.
+    host.show();
+    {
+        BoxAnswers answers({"Upload"});
+        QVERIFY(host.close());
+        QVERIFY(answers.AllAnswered());
+        QVERIFY2(answers.Texts().first().contains("saved, but not uploaded"), qPrintable(answers.Texts().first()));
+    }
+    QCOMPARE(host.Simulator()->StoredParams().motor[0].size, 640.0);
+}
+
+void TestHostSavePath::theWindowComesBackWhereItWasLeft()
+{
+    {
+        CHostWindow host;
+        QVERIFY(host.Start());
+        host.show();
+        host.resize(720, 530);
+        QVERIFY(host.close());
+    }
+    CHostWindow again;
+    QCOMPARE(again.size(), QSize(720, 530));
 }
 
 FACTORYMGR_TEST_MAIN(TestHostSavePath)
