@@ -117,17 +117,6 @@ int CSimController::WorkSecondsLocked() const
     return ToCounter(double(m_nWorkSeconds + (m_bConnected ? m_connectedFor.elapsed() / 1000 : 0)));
 }
 
-void CSimController::Wait() const
-{
-    int nDuration = 0;
-    {
-        QMutexLocker locker(&m_mutex);
-        nDuration = m_nTaskDuration;
-    }
-    if (nDuration > 0)
-        QThread::msleep(static_cast<unsigned long>(nDuration));
-}
-
 ICard* CSimController::GetCurrentCard()
 {
     QMutexLocker locker(&m_mutex);
@@ -396,7 +385,16 @@ int CSimController::Upgrade(const QVariant& arg, const QStringList& extensions, 
         m_bRunning = true;
     }
     emit StateChanged();
-    Wait();
+    // Flashing takes time in proportion to the image: the task duration for
+    // every 32 KiB, a quarter of it at the least.
+    int nDuration = 0;
+    {
+        QMutexLocker locker(&m_mutex);
+        nDuration = ToCounter(std::max(double(m_nTaskDuration) * double(content.size()) / 32768.0,
+                                       double(m_nTaskDuration) / 4.0));
+    }
+    if (nDuration > 0)
+        QThread::msleep(static_cast<unsigned long>(std::min(nDuration, 120000)));
     int nRestart = 0;
     {
         QMutexLocker locker(&m_mutex);

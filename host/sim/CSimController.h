@@ -89,9 +89,10 @@ public:
     void SetCardType(int nCardType);
     int CardType() const;
 
-    // How long an upgrade takes (the default is two seconds); a cut takes the
-    // time its path needs at the cutting speed, a parameter read or write a
-    // sixth of it (the link's time). 0 makes all of them instant.
+    // The time base of the controller's work (two seconds by default): an
+    // upgrade takes it for every 32 KiB of image (a quarter of it at least), a
+    // parameter read or write a sixth of it (the link's time), a cut the time
+    // its path needs at the cutting speed. 0 makes all of them instant.
     void SetTaskDuration(int nMilliseconds);
     // How long the controller is away while a new mainboard firmware starts.
     void SetRestartDuration(int nMilliseconds);
@@ -136,7 +137,6 @@ private:
     void Load();
     void SaveLocked();
     int WorkSecondsLocked() const;
-    void Wait() const;
 
     mutable QMutex m_mutex;
     const QString m_strFlashPath;

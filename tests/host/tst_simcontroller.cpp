@@ -505,15 +505,20 @@ void TestSimController::busyWhileAnUpgradeRuns()
 {
     auto pSim = Make();
     pSim->SetTaskDuration(300);
+    pSim->SetRestartDuration(0);
+    // A 64 KiB image flashes for two task durations.
     const QString strBoard = m_pDir->path() + "/main.upd";
-    WriteFile(strBoard, Mainboard());
+    WriteFile(strBoard, CFirmwareFile::Make(CFirmwareFile::kMainboard, "QV-MB 3.4.0", QByteArray(65536, 'i')));
     std::atomic<int> nResult{-1};
+    QElapsedTimer timer;
+    timer.start();
     TestThread worker([&] { nResult = pSim->CallFunction("CardUpgrade", QVariant(strBoard)); });
     worker.Start();
     QTRY_COMPARE(pSim->IsBusy(), 1);
     FactoryParams params;
     QCOMPARE(pSim->WriteFactoryParams(&params), 1005);
     QVERIFY(worker.Wait(10000));
+    QVERIFY2(timer.elapsed() >= 580, qPrintable(QString::number(timer.elapsed())));
     QCOMPARE(nResult.load(), 0);
     QCOMPARE(pSim->IsBusy(), 0);
 }
