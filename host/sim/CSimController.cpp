@@ -134,7 +134,8 @@ void CSimController::LinkWait() const
         QThread::msleep(static_cast<unsigned long>(nDuration));
 }
 
-int CSimController::WriteFactoryParams(FactoryParams* pParams)
+template <typename Fn>
+int CSimController::Transfer(FactoryParams* pParams, Fn transferLocked)
 {
     if (StayedSilent())
         return CodeNoAnswer;
@@ -146,13 +147,24 @@ int CSimController::WriteFactoryParams(FactoryParams* pParams)
             return CodeNotConnected;
         if (m_bMainboardIncomplete)
             return CodeFirmwareIncomplete;
+        if (!pParams)
+            return CodeBadJob;
+        nResult = transferLocked();
+    }
+    if (nResult == CodeLinkLost)
+        emit StateChanged();
+    return nResult;
+}
+
+int CSimController::WriteFactoryParams(FactoryParams* pParams)
+{
+    return Transfer(pParams, [&] {
         if (m_bInformationOnly)
             return 1001;
         if (m_bBusy || m_bRunning)
             return 1005;
-        if (!pParams)
-            return CodeBadJob;
         // Cut off or not flashed: the controller keeps what it had.
+        int nResult = 0;
         if (TakeFaultLocked({FaultDropOnWrite}))
             nResult = CodeLinkLost;
         else if (TakeFaultLocked({FaultFlashError}))
@@ -160,41 +172,25 @@ int CSimController::WriteFactoryParams(FactoryParams* pParams)
         else
             m_params = CSimLimits::Limit(*pParams, m_params, &m_nLastLimited);
         SaveLocked();
-    }
-    if (nResult == CodeLinkLost)
-        emit StateChanged();
-    return nResult;
+        return nResult;
+    });
 }
 
 int CSimController::ReadFactoryParams(FactoryParams* pParams)
 {
-    if (StayedSilent())
-        return CodeNoAnswer;
-    LinkWait();
-    int nResult = 0;
-    {
-        QMutexLocker locker(&m_mutex);
-        if (!m_bConnected)
-            return CodeNotConnected;
-        if (m_bMainboardIncomplete)
-            return CodeFirmwareIncomplete;
-        if (!pParams)
-            return CodeBadJob;
+    return Transfer(pParams, [&] {
         if (TakeFaultLocked({FaultDropOnRead})) {
-            nResult = CodeLinkLost;
             SaveLocked();
-        } else {
-            std::memcpy(static_cast<void*>(pParams), &m_params, sizeof(FactoryParams));
-            // A bit lost on the line: X's maximum speed arrives garbled.
-            if (TakeFaultLocked({FaultCorruptRead})) {
-                pParams->motor[0].speedMax += 1024.0;
-                SaveLocked();
-            }
+            return int(CodeLinkLost);
         }
-    }
-    if (nResult == CodeLinkLost)
-        emit StateChanged();
-    return nResult;
+        std::memcpy(static_cast<void*>(pParams), &m_params, sizeof(FactoryParams));
+        // A bit lost on the line: X's maximum speed arrives garbled.
+        if (TakeFaultLocked({FaultCorruptRead})) {
+            pParams->motor[0].speedMax += 1024.0;
+            SaveLocked();
+        }
+        return 0;
+    });
 }
 
 void CSimController::ArmFault(Fault fault)

@@ -132,6 +132,11 @@ private:
     bool StayedSilent();
     // The time a parameter transfer takes on the link.
     void LinkWait() const;
+    // What reads and writes share: the silence fault, the link's time, the
+    // state checks; transferLocked does the rest under the lock and returns
+    // the result.
+    template <typename Fn>
+    int Transfer(FactoryParams* pParams, Fn transferLocked);
     void DropLinkLocked();
     int Cut(const QVariant& arg);
     void Load();
