@@ -1,12 +1,18 @@
 #include "CDeviceRecorder.h"
 
+#include "CTaskProgressDialog.h"
 #include "CTranslator.h"
 #include "ThreadDialogRun.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QThread>
+#include <QTimer>
 #include <QVariant>
+
+#include <memory>
+#include <thread>
 
 namespace {
 enum Task
@@ -15,9 +21,18 @@ enum Task
     TaskWrite = 1
 };
 
+// A card function that has not answered by then gets a progress dialog.
+constexpr int kQuietWaitMs = 250;
+
 QString Wording(const char* szText)
 {
     return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
+}
+
+bool OnGuiThread()
+{
+    auto* pApp = qobject_cast<QApplication*>(QCoreApplication::instance());
+    return pApp && QThread::currentThread() == pApp->thread();
 }
 }
 
@@ -64,8 +79,7 @@ int CDeviceRecorder::ReadFactoryParams(FactoryParams* pParams)
 
 int CDeviceRecorder::Transfer(int nTask, FactoryParams* pParams, const QString& strText)
 {
-    auto* pApp = qobject_cast<QApplication*>(QCoreApplication::instance());
-    if (!pApp || QThread::currentThread() != pApp->thread())
+    if (!OnGuiThread())
         return RunTask(nTask, pParams);
     return ThreadDialogRun(this, nTask, pParams, 0, strText);
 }
@@ -111,14 +125,48 @@ int CDeviceRecorder::CallFunction(const char* szName, const QVariant& arg)
 {
     ICard* pCard = m_pDevice->GetCurrentCard();
     return Record(QString::fromLatin1(szName ? szName : ""), arg.toString(),
-                  [&] { return pCard ? pCard->CallFunction(szName, arg) : 1001; });
+                  [&] { return Waited([&] { return pCard ? pCard->CallFunction(szName, arg) : 1001; }); });
 }
 
 int CDeviceRecorder::QueryFunction(const char* szName, QVariant& inOut)
 {
     ICard* pCard = m_pDevice->GetCurrentCard();
     return Record(QString::fromLatin1(szName ? szName : ""), QString(),
-                  [&] { return pCard ? pCard->QueryFunction(szName, inOut) : 1001; });
+                  [&] { return Waited([&] { return pCard ? pCard->QueryFunction(szName, inOut) : 1001; }); });
+}
+
+template <typename Fn>
+int CDeviceRecorder::Waited(Fn call)
+{
+    if (!OnGuiThread())
+        return call();
+    // The card answers on a worker while this thread keeps painting. Input
+    // waits until the answer is in: the plug-in is inside its call and must
+    // not be called again from here. A quick answer shows nothing; a slow one
+    // gets a progress dialog.
+    int nResult = 0;
+    QEventLoop loop;
+    std::unique_ptr<CTaskProgressDialog> pProgress;
+    QTimer slow;
+    slow.setSingleShot(true);
+    connect(&slow, &QTimer::timeout, &loop, [&] {
+        pProgress = std::make_unique<CTaskProgressDialog>(Wording("Waiting for the controller..."), false,
+                                                          QApplication::activeWindow());
+        pProgress->show();
+    });
+    slow.start(kQuietWaitMs);
+    std::thread worker([&] {
+        nResult = call();
+        QCoreApplication::postEvent(&loop, new QEvent(QEvent::Quit));
+    });
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    worker.join();
+    slow.stop();
+    if (pProgress) {
+        pProgress->SetFinished();
+        pProgress->close();
+    }
+    return nResult;
 }
 
 int CDeviceRecorder::IsBusy()

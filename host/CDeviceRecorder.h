@@ -17,6 +17,8 @@
 // Reading and writing the parameters takes the link its time: asked on the
 // GUI thread, the transfer runs on a worker behind the progress dialog, so the
 // window keeps repainting and the person sees that something is under way.
+// Card functions asked on the GUI thread wait for their answer the same way,
+// with a progress dialog only when the controller is slow to answer.
 class CDeviceRecorder : public QObject, public IDevice, public ICard, public ITaskState, public IThreadDialogOwner
 {
     Q_OBJECT
@@ -49,6 +51,9 @@ private:
     int Record(const QString& strOperation, const QString& strArgument, Fn call);
     // The transfer, behind the progress dialog when asked on the GUI thread.
     int Transfer(int nTask, FactoryParams* pParams, const QString& strText);
+    // A card call, off the GUI thread when asked on it.
+    template <typename Fn>
+    int Waited(Fn call);
 
     IDevice* m_pDevice;
 };

@@ -9,9 +9,11 @@
 #include <QClipboard>
 #include <QDialog>
 #include <QElapsedTimer>
+#include <QMessageBox>
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QStandardPaths>
+#include <QTabWidget>
 #include <QTableWidget>
 #include <QTimer>
 
@@ -26,6 +28,7 @@ private slots:
     void callsFromTheWorkerThreadAndFailuresWithTheirMeaning();
     void filterAndCopy();
     void transfersRunBehindTheProgressDialogAndTheWindowKeepsGoing();
+    void cardFunctionsWaitOffTheGuiThread();
 };
 
 namespace {
@@ -136,6 +139,54 @@ void TestHostActivity::transfersRunBehindTheProgressDialogAndTheWindowKeepsGoing
     QVERIFY(bProgressShown);
     // The loop went on the whole time: at least one tick in every 100 ms.
     QVERIFY2(nTicks >= nElapsed / 100, qPrintable(QStringLiteral("%1 ticks in %2 ms").arg(nTicks).arg(nElapsed)));
+}
+
+void TestHostActivity::cardFunctionsWaitOffTheGuiThread()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    CSimController* pSim = host.Simulator();
+    pSim->SetTaskDuration(0);
+    host.OpenSettings();
+    QDialog* pDialog = host.SettingsWindow()->Dialog();
+    // What the GUI thread does meanwhile: its own timer, what is on the
+    // screen, and the boxes it is shown (answered at once).
+    int nTicks = 0;
+    bool bProgressShown = false;
+    QTimer tick;
+    connect(&tick, &QTimer::timeout, this, [&] {
+        ++nTicks;
+        QWidget* pModal = QApplication::activeModalWidget();
+        if (auto* pProgress = qobject_cast<QProgressDialog*>(pModal))
+            bProgressShown = bProgressShown || pProgress->isVisible();
+        if (auto* pBox = qobject_cast<QMessageBox*>(pModal))
+            pBox->buttons().first()->click();
+    });
+    tick.start(20);
+
+    // A quick answer (the System page asks for the card's information) shows no progress.
+    auto* pTabs = pDialog->findChild<QTabWidget*>("tabWidget");
+    pTabs->setCurrentWidget(pTabs->findChild<QWidget*>("tab_2"));
+    QTRY_VERIFY(IndexOf(host.Activity()->ShownRows(), "GetCardInfo") >= 0);
+    QTest::qWait(100);
+    QVERIFY(!bProgressShown);
+
+    // A controller that keeps silent: the window goes on, and says it waits.
+    pSim->SetNoAnswerDuration(700);
+    pSim->ArmFault(CSimController::FaultNoAnswer);
+    const int nShownBefore = int(host.Notifier().Shown().size());
+    nTicks = 0;
+    QElapsedTimer timer;
+    timer.start();
+    pDialog->findChild<QPushButton*>("pushButton_clear")->click();
+    const qint64 nElapsed = timer.elapsed();
+    tick.stop();
+    QVERIFY2(nElapsed >= 650, qPrintable(QString::number(nElapsed)));
+    QVERIFY(bProgressShown);
+    QVERIFY2(nTicks >= nElapsed / 100, qPrintable(QStringLiteral("%1 ticks in %2 ms").arg(nTicks).arg(nElapsed)));
+    QCOMPARE(host.Notifier().Shown().size(), nShownBefore + 1);
+    QCOMPARE(host.Notifier().Shown().last(), int(CSimController::CodeNoAnswer));
+    QVERIFY(IndexOf(host.Activity()->ShownRows(), "ClearCardInfo") >= 0);
 }
 
 FACTORYMGR_TEST_MAIN(TestHostActivity)
