@@ -352,7 +352,7 @@ void CHostWindow::ReadFromController()
     FactoryParams again;
     const int nAgain = m_pRecorder->ReadFactoryParams(&again);
     if (nAgain != 0 || std::memcmp(&read, &again, sizeof(FactoryParams)) != 0) {
-        pMgr->SetFactoryParams(&before);
+        RestoreRecord(before);
         if (nAgain != 0)
             m_notifier.ShowErrorCode(nAgain, 0);
         Report(nAgain != 0 ? Wording("Nothing was read: %1").arg(CHostNotifier::Describe(nAgain))
@@ -383,12 +383,10 @@ void CHostWindow::UploadToController()
     m_bNotUploaded = false;
     FactoryParams sent;
     pMgr->GetFactoryParams(&sent);
-    quint32 nFlags = 0;
-    const bool bKept = pMgr->CheckDeviceParams(&nFlags);
-    FactoryParams putBack;
-    pMgr->GetFactoryParams(&putBack);
     // What the controller kept, read by the host itself: it tells the report
     // the kept values, and whether the check could read back at all.
+    quint32 nFlags = 0;
+    bool bKept = pMgr->CheckDeviceParams(&nFlags);
     FactoryParams kept;
     const int nKept = m_pRecorder->ReadFactoryParams(&kept);
     if (nKept != 0) {
@@ -398,14 +396,40 @@ void CHostWindow::UploadToController()
                    .arg(CHostNotifier::Describe(nKept)));
         return;
     }
-    const QStringList lines = CUploadReport::PutBackLines(sent, kept, putBack);
-    // The check saw values the controller holds as sent: its reading was garbled.
-    if (nFlags != 0 && lines.isEmpty()) {
-        Report(Wording("The controller's answers did not agree, so the check cannot tell what it kept. Nothing "
-                       "was saved. Upload again."));
-        return;
+    // A check that found differences where the controller holds every value
+    // as sent read a garbled answer, and put garbled values into the dialog.
+    // The values sent go back, and the check is made once more.
+    QStringList lines = PutBackLines(sent, kept);
+    const bool bGarbled = nFlags != 0 && lines.isEmpty();
+    if (bGarbled) {
+        RestoreRecord(sent);
+        bKept = pMgr->CheckDeviceParams(&nFlags);
+        lines = PutBackLines(sent, kept);
+        if (nFlags != 0 && lines.isEmpty()) {
+            RestoreRecord(sent);
+            Report(Wording("The controller's answers did not agree twice, so the check cannot tell what it kept, and "
+                           "its red marks cannot be trusted. The dialog and the parameter file hold the values sent. "
+                           "Upload again to check them."));
+            return;
+        }
     }
-    Report(CUploadReport::Text(bKept, nFlags, lines, Save(true)));
+    const QString strText = CUploadReport::Text(bKept, nFlags, lines, Save(true));
+    Report(bGarbled ? Wording("The first answer to the check came garbled; the check was made again.") + "\n" + strText
+                    : strText);
+}
+
+QStringList CHostWindow::PutBackLines(const FactoryParams& sent, const FactoryParams& kept)
+{
+    FactoryParams putBack;
+    Mgr()->GetFactoryParams(&putBack);
+    return CUploadReport::PutBackLines(sent, kept, putBack);
+}
+
+void CHostWindow::RestoreRecord(const FactoryParams& params)
+{
+    Mgr()->SetFactoryParams(&params);
+    if (m_pDialog)
+        QMetaObject::invokeMethod(m_pDialog, "DataToCtrlSlot", Q_ARG(bool, true));
 }
 
 bool CHostWindow::Save(bool bFromDialog)

@@ -71,6 +71,11 @@ protected:
 private:
     // Saves the parameter file through the plug-in; true when it was written.
     bool Save(bool bFromDialog);
+    // The Upload report's lines: what the plug-in's record now holds against
+    // what was sent and what the controller kept.
+    QStringList PutBackLines(const FactoryParams& sent, const FactoryParams& kept);
+    // Puts the record, the parameter file and the open dialog back to params.
+    void RestoreRecord(const FactoryParams& params);
     void BuildMenus();
     void RetranslateUi();
     void RefreshStatus();

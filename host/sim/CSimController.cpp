@@ -76,6 +76,7 @@ void CSimController::Load()
     m_strPanel = flash.value("PANEL", m_strPanel).toString();
     m_nCardType = flash.value("CARD_TYPE", m_nCardType).toInt();
     m_fault = FaultFromName(flash.value("FAULT").toString());
+    m_nFaultTimes = m_fault == FaultNone ? 0 : qBound(1, flash.value("FAULT_TIMES", 1).toInt(), 1000000);
     m_bMainboardIncomplete = flash.value("MAINBOARD_INCOMPLETE", false).toBool();
     m_bPanelIncomplete = flash.value("PANEL_INCOMPLETE", false).toBool();
     // A flash file edited by hand may hold anything: a true step must be a
@@ -106,6 +107,7 @@ void CSimController::SaveLocked()
     flash.setValue("PANEL", m_strPanel);
     flash.setValue("CARD_TYPE", m_nCardType);
     flash.setValue("FAULT", FaultName(m_fault));
+    flash.setValue("FAULT_TIMES", m_nFaultTimes);
     flash.setValue("MAINBOARD_INCOMPLETE", m_bMainboardIncomplete);
     flash.setValue("PANEL_INCOMPLETE", m_bPanelIncomplete);
     flash.setValue("TRUE_STEP_X", m_dTrueStepX);
@@ -193,11 +195,12 @@ int CSimController::ReadFactoryParams(FactoryParams* pParams)
     });
 }
 
-void CSimController::ArmFault(Fault fault)
+void CSimController::ArmFault(Fault fault, int nTimes)
 {
     {
         QMutexLocker locker(&m_mutex);
-        m_fault = fault;
+        m_fault = nTimes > 0 ? fault : FaultNone;
+        m_nFaultTimes = m_fault == FaultNone ? 0 : nTimes;
         SaveLocked();
     }
     emit StateChanged();
@@ -244,12 +247,20 @@ bool CSimController::TakeFaultLocked(std::initializer_list<Fault> kinds)
     for (Fault kind : kinds) {
         if (m_fault != kind)
             continue;
-        m_fault = FaultNone;
+        SpendFaultLocked();
         if (kind == FaultDropOnWrite || kind == FaultDropOnRead || kind == FaultDropOnUpgrade || kind == FaultDropOnCut)
             DropLinkLocked();
         return true;
     }
     return false;
+}
+
+void CSimController::SpendFaultLocked()
+{
+    if (--m_nFaultTimes <= 0) {
+        m_nFaultTimes = 0;
+        m_fault = FaultNone;
+    }
 }
 
 void CSimController::DropLinkLocked()
@@ -266,7 +277,7 @@ bool CSimController::StayedSilent()
         QMutexLocker locker(&m_mutex);
         if (m_fault != FaultNoAnswer || !m_bConnected)
             return false;
-        m_fault = FaultNone;
+        SpendFaultLocked();
         SaveLocked();
         nSilence = m_nNoAnswerDuration;
     }

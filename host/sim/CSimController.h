@@ -96,10 +96,11 @@ public:
     void SetTaskDuration(int nMilliseconds);
     // How long the controller is away while a new mainboard firmware starts.
     void SetRestartDuration(int nMilliseconds);
-    // Arms a fault for the next operation it concerns; FaultNone disarms.
-    // The flash file's key CONTROLLER/FAULT (a name from FaultName) arms one
-    // at start.
-    void ArmFault(Fault fault);
+    // Arms a fault for the next nTimes operations it concerns (a noisy line
+    // garbles every read, for example); FaultNone disarms. The flash file's
+    // keys CONTROLLER/FAULT (a name from FaultName) and CONTROLLER/FAULT_TIMES
+    // (1 when missing) arm one at start.
+    void ArmFault(Fault fault, int nTimes = 1);
     Fault ArmedFault() const;
     static QString FaultName(Fault fault);
     static Fault FaultFromName(const QString& strName);
@@ -128,6 +129,8 @@ private:
     // Fires the armed fault if it is one of kinds: true, with the link
     // dropped where the fault says so.
     bool TakeFaultLocked(std::initializer_list<Fault> kinds);
+    // One operation spoilt: the armed fault is gone when it has spoilt its count.
+    void SpendFaultLocked();
     // The silence of FaultNoAnswer, if it is armed: true when it was.
     bool StayedSilent();
     // The time a parameter transfer takes on the link.
@@ -155,6 +158,8 @@ private:
     int m_nRestartDuration = 1500;
     int m_nNoAnswerDuration = 3000;
     Fault m_fault = FaultNone;
+    // How many more operations the armed fault spoils.
+    int m_nFaultTimes = 0;
     bool m_bMainboardIncomplete = false;
     bool m_bPanelIncomplete = false;
     qint64 m_nWorkSeconds = 0;        // before the current connection

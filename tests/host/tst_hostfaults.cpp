@@ -1,5 +1,6 @@
 #include "TestMain.h"
 
+#include "CDeviceRecorder.h"
 #include "CHostNotifier.h"
 #include "CHostWindow.h"
 #include "CSettingsWindow.h"
@@ -12,6 +13,7 @@
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTabWidget>
+#include <QTableWidget>
 
 #include <cstring>
 #include <functional>
@@ -19,8 +21,10 @@
 // Every fault the simulated controller can have, against every operation the
 // person can start, through the reference host: a fault either concerns the
 // operation, and the person is told plainly and nothing passes for done, or
-// it does not, and the operation goes through and leaves the fault armed.
-// Reconnecting (Device > Connected) recovers in every case.
+// the host gets over it (a garbled answer to the Upload's check is checked
+// again) and says so, or it does not concern the operation, which goes
+// through and leaves the fault armed. Reconnecting (Device > Connected)
+// recovers in every case.
 namespace {
 enum Op
 {
@@ -39,6 +43,12 @@ const CSimController::Fault kFaults[] = {
     CSimController::FaultDropOnCut,   CSimController::FaultFlashError, CSimController::FaultCorruptRead,
     CSimController::FaultNoAnswer};
 
+// The host repeats what the fault spoilt, and the operation goes through.
+bool GetsOver(CSimController::Fault fault, Op op)
+{
+    return fault == CSimController::FaultCorruptRead && op == OpUpload;
+}
+
 bool Concerns(CSimController::Fault fault, Op op)
 {
     switch (fault) {
@@ -51,6 +61,18 @@ bool Concerns(CSimController::Fault fault, Op op)
     case CSimController::FaultNoAnswer: return op != OpSave;
     default: return false;
     }
+}
+
+// The settings cells marked red as not kept by the controller.
+int MarkedCells(QDialog* pDialog)
+{
+    int nMarked = 0;
+    for (QTableWidget* pTable : pDialog->findChildren<QTableWidget*>())
+        for (int r = 0; r < pTable->rowCount(); ++r)
+            for (int c = 0; c < pTable->columnCount(); ++c)
+                if (pTable->item(r, c) && pTable->item(r, c)->background() == QBrush(Qt::red))
+                    ++nMarked;
+    return nMarked;
 }
 
 QString ParameterFile()
@@ -110,6 +132,7 @@ private slots:
     void init();
     void everyFaultAgainstEveryOperation_data();
     void everyFaultAgainstEveryOperation();
+    void aCheckGarbledTwiceIsAFailure();
 
 private:
     // Readies what the operation needs (the settings, the System page) before any fault is armed.
@@ -151,7 +174,7 @@ bool TestHostFaults::Run(CHostWindow& host, Op op, QStringList* pSeen)
         break;
     case OpUpload:
         host.UploadToController();
-        bOk = reported.last().first().toString().startsWith("The controller kept every value.\nThe parameters are saved.");
+        bOk = reported.last().first().toString().contains("The controller kept every value.\nThe parameters are saved.");
         break;
     case OpSave:
         host.SaveParameters();
@@ -215,11 +238,30 @@ void TestHostFaults::everyFaultAgainstEveryOperation()
     const QByteArray fileBefore = FileContent();
     const FactoryParams heldBefore = pSim->StoredParams();
     const CardInfo infoBefore = pSim->Info();
+    IFactoryMgr* pMgr = host.Mgr();
+    FactoryParams recordBefore;
+    pMgr->GetFactoryParams(&recordBefore);
+    QDialog* pDialog = host.SettingsWindow()->Dialog();
+    bool bEdited = true;
 
     pSim->ArmFault(fault);
     QStringList seen;
     const bool bOk = Run(host, op, &seen);
     const QString strSeen = seen.join(" | ");
+    // Whatever happened, the plug-in's record and the dialog hold no value
+    // the controller did not send, and no cell is marked.
+    FactoryParams recordAfter;
+    pMgr->GetFactoryParams(&recordAfter);
+    QVERIFY2(std::memcmp(&recordAfter, &recordBefore, sizeof(FactoryParams)) == 0, qPrintable(strSeen));
+    QVERIFY(QMetaObject::invokeMethod(pDialog, "IsEdited", Q_RETURN_ARG(bool, bEdited)));
+    QVERIFY(!bEdited);
+    QCOMPARE(MarkedCells(pDialog), 0);
+    if (GetsOver(fault, op)) {
+        QVERIFY2(bOk, qPrintable(strSeen));
+        QVERIFY2(strSeen.contains("garbled"), qPrintable(strSeen));
+        QCOMPARE(pSim->ArmedFault(), CSimController::FaultNone);
+        return;
+    }
     if (!Concerns(fault, op)) {
         QVERIFY2(bOk, qPrintable(strSeen));
         QCOMPARE(pSim->ArmedFault(), fault);   // still waiting for its operation
@@ -249,6 +291,42 @@ void TestHostFaults::everyFaultAgainstEveryOperation()
     pSim->SetConnected(true);
     QStringList again;
     QVERIFY2(Run(host, op, &again), qPrintable(again.join(" | ")));
+}
+
+void TestHostFaults::aCheckGarbledTwiceIsAFailure()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    CSimController* pSim = host.Simulator();
+    pSim->SetTaskDuration(0);
+    Prepare(host, OpUpload);
+    {
+        QStringList seen;
+        QVERIFY(Run(host, OpUpload, &seen));
+    }
+    FactoryParams sent;
+    host.Mgr()->GetFactoryParams(&sent);
+    // The check's read, and its repetition, come garbled; the host's own read between them does not.
+    pSim->ArmFault(CSimController::FaultCorruptRead);
+    int nReads = 0;
+    connect(host.findChild<CDeviceRecorder*>(), &CDeviceRecorder::Called, this,
+            [&](const QString& strOperation) {
+                if (strOperation == "ReadFactoryParams" && ++nReads == 2)
+                    pSim->ArmFault(CSimController::FaultCorruptRead);
+            },
+            Qt::DirectConnection);
+    QSignalSpy reported(&host, &CHostWindow::Reported);
+    host.UploadToController();
+    QVERIFY(!reported.isEmpty());
+    const QString strReport = reported.last().first().toString();
+    QVERIFY2(strReport.contains("did not agree twice") && strReport.contains("red marks cannot be trusted")
+                 && !strReport.contains("kept every value"),
+             qPrintable(strReport));
+    FactoryParams after;
+    host.Mgr()->GetFactoryParams(&after);
+    QCOMPARE(std::memcmp(&after, &sent, sizeof(FactoryParams)), 0);
+    QCOMPARE(nReads, 3);
+    QCOMPARE(pSim->ArmedFault(), CSimController::FaultNone);
 }
 
 FACTORYMGR_TEST_MAIN(TestHostFaults)

@@ -561,6 +561,18 @@ void TestSimController::faultsHappenOnceOnTheirOperation()
     QCOMPARE(pSim->ReadFactoryParams(&back), 0);
     QCOMPARE(back.motor[0].speedMax, 700.0);
 
+    // A noisy line: as many garbled reads as armed, then clean ones.
+    pSim->ArmFault(CSimController::FaultCorruptRead, 2);
+    for (int i = 0; i < 2; ++i) {
+        QCOMPARE(pSim->ReadFactoryParams(&back), 0);
+        QVERIFY(back.motor[0].speedMax != 700.0);
+    }
+    QCOMPARE(pSim->ArmedFault(), CSimController::FaultNone);
+    QCOMPARE(pSim->ReadFactoryParams(&back), 0);
+    QCOMPARE(back.motor[0].speedMax, 700.0);
+    pSim->ArmFault(CSimController::FaultCorruptRead, 0);   // no times: nothing armed
+    QCOMPARE(pSim->ArmedFault(), CSimController::FaultNone);
+
     pSim->ArmFault(CSimController::FaultNoAnswer);
     QVariant info;
     QCOMPARE(pSim->QueryFunction("CurrentCardType", info), int(CSimController::CodeNoAnswer));
@@ -612,6 +624,22 @@ void TestSimController::aFaultArmedInTheFlashFileHappens()
     QCOMPARE(pSim->ArmedFault(), CSimController::FaultFlashError);
     FactoryParams params;
     QCOMPARE(pSim->WriteFactoryParams(&params), int(CSimController::CodeFlashError));
+    QCOMPARE(pSim->ArmedFault(), CSimController::FaultNone);
+    // A count, kept across a restart of the controller; junk counts once.
+    pSim.reset();
+    WriteFile(m_strFlash, "[CONTROLLER]\nFAULT=flash-error\nFAULT_TIMES=3\n");
+    pSim = Make();
+    QCOMPARE(pSim->WriteFactoryParams(&params), int(CSimController::CodeFlashError));
+    pSim.reset();
+    pSim = Make();
+    QCOMPARE(pSim->WriteFactoryParams(&params), int(CSimController::CodeFlashError));
+    QCOMPARE(pSim->WriteFactoryParams(&params), int(CSimController::CodeFlashError));
+    QCOMPARE(pSim->WriteFactoryParams(&params), 0);
+    pSim.reset();
+    WriteFile(m_strFlash, "[CONTROLLER]\nFAULT=flash-error\nFAULT_TIMES=junk\n");
+    pSim = Make();
+    QCOMPARE(pSim->WriteFactoryParams(&params), int(CSimController::CodeFlashError));
+    QCOMPARE(pSim->WriteFactoryParams(&params), 0);
     for (CSimController::Fault fault :
          {CSimController::FaultDropOnWrite, CSimController::FaultDropOnRead, CSimController::FaultDropOnUpgrade,
           CSimController::FaultDropOnCut, CSimController::FaultFlashError, CSimController::FaultCorruptRead,
