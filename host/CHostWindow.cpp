@@ -234,6 +234,22 @@ void CHostWindow::BuildMenus()
     m_pCardTypeOther = addAction(pCard, "Type 5 (laser tubes)", "action_cardType5", [this] { m_pSim->SetCardType(5); });
     for (QAction* pAction : {m_pCardType8, m_pCardTypeOther})
         pCardGroup->addAction(pAction)->setCheckable(true);
+
+    QMenu* pHelp = addMenu(nullptr, "&Help", "menu_help");
+    addAction(pHelp, "About", "action_about", &CHostWindow::ShowAbout);
+}
+
+QString CHostWindow::AboutText()
+{
+    return Wording("Quorvane Reference Host") + " " + QStringLiteral(FACTORYMGR_VERSION) + "\n\n"
+        + Wording("The FactoryMgr plug-in on a simulated controller.") + "\n" + Wording("Qt %1").arg(qVersion());
+}
+
+void CHostWindow::ShowAbout()
+{
+    QMessageBox box(QMessageBox::Information, Wording("About"), AboutText(), QMessageBox::Ok, this);
+    box.setObjectName(QStringLiteral("aboutBox"));
+    box.exec();
 }
 
 void CHostWindow::RetranslateUi()

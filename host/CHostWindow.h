@@ -42,6 +42,8 @@ public:
     const CHostNotifier& Notifier() const;
 
     bool StepsPending() const { return m_bStepsPending; }
+    // What Help > About says: the host, the project's version, Qt's version.
+    static QString AboutText();
 
 public slots:
     void OpenSettings();
@@ -54,6 +56,7 @@ public slots:
     void ReloadParameters();
     void SetUnit(int nUnit);
     void SetLanguage(const QString& strLanguage);
+    void ShowAbout();
 
 signals:
     // A sentence for the user about what the last action did.

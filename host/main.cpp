@@ -10,10 +10,12 @@ int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("QuorvaneHost"));
+    QApplication::setApplicationVersion(QStringLiteral(FACTORYMGR_VERSION));
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Reference host of the FactoryMgr plug-in on a simulated controller."));
     parser.addHelpOption();
+    parser.addVersionOption();
     const QCommandLineOption screenshot(QStringLiteral("screenshot"),
                                         QStringLiteral("Render the windows to PNG files in <dir> and exit."),
                                         QStringLiteral("dir"));

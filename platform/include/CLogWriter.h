@@ -8,7 +8,8 @@
 
 // Writes timestamped log lines to "<user data directory>/Log/Quorvane.log",
 // starting a new file when the current one reaches its size limit (the older
-// ones are kept as .1 .. .N). With QUORVANE_LOG_STDERR=1 in the environment
+// ones are kept as .1 .. .N). Each time a process opens a log file, its
+// lines there begin with one naming the project's version and the process. With QUORVANE_LOG_STDERR=1 in the environment
 // every line also goes to stderr.
 class CLogWriter
 {
@@ -32,6 +33,8 @@ public:
 private:
     QString FilePathLocked() const;
     void RotateLocked();
+    // Opens m_file to append, and writes the version line.
+    bool OpenLocked();
 
     mutable QMutex m_mutex;
     QFile m_file;

@@ -3,6 +3,7 @@
 #include "CHostPaths.h"
 #include "CUiPermissionsManager.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QMutexLocker>
@@ -74,6 +75,17 @@ void CLogWriter::RotateLocked()
         QFile::remove(strPath);
 }
 
+bool CLogWriter::OpenLocked()
+{
+    if (!m_file.open(QIODevice::WriteOnly | QIODevice::Append))
+        return false;
+    // Whatever a process writes into a file begins with the version that wrote it.
+    m_file.write(QDateTime::currentDateTime().toString("yyyy-MM-dd HH:mm:ss.zzz").toLatin1()
+                 + " [0] FactoryMgr " FACTORYMGR_VERSION ", process "
+                 + QByteArray::number(QCoreApplication::applicationPid()) + '\n');
+    return true;
+}
+
 void CLogWriter::Write(int nLevel, const QByteArray& text)
 {
     QByteArray line = QDateTime::currentDateTime().toString("yyyy-MM-dd HH:mm:ss.zzz").toLatin1();
@@ -92,12 +104,12 @@ void CLogWriter::Write(int nLevel, const QByteArray& text)
         const QString strPath = FilePathLocked();
         QDir().mkpath(QFileInfo(strPath).absolutePath());
         m_file.setFileName(strPath);
-        if (!m_file.open(QIODevice::WriteOnly | QIODevice::Append))
+        if (!OpenLocked())
             return;   // nowhere to write: the log is best effort
     }
     if (m_file.size() > 0 && m_file.size() + line.size() > m_nMaxFileSize) {
         RotateLocked();
-        if (!m_file.open(QIODevice::WriteOnly | QIODevice::Append))
+        if (!OpenLocked())
             return;
     }
     m_file.write(line);

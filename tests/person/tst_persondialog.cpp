@@ -233,7 +233,7 @@ bool TestPersonDialog::WaitForPicture(int nTab, int nRow, int nColumn,
     bool bOk = false;
     QCoreApplication::sendPostedEvents();
     QCoreApplication::processEvents();
-    QTest::qWaitFor(
+    static_cast<void>(QTest::qWaitFor(   // what it waited for is checked below
         [&] {
             const CellPicture picture = Picture(nTab, nRow, nColumn);
             if (pRedShare)
@@ -241,7 +241,7 @@ bool TestPersonDialog::WaitForPicture(int nTab, int nRow, int nColumn,
             bOk = pred(picture);
             return bOk;
         },
-        3000);
+        3000));
     return bOk;
 }
 
@@ -608,12 +608,12 @@ void TestPersonDialog::aCleanCheckClearsEveryRed()
         QVERIFY(ShowTab(nTab));
         QWidget* pViewport = Table(nTab)->viewport();
         double dRed = 1.0;
-        QTest::qWaitFor(
+        static_cast<void>(QTest::qWaitFor(   // what it waited for is checked below
             [&] {
                 dRed = CellPicture(pViewport, pViewport->rect()).RedShare();
                 return dRed == 0.0;
             },
-            3000);
+            3000));
         QVERIFY2(dRed == 0.0, qPrintable(QStringLiteral("tab %1: red share %2").arg(nTab).arg(dRed)));
     }
 }
@@ -646,12 +646,12 @@ void TestPersonDialog::everyValueCellShowsOneCentredLine()
                                                  : rect.adjusted(0, 0, -1, -1);
             const int nContrast = bEnabled ? 110 : 30;
             CellPicture picture(pTable->viewport(), text, nContrast);
-            QTest::qWaitFor(
+            static_cast<void>(QTest::qWaitFor(   // what it waited for is checked below
                 [&] {
                     picture = CellPicture(pTable->viewport(), text, nContrast);
                     return picture.InkLines().size() == 1;
                 },
-                3000);
+                3000));
             const QString strWhere = QStringLiteral("cell (%1, %2) \"%3\"").arg(r).arg(c).arg(pCell->shownText());
             const auto lines = picture.InkLines();
             QVERIFY2(lines.size() == 1, qPrintable(strWhere + QStringLiteral(": %1 lines of text").arg(lines.size())));

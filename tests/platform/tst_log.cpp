@@ -23,18 +23,34 @@ private slots:
     void linesFromManyThreadsStayWhole();
     void unwritableDirectoryIsHarmless();
     void copiesToStderrWhenAsked();
+    void eachFileBeginsWithTheVersion();
 
 private:
+    // The lines of a log file but for the version lines.
     static QStringList Lines(const QString& strPath);
+    static QStringList AllLines(const QString& strPath);
     QTemporaryDir m_dir;
 };
 
-QStringList TestLog::Lines(const QString& strPath)
+namespace {
+const QRegularExpression kVersionLine(QStringLiteral(R"(^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \[0\] FactoryMgr %1, process %2$)")
+                                          .arg(QRegularExpression::escape(QStringLiteral(FACTORYMGR_VERSION)))
+                                          .arg(QCoreApplication::applicationPid()));
+}
+
+QStringList TestLog::AllLines(const QString& strPath)
 {
     QFile file(strPath);
     if (!file.open(QIODevice::ReadOnly))
         return {};
     return QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts);
+}
+
+QStringList TestLog::Lines(const QString& strPath)
+{
+    QStringList lines = AllLines(strPath);
+    lines.removeIf([](const QString& strLine) { return kVersionLine.match(strLine).hasMatch(); });
+    return lines;
 }
 
 void TestLog::init()
@@ -193,6 +209,37 @@ void TestLog::copiesToStderrWhenAsked()
     std::fclose(pCapture);
     QVERIFY(Lines(strCapture).isEmpty());
     QCOMPARE(Lines(quiet.FilePath()).size(), 1);
+}
+
+void TestLog::eachFileBeginsWithTheVersion()
+{
+    QCOMPARE(QStringLiteral(FACTORYMGR_VERSION).count('.'), 2);
+    CLogWriter writer;
+    writer.SetDirectory(m_dir.path() + "/version");
+    writer.Write(0, "first");
+    writer.Write(0, "second");
+    QStringList lines = AllLines(writer.FilePath());
+    QCOMPARE(lines.size(), 3);
+    QVERIFY2(kVersionLine.match(lines[0]).hasMatch(), qPrintable(lines[0]));
+    QVERIFY(lines[1].endsWith("[0] first") && lines[2].endsWith("[0] second"));
+
+    // Another process (here: another writer) appending to the file says so first.
+    {
+        CLogWriter again;
+        again.SetDirectory(m_dir.path() + "/version");
+        again.Write(0, "third");
+    }
+    lines = AllLines(writer.FilePath());
+    QCOMPARE(lines.size(), 5);
+    QVERIFY(kVersionLine.match(lines[3]).hasMatch());
+    QVERIFY(lines[4].endsWith("[0] third"));
+
+    // So does the file a rotation starts.
+    writer.SetMaxFileSize(200);
+    for (int i = 0; i < 4; ++i)
+        writer.Write(0, QByteArray(60, 'r'));
+    QVERIFY(QFileInfo::exists(writer.FilePath() + ".1"));
+    QVERIFY(kVersionLine.match(AllLines(writer.FilePath()).value(0)).hasMatch());
 }
 
 FACTORYMGR_TEST_MAIN(TestLog)
