@@ -1,0 +1,37 @@
+# What `cmake --install` puts under the prefix, in two components:
+#   Runtime      the host, the plug-in, the platform libraries, the resources
+#   Development  the contract's headers, the CMake package, the pkg-config file
+include(CMakePackageConfigHelpers)
+
+install(DIRECTORY resources/ DESTINATION ${FACTORYMGR_INSTALL_RESOURCEDIR} COMPONENT Runtime)
+# The reference host on the command path; it finds its libraries and
+# resources from where the link points.
+file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/install)
+file(CREATE_LINK ../${FACTORYMGR_INSTALL_BINDIR}/QuorvaneHost ${CMAKE_BINARY_DIR}/install/quorvane-host SYMBOLIC)
+install(FILES ${CMAKE_BINARY_DIR}/install/quorvane-host DESTINATION bin COMPONENT Runtime)
+
+# The headers of the contract: the interface and its record, and the host
+# objects the plug-in is handed.
+set(FACTORYMGR_PUBLIC_HEADERS
+  FactoryMgr/include/IFactoryMgr.h FactoryMgr/include/FactoryParams.h
+  platform/include/IDevice.h platform/include/ICard.h platform/include/ITaskState.h
+  platform/include/IErrorNotifier.h platform/include/CardInfo.h platform/include/IThreadDialogOwner.h)
+install(FILES ${FACTORYMGR_PUBLIC_HEADERS} DESTINATION ${FACTORYMGR_INSTALL_INCLUDEDIR} COMPONENT Development)
+
+configure_package_config_file(cmake/FactoryMgrConfig.cmake.in ${CMAKE_BINARY_DIR}/install/FactoryMgrConfig.cmake
+  INSTALL_DESTINATION lib/cmake/FactoryMgr
+  PATH_VARS FACTORYMGR_INSTALL_INCLUDEDIR FACTORYMGR_INSTALL_BINDIR FACTORYMGR_INSTALL_RESOURCEDIR)
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/install/FactoryMgrConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/install/FactoryMgrConfig.cmake ${CMAKE_BINARY_DIR}/install/FactoryMgrConfigVersion.cmake
+  DESTINATION lib/cmake/FactoryMgr COMPONENT Development)
+configure_file(cmake/factorymgr.pc.in ${CMAKE_BINARY_DIR}/install/factorymgr.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/install/factorymgr.pc DESTINATION lib/pkgconfig COMPONENT Development)
+
+# Each package's copyright and changelog, where Debian looks for them.
+execute_process(COMMAND gzip -9nc ${CMAKE_SOURCE_DIR}/cmake/changelog
+  OUTPUT_FILE ${CMAKE_BINARY_DIR}/install/changelog.gz COMMAND_ERROR_IS_FATAL ANY)
+install(FILES cmake/copyright ${CMAKE_BINARY_DIR}/install/changelog.gz
+  DESTINATION share/doc/factorymgr COMPONENT Runtime)
+install(FILES cmake/copyright ${CMAKE_BINARY_DIR}/install/changelog.gz
+  DESTINATION share/doc/factorymgr-dev COMPONENT Development)
