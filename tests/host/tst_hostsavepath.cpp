@@ -7,6 +7,7 @@
 #include "ModalAnswerer.h"
 #include "WizardDriver.h"
 
+#include <QAction>
 #include <QDialog>
 #include <QMessageBox>
 #include <QStandardPaths>
@@ -71,6 +72,7 @@ private slots:
     void aSecondCalibrationBeforeUploadIsAskedFirst();
     void editsAreNotLostWithoutAsking();
     void theWindowComesBackWhereItWasLeft();
+    void helpAboutNamesTheVersion();
 };
 
 void TestHostSavePath::init()
@@ -604,6 +606,24 @@ void TestHostSavePath::theWindowComesBackWhereItWasLeft()
     }
     CHostWindow again;
     QCOMPARE(again.size(), QSize(720, 530));
+}
+
+void TestHostSavePath::helpAboutNamesTheVersion()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    QAction* pAbout = host.findChild<QAction*>("action_about");
+    QVERIFY(pAbout);
+    QString strShown;
+    QTimer::singleShot(0, this, [&] {
+        QTRY_VERIFY(qobject_cast<QMessageBox*>(QApplication::activeModalWidget()));
+        auto* pBox = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        strShown = pBox->text();
+        pBox->accept();
+    });
+    pAbout->trigger();
+    QVERIFY2(strShown.contains(QStringLiteral(" " FACTORYMGR_VERSION "\n")), qPrintable(strShown));
+    QVERIFY(strShown.contains(QStringLiteral("Qt %1").arg(qVersion())));
 }
 
 FACTORYMGR_TEST_MAIN(TestHostSavePath)
