@@ -9,7 +9,6 @@
 #include "CTranslator.h"
 #include "CUploadReport.h"
 #include "CUiPermissionsManager.h"
-#include "DlgFactoryMgr.h"
 #include "FactoryParams.h"
 
 #include <QActionGroup>
@@ -318,7 +317,7 @@ QDialog* CHostWindow::TakeSettingsDialog()
     // Without the access file the plug-in says so in a box of its own and
     // hands over a dialog it does not keep: nothing to show, the host's to delete.
     const bool bAdmitted = QFileInfo::exists(CHostPaths::ResourceDirectory() + "/Data/FactoryPsw.ini");
-    QDialog* pDialog = static_cast<QDialog*>(Mgr()->ShowFactoryDlg(&CPatternConverter::ConvertPattern));
+    QDialog* pDialog = FactoryDialog(Mgr()->ShowFactoryDlg(&CPatternConverter::ConvertPattern));
     if (!bAdmitted) {
         delete pDialog;
         Report(Wording("The machine settings are not available on this computer: the access file is missing."));

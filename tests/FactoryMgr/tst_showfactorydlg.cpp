@@ -89,6 +89,10 @@ void TestShowFactoryDlg::returnsAKeptFilledDialogPlacedByItsOwner()
     QVERIFY(!pDialog->isVisible());   // the host shows it
     QVERIFY(CFactoryMgrApp::GetInstance()->GetConvertPatternCallback() == &ConvertPattern);
     QVERIFY(FirstFileFieldDifference(Working(pDialog.get()), record).isEmpty());
+    // A host without the dialog's declaration takes it as a QDialog: the same object.
+    QDialog* pAsDialog = pDialog.get();
+    QCOMPARE(FactoryDialog(pDialog.get()), pAsDialog);
+    QCOMPARE(FactoryDialog(nullptr), static_cast<QDialog*>(nullptr));
 }
 
 void TestShowFactoryDlg::aNewShowReplacesTheOldDialog()
