@@ -19,26 +19,27 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION misc)
 # Dependencies from the binaries; the platform libraries are the package's own.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR}/bin)
+# The first line is the synopsis; CPack indents the rest and marks empty lines.
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "factory parameter plug-in for laser machine hosts
- FactoryMgr is the plug-in in which a laser machine builder sets and keeps a
- machine's factory parameters: motor axes, laser sources, machine options and
- processing speeds. It reads and writes them to the controller, shows what the
- controller refused, upgrades firmware and calibrates the X and Y steps.
- .
- This package holds the plug-in, the host platform libraries it links
- against, its resources, and a reference host (quorvane-host) that runs it on a
- simulated controller.")
+FactoryMgr is the plug-in in which a laser machine builder sets and keeps a
+machine's factory parameters: motor axes, laser sources, machine options and
+processing speeds. It reads and writes them to the controller, shows what the
+controller refused, upgrades firmware and calibrates the X and Y steps.
+
+This package holds the plug-in, the host platform libraries it links
+against, its resources, and a reference host (quorvane-host) that runs it on a
+simulated controller.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME factorymgr-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION devel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "factorymgr (= ${PROJECT_VERSION}), qt6-base-dev (>= ${FACTORYMGR_QT_MIN})")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "factory parameter plug-in for laser machine hosts - development files
- FactoryMgr is the plug-in in which a laser machine builder sets and keeps a
- machine's factory parameters.
- .
- This package holds what a host application compiles against: the headers of
- the plug-in's interface, its parameter record and the host objects, a CMake
- package (find_package(FactoryMgr)) and a pkg-config file (factorymgr).")
+FactoryMgr is the plug-in in which a laser machine builder sets and keeps a
+machine's factory parameters.
+
+This package holds what a host application compiles against: the headers of
+the plug-in's interface, its parameter record and the host objects, a CMake
+package (find_package(FactoryMgr)) and a pkg-config file (factorymgr).")
 
 include(CPack)
