@@ -1,30 +1,15 @@
 #include "FactoryParamFile.h"
 
 #include "CFactoryMgrApp.h"
+#include "CParamBackups.h"
 #include "CTipsBox.h"
-#include "FactoryParamKeys.h"
-#include "FactoryParams.h"
-#include "IniValue.h"
+#include "FactoryParamIo.h"
+#include "ILog.h"
 
-#include <QDateTime>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
-#include <QSettings>
-#include <QUuid>
-
-#include <sys/stat.h>
-
-#include <cmath>
-#include <cstdio>
-#include <cstring>
 
 namespace {
-const QString kHeader = QStringLiteral("FACTORY_PARAM");
-const QString kMarkerKey = QStringLiteral("FILE_FLAG");
-const QString kMarker = QStringLiteral("__FACTORY_PARAM__");
-const QString kTimeKey = QStringLiteral("CREATE_TIME");
-
 QString ResolvePath(const QString& strPath)
 {
     return strPath.isEmpty() ? DefaultFactoryParamPath() : strPath;
@@ -42,106 +27,29 @@ QString DefaultFactoryParamPath()
 bool LoadFactoryParams(FactoryParams& record, const QString& strPath)
 {
     const QString strFile = ResolvePath(strPath);
-    // Only a regular file counts: a directory or a pipe in its place is no
-    // parameter file (and a pipe must not block the reader). QFileInfo says
-    // "no file" for a file the user may not read, which must still fail the
-    // marker check, so the type comes from stat.
-    struct stat status {};
-    if (::stat(QFile::encodeName(strFile).constData(), &status) != 0 || !S_ISREG(status.st_mode))
-        return false;
-    if (ReadIniString(kHeader, kMarkerKey, QString(), strFile) != kMarker) {
-        CTipsBox::ShowTranslated("File ID is incorrect!");
-        return false;
+    switch (ReadFactoryParamFile(record, strFile)) {
+    case ParamFileStatus::Loaded: return true;
+    case ParamFileStatus::NoFile: return false;
+    case ParamFileStatus::TooLarge:
+        ILog_WriteLogF(1, "The parameter file %s is refused: it is larger than %d bytes.",
+                       QFile::encodeName(strFile).constData(), int(kMaxParamFileSize));
+        break;
+    case ParamFileStatus::WrongMarker: break;
     }
-    // Read into a copy so that the record changes only as a whole. Each value
-    // is looked up in the file as it is on disk.
-    FactoryParams loaded;
-    std::memcpy(static_cast<void*>(&loaded), &record, sizeof(FactoryParams));
-    for (const FactoryParamKey& key : FactoryParamKey::ForRecord(loaded)) {
-        if (key.pDouble)
-            *key.pDouble = ReadIniDouble(key.strSection, key.strKey, key.dMissing, strFile);
-        else if (key.pInt)
-            *key.pInt = ReadIniInt(key.strSection, key.strKey, int(key.dMissing), strFile);
-        else
-            *key.pBool = ReadIniInt(key.strSection, key.strKey, int(key.dMissing), strFile) != 0;
-    }
-    std::memcpy(static_cast<void*>(&record), &loaded, sizeof(FactoryParams));
-    return true;
-}
-
-namespace {
-// Whether the file at strPath holds exactly what was written. The settings
-// layer does not notice a short write (a full disk, a file size limit), so the
-// new file is read back before it may replace the old one. strPath must be a
-// name the settings layer has not seen in this process: its cache would
-// otherwise answer with the values it meant to write.
-bool HoldsExactly(const QString& strPath, FactoryParams& values, const QString& strTime)
-{
-    QSettings written(strPath, QSettings::IniFormat);
-    const QString strHeader = kHeader + "/";
-    if (written.status() != QSettings::NoError || written.value(strHeader + kMarkerKey).toString() != kMarker
-        || written.value(strHeader + kTimeKey).toString() != strTime)
-        return false;
-    const QVector<FactoryParamKey> keys = FactoryParamKey::ForRecord(values);
-    if (written.allKeys().size() != keys.size() + 2)
-        return false;
-    for (const FactoryParamKey& key : keys) {
-        const QVariant value = written.value(key.strSection + "/" + key.strKey);
-        // A NaN read from a hand-written file must save and read back as NaN.
-        const bool bSame = key.pDouble ? (value.toDouble() == *key.pDouble
-                                          || (std::isnan(value.toDouble()) && std::isnan(*key.pDouble)))
-            : key.pInt                 ? value.toInt() == *key.pInt
-                                       : value.toInt() == (*key.pBool ? 1 : 0);
-        if (!value.isValid() || !bSame)
-            return false;
-    }
-    return true;
-}
-
-bool RenameOver(const QString& strFrom, const QString& strTo)
-{
-    // POSIX rename replaces the target in one step; QFile::rename will not replace.
-    return std::rename(QFile::encodeName(strFrom).constData(), QFile::encodeName(strTo).constData()) == 0;
-}
+    CTipsBox::ShowTranslated("File ID is incorrect!");
+    return false;
 }
 
 bool SaveFactoryParams(const FactoryParams& record, const QString& strPath)
 {
     const QString strFile = ResolvePath(strPath);
-    // The new file is written in full beside the old one, checked, and only
-    // then renamed over it in one step: a save that fails at any point leaves
-    // the previous file whole. A fresh file never carries stale keys.
-    const QFileInfo info(strFile);
-    const QString strStem = info.absolutePath() + "/." + info.fileName() + "."
-        + QUuid::createUuid().toString(QUuid::Id128);
-    const QString strNew = strStem + ".saving";
-    const QString strCheck = strStem + ".check";
-    {
-        QFile probe(strNew);
-        if (!probe.open(QIODevice::ReadWrite))
-            return false;
+    // The default file is the one the machine builder lives with: what it
+    // held goes to the backups first. A backup that cannot be made does not
+    // stop the save.
+    if (QFileInfo(strFile).absoluteFilePath() == QFileInfo(DefaultFactoryParamPath()).absoluteFilePath()) {
+        QString strError;
+        if (!CParamBackups::KeepFile(strFile, CParamBackups::ReasonSave, &strError))
+            ILog_WriteLogF(1, "No backup was kept before saving the parameters: %s", strError.toUtf8().constData());
     }
-
-    FactoryParams values;
-    std::memcpy(static_cast<void*>(&values), &record, sizeof(FactoryParams));
-    const QString strTime = QDateTime::currentDateTime().toString("yyyyMMddHHmmss");
-    BeginBatchWrite(strNew);
-    WriteIniString(kHeader, kMarkerKey, kMarker, strNew);
-    WriteIniString(kHeader, kTimeKey, strTime, strNew);
-    for (const FactoryParamKey& key : FactoryParamKey::ForRecord(values)) {
-        if (key.pDouble)
-            WriteIniDouble(key.strSection, key.strKey, *key.pDouble, strNew);
-        else if (key.pInt)
-            WriteIniInt(key.strSection, key.strKey, *key.pInt, strNew);
-        else
-            WriteIniInt(key.strSection, key.strKey, *key.pBool ? 1 : 0, strNew);
-    }
-    const bool bWritten = EndBatchWrite();
-
-    if (bWritten && RenameOver(strNew, strCheck) && HoldsExactly(strCheck, values, strTime)
-        && RenameOver(strCheck, strFile))
-        return true;
-    QFile::remove(strNew);
-    QFile::remove(strCheck);
-    return false;
+    return WriteFactoryParamFile(record, strFile);
 }

@@ -3,25 +3,50 @@
 #include "FactoryParamMissing.h"
 #include "FactoryParams.h"
 
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <type_traits>
+
 namespace {
 const QString kLaser = QStringLiteral("FACTORY_PARAM_LASER");
 const QString kMotor = QStringLiteral("FACTORY_PARAM_MOTOR");
 const QString kMachine = QStringLiteral("FACTORY_PARAM_MACHINE");
 const QString kSpeed = QStringLiteral("FACTORY_PARAM_SPEED");
 
-FactoryParamKey Int(const QString& strSection, const QString& strKey, int32_t& field, int nMissing)
+constexpr double kNoBound = std::numeric_limits<double>::quiet_NaN();
+constexpr double kMaxValue = 1000000.0;
+
+// What a person reads about a field.
+struct Meaning
 {
-    return {strSection, strKey, &field, nullptr, nullptr, double(nMissing)};
+    const char* szLabel;
+    const char* szUnit;
+    double dMin;
+    double dMax;
+};
+
+constexpr Meaning Switch(const char* szLabel)
+{
+    return {szLabel, "", 0.0, 1.0};
 }
 
-FactoryParamKey Bool(const QString& strSection, const QString& strKey, bool& field, int nMissing)
+constexpr Meaning Unbounded(const char* szLabel, const char* szUnit = "")
 {
-    return {strSection, strKey, nullptr, &field, nullptr, double(nMissing)};
+    return {szLabel, szUnit, kNoBound, kNoBound};
 }
 
-FactoryParamKey Double(const QString& strSection, const QString& strKey, double& field, double dMissing)
+FactoryParamKey Key(const QString& strSection, const QString& strKey, int32_t* pInt, bool* pBool, double* pDouble,
+                    double dMissing, const Meaning& meaning, FactoryParamKey::Group group, int nIndex)
 {
-    return {strSection, strKey, nullptr, nullptr, &field, dMissing};
+    FactoryParamKey key{strSection, strKey, pInt, pBool, pDouble, dMissing};
+    key.szLabel = meaning.szLabel;
+    key.szUnit = meaning.szUnit;
+    key.group = group;
+    key.nIndex = nIndex;
+    key.dMin = meaning.dMin;
+    key.dMax = meaning.dMax;
+    return key;
 }
 
 // Per-axis and per-laser keys end in "_<n>", n counting from 1.
@@ -36,67 +61,156 @@ QVector<FactoryParamKey> FactoryParamKey::ForRecord(FactoryParams& record)
     using namespace FactoryParamMissing;
     QVector<FactoryParamKey> keys;
     keys.reserve(105);
+    const auto add = [&keys](const QString& strSection, const QString& strKey, auto& field, double dMissing,
+                             const Meaning& meaning, Group group = GroupNone, int nIndex = 0) {
+        using Field = std::remove_reference_t<decltype(field)>;
+        int32_t* pInt = nullptr;
+        bool* pBool = nullptr;
+        double* pDouble = nullptr;
+        if constexpr (std::is_same_v<Field, int32_t>)
+            pInt = &field;
+        else if constexpr (std::is_same_v<Field, bool>)
+            pBool = &field;
+        else
+            pDouble = &field;
+        keys << Key(strSection, strKey, pInt, pBool, pDouble, dMissing, meaning, group, nIndex);
+    };
 
     LaserSection& laser = record.laser;
-    keys << Int(kLaser, "LASER_COUNT", laser.laserCount, kLaserCount)
-         << Int(kLaser, "LASER1_TYPE", laser.lasers[0].type, kLaserType)
-         << Int(kLaser, "LASER2_TYPE", laser.lasers[1].type, kLaserType)
-         << Int(kLaser, "LASER_MACHINE_TYPE", laser.laserMachineType, kLaserMachineType);
+    add(kLaser, "LASER_COUNT", laser.laserCount, kLaserCount, {"Laser count", "", 1.0, 2.0});
+    add(kLaser, "LASER1_TYPE", laser.lasers[0].type, kLaserType, {"Laser type", "", 0.0, 4.0}, GroupLaser, 0);
+    add(kLaser, "LASER2_TYPE", laser.lasers[1].type, kLaserType, {"Laser type", "", 0.0, 4.0}, GroupLaser, 1);
+    add(kLaser, "LASER_MACHINE_TYPE", laser.laserMachineType, kLaserMachineType, Switch("Laser tube configuration"));
     for (int i = 0; i < 2; ++i) {
         LaserParams& source = laser.lasers[i];
-        keys << Int(kLaser, Numbered("LASER_POWER", i), source.power, kPower)
-             << Double(kLaser, Numbered("LASER_POWER_MIN", i), source.powerMin, kPowerMin)
-             << Double(kLaser, Numbered("LASER_POWER_MAX", i), source.powerMax, kPowerMax)
-             << Double(kLaser, Numbered("LASER_POWER_REDUCTION", i), source.powerReduction, kPowerReduction)
-             << Double(kLaser, Numbered("LASER_FREQUENCY", i), source.frequency, kFrequency)
-             << Double(kLaser, Numbered("LASER_BURNING_FREQUENCY", i), source.burningFrequency, kBurningFrequency)
-             << Double(kLaser, Numbered("LASER_BURNING_WIDTH", i), source.burningWidth, kBurningWidth)
-             << Int(kLaser, Numbered("LASER_SWITCH_SIGNAL", i), source.switchSignal, kSwitchSignal)
-             << Bool(kLaser, Numbered("LASER_WATER_PROTECT", i), source.waterProtect, kWaterProtect);
+        const auto laserKey = [&](const char* szKey, auto& field, double dMissing, const Meaning& meaning) {
+            add(kLaser, Numbered(szKey, i), field, dMissing, meaning, GroupLaser, i);
+        };
+        laserKey("LASER_POWER", source.power, kPower, Unbounded("Laser power(W)", "W"));
+        laserKey("LASER_POWER_MIN", source.powerMin, kPowerMin, {"Min power(%)", "%", 0.0, 100.0});
+        laserKey("LASER_POWER_MAX", source.powerMax, kPowerMax, {"Max power(%)", "%", 0.0, 100.0});
+        laserKey("LASER_POWER_REDUCTION", source.powerReduction, kPowerReduction,
+                 {"Laser Attenuation(%)", "%", 0.0, 100.0});
+        laserKey("LASER_FREQUENCY", source.frequency, kFrequency, {"Laser Frequency(kHz)", "", 0.0, kMaxValue});
+        laserKey("LASER_BURNING_FREQUENCY", source.burningFrequency, kBurningFrequency,
+                 {"Pre-burning frequency(kHz)", "Hz", 0.0, kMaxValue});
+        laserKey("LASER_BURNING_WIDTH", source.burningWidth, kBurningWidth,
+                 {"Pre-ignition pulse width(%)", "%", 0.0, kMaxValue});
+        laserKey("LASER_SWITCH_SIGNAL", source.switchSignal, kSwitchSignal, Switch("SwitchLevel"));
+        laserKey("LASER_WATER_PROTECT", source.waterProtect, kWaterProtect, Switch("Water Protection"));
     }
 
     for (int a = 0; a < 4; ++a) {
         MotorParams& motor = record.motor[a];
-        keys << Int(kMotor, Numbered("MOTOR_DIRECTION_POLAR", a), motor.directionPolar, kDirectionPolar)
-             << Int(kMotor, Numbered("MOTOR_LIMIT_POLAR", a), motor.limitPolar, kLimitPolar)
-             << Int(kMotor, Numbered("MOTOR_CONTROL_TYPE", a), motor.controlType, kControlType)
-             << Int(kMotor, Numbered("MOTOR_PWM_EDGE", a), motor.pwmEdge, kPwmEdge)
-             << Int(kMotor, Numbered("MOTOR_KEY_DIRECTION", a), motor.keyDirection, kKeyDirection)
-             << Bool(kMotor, Numbered("MOTOR_HARD_LIMIT_PROTECT", a), motor.hardLimitProtect, kHardLimitProtect)
-             << Bool(kMotor, Numbered("MOTOR_RESET_ENABLE", a), motor.resetEnable, kResetEnable)
-             << Bool(kMotor, Numbered("MOTOR_STARTUP_RESET", a), motor.startupReset, kStartupReset)
-             << Double(kMotor, Numbered("MOTOR_PULSE_PER_MM", a), motor.pulsePerMm, kPulsePerMm)
-             << Double(kMotor, Numbered("MOTOR_SIZE", a), motor.size, kSize)
-             << Double(kMotor, Numbered("MOTOR_ZERO_OFFSET", a), motor.zeroOffset, kZeroOffset)
-             << Double(kMotor, Numbered("MOTOR_SPEED_JUMP", a), motor.speedJump, kSpeedJump)
-             << Double(kMotor, Numbered("MOTOR_SPEED_MAX", a), motor.speedMax, kSpeedMax)
-             << Double(kMotor, Numbered("MOTOR_ACC_MAX", a), motor.accMax, kAccMax)
-             << Double(kMotor, Numbered("MOTOR_ACC_URGENT_STOP", a), motor.accUrgentStop, kAccUrgentStop)
-             << Double(kMotor, Numbered("MOTOR_ACC_KEY", a), motor.accKey, kAccKey)
-             << Double(kMotor, Numbered("MOTOR_SPEED_KEY_JUMP", a), motor.speedKeyJump, kSpeedKeyJump);
+        const auto motorKey = [&](const char* szKey, auto& field, double dMissing, const Meaning& meaning) {
+            add(kMotor, Numbered(szKey, a), field, dMissing, meaning, GroupAxis, a);
+        };
+        motorKey("MOTOR_DIRECTION_POLAR", motor.directionPolar, kDirectionPolar, Switch("Direction of Polarity"));
+        motorKey("MOTOR_LIMIT_POLAR", motor.limitPolar, kLimitPolar, Switch("Limit switch polarity"));
+        motorKey("MOTOR_CONTROL_TYPE", motor.controlType, kControlType, Switch("Control Mode"));
+        motorKey("MOTOR_PWM_EDGE", motor.pwmEdge, kPwmEdge, Switch("PWM Edge Valid"));
+        motorKey("MOTOR_KEY_DIRECTION", motor.keyDirection, kKeyDirection, Switch("Keypad Direction"));
+        motorKey("MOTOR_HARD_LIMIT_PROTECT", motor.hardLimitProtect, kHardLimitProtect,
+                 Switch("Hard limit protection"));
+        motorKey("MOTOR_RESET_ENABLE", motor.resetEnable, kResetEnable, Switch("Takes part in homing"));
+        motorKey("MOTOR_STARTUP_RESET", motor.startupReset, kStartupReset, Switch("Initialization"));
+        motorKey("MOTOR_PULSE_PER_MM", motor.pulsePerMm, kPulsePerMm, {"Step(p/um)", "pulses/mm", 0.0, kMaxValue});
+        motorKey("MOTOR_SIZE", motor.size, kSize, {"Move Distance(mm)", "mm", 0.0, kMaxValue});
+        motorKey("MOTOR_ZERO_OFFSET", motor.zeroOffset, kZeroOffset, {"Zero Offset(mm)", "mm", 0.0, kMaxValue});
+        motorKey("MOTOR_SPEED_JUMP", motor.speedJump, kSpeedJump, {"Ini Speed(mm/s)", "mm/s", 0.0, kMaxValue});
+        motorKey("MOTOR_SPEED_MAX", motor.speedMax, kSpeedMax, {"Max Speed(mm/s)", "mm/s", 0.0, kMaxValue});
+        motorKey("MOTOR_ACC_MAX", motor.accMax, kAccMax, {"Max Acc(mm/s²)", "mm/s²", 0.0, kMaxValue});
+        motorKey("MOTOR_ACC_URGENT_STOP", motor.accUrgentStop, kAccUrgentStop,
+                 {"Emergency stop Acc(mm/s²)", "mm/s²", 0.0, kMaxValue});
+        motorKey("MOTOR_ACC_KEY", motor.accKey, kAccKey, {"Button Acc(mm/s²)", "mm/s²", 0.0, kMaxValue});
+        motorKey("MOTOR_SPEED_KEY_JUMP", motor.speedKeyJump, kSpeedKeyJump,
+                 {"Keypad Speed(mm/s)", "mm/s", 0.0, kMaxValue});
     }
 
     MachineSection& machine = record.machine;
-    keys << Int(kMachine, "MACHINE_MACHINE_TYPE", machine.machineType, kMachineType)
-         << Int(kMachine, "MACHINE_MOTIVE_MODE", machine.motiveMode, kMotiveMode)
-         << Int(kMachine, "MACHINE_FEED_MODE", machine.feedMode, kFeedMode)
-         << Int(kMachine, "MACHINE_ZERO", machine.machineZero, kMachineZero)
-         << Bool(kMachine, "MACHINE_OPEN_PROJECT", machine.openProject, kOpenProject)
-         << Bool(kMachine, "MACHINE_BLOW", machine.blow, kBlow)
-         << Int(kMachine, "MACHINE_OUTAGE_DELAY", machine.outageDelay, kOutageDelay)
-         << Double(kMachine, "MACHINE_LASER_SPACE", machine.laserSpace, kLaserSpace);
+    add(kMachine, "MACHINE_MACHINE_TYPE", machine.machineType, kMachineType, Unbounded("Machine type"));
+    add(kMachine, "MACHINE_MOTIVE_MODE", machine.motiveMode, kMotiveMode, Unbounded("Moving parts"));
+    add(kMachine, "MACHINE_FEED_MODE", machine.feedMode, kFeedMode, Unbounded("Feed mode"));
+    add(kMachine, "MACHINE_ZERO", machine.machineZero, kMachineZero, Unbounded("Machine zero"));
+    add(kMachine, "MACHINE_OPEN_PROJECT", machine.openProject, kOpenProject, Switch("Lid protection"));
+    add(kMachine, "MACHINE_BLOW", machine.blow, kBlow, Switch("Blowing"));
+    add(kMachine, "MACHINE_OUTAGE_DELAY", machine.outageDelay, kOutageDelay, Unbounded("Power-off delay"));
+    add(kMachine, "MACHINE_LASER_SPACE", machine.laserSpace, kLaserSpace, Unbounded("Dual head Distance", "mm"));
 
     SpeedSection& speed = record.speed;
-    keys << Double(kSpeed, "SPEED_CUT_SPEED_SPACE", speed.cutSpeedSpace, kCutSpeedSpace)
-         << Double(kSpeed, "SPEED_CUT_SPEED_CORNER", speed.cutSpeedCorner, kCutSpeedCorner)
-         << Double(kSpeed, "SPEED_CUT_ACC_SPACE", speed.cutAccSpace, kCutAccSpace)
-         << Double(kSpeed, "SPEED_CUT_ACC_CORNER", speed.cutAccCorner, kCutAccCorner)
-         << Double(kSpeed, "SPEED_CUT_ACC_WORK", speed.cutAccWork, kCutAccWork)
-         << Double(kSpeed, "SPEED_SWEEP_SPEED_XSTART", speed.sweepSpeedXStart, kSweepSpeedXStart)
-         << Double(kSpeed, "SPEED_SWEEP_SPEED_YSTART", speed.sweepSpeedYStart, kSweepSpeedYStart)
-         << Double(kSpeed, "SPEED_SWEEP_SPEED_NEWLINE", speed.sweepSpeedNewline, kSweepSpeedNewline)
-         << Double(kSpeed, "SPEED_SWEEP_ACC_X", speed.sweepAccX, kSweepAccX)
-         << Double(kSpeed, "SPEED_SWEEP_ACC_Y", speed.sweepAccY, kSweepAccY)
-         << Double(kSpeed, "SPEED_PANEL_SPEED_RESET", speed.panelSpeedReset, kPanelSpeedReset);
+    add(kSpeed, "SPEED_CUT_SPEED_SPACE", speed.cutSpeedSpace, kCutSpeedSpace, Unbounded("Idle speed(mm/s)", "mm/s"));
+    add(kSpeed, "SPEED_CUT_SPEED_CORNER", speed.cutSpeedCorner, kCutSpeedCorner,
+        Unbounded("Corner speed(mm/s)", "mm/s"));
+    add(kSpeed, "SPEED_CUT_ACC_SPACE", speed.cutAccSpace, kCutAccSpace, Unbounded("Idle Acc(mm/s²)", "mm/s²"));
+    add(kSpeed, "SPEED_CUT_ACC_CORNER", speed.cutAccCorner, kCutAccCorner, Unbounded("PMax Acc(mm/s²)", "mm/s²"));
+    add(kSpeed, "SPEED_CUT_ACC_WORK", speed.cutAccWork, kCutAccWork, Unbounded("Working Acc(mm/s²)", "mm/s²"));
+    add(kSpeed, "SPEED_SWEEP_SPEED_XSTART", speed.sweepSpeedXStart, kSweepSpeedXStart,
+        Unbounded("Engraving X-axis Ini speed(mm/s)", "mm/s"));
+    add(kSpeed, "SPEED_SWEEP_SPEED_YSTART", speed.sweepSpeedYStart, kSweepSpeedYStart,
+        Unbounded("Engraving Y-axis Ini speed(mm/s)", "mm/s"));
+    add(kSpeed, "SPEED_SWEEP_SPEED_NEWLINE", speed.sweepSpeedNewline, kSweepSpeedNewline,
+        Unbounded("Engraving DPI speed(mm/s)", "mm/s"));
+    add(kSpeed, "SPEED_SWEEP_ACC_X", speed.sweepAccX, kSweepAccX, Unbounded("Engraving X-axis Acc(mm/s²)", "mm/s²"));
+    add(kSpeed, "SPEED_SWEEP_ACC_Y", speed.sweepAccY, kSweepAccY, Unbounded("Engraving Y-axis Acc(mm/s²)", "mm/s²"));
+    add(kSpeed, "SPEED_PANEL_SPEED_RESET", speed.panelSpeedReset, kPanelSpeedReset,
+        Unbounded("Reset speed(mm/s)", "mm/s"));
     return keys;
+}
+
+double FactoryParamKey::ValueOf(const FactoryParams& record, const QString& strKey)
+{
+    FactoryParams copy;
+    std::memcpy(static_cast<void*>(&copy), &record, sizeof(FactoryParams));
+    for (const FactoryParamKey& key : ForRecord(copy))
+        if (key.strKey == strKey)
+            return key.Value();
+    return std::numeric_limits<double>::quiet_NaN();
+}
+
+double FactoryParamKey::Value() const
+{
+    if (pDouble)
+        return *pDouble;
+    if (pInt)
+        return double(*pInt);
+    return *pBool ? 1.0 : 0.0;
+}
+
+void FactoryParamKey::SetValue(double dValue) const
+{
+    if (pDouble)
+        *pDouble = dValue;
+    else if (pInt)
+        *pInt = std::isfinite(dValue) && std::fabs(dValue) <= double(std::numeric_limits<int32_t>::max())
+            ? int32_t(std::lround(dValue))
+            : 0;
+    else
+        *pBool = dValue != 0.0;
+}
+
+QString FactoryParamKey::Where() const
+{
+    static const char* const kAxes[] = {"X", "Y", "Z", "U"};
+    switch (group) {
+    case GroupAxis: return QString::fromLatin1(kAxes[nIndex & 3]);
+    case GroupLaser: return nIndex == 0 ? QStringLiteral("Laser 1") : QStringLiteral("Laser 2");
+    default: return QString();
+    }
+}
+
+bool FactoryParamKey::HasRange() const
+{
+    return !std::isnan(dMin);
+}
+
+bool FactoryParamKey::Takes(double dValue) const
+{
+    if (!std::isfinite(dValue))
+        return false;
+    if (!pDouble) {
+        const double dLimit = double(std::numeric_limits<int32_t>::max());
+        if (dValue != std::trunc(dValue) || dValue < -dLimit - 1.0 || dValue > dLimit)
+            return false;
+    }
+    return !HasRange() || (dValue >= dMin && dValue <= dMax);
 }

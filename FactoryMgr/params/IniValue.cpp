@@ -5,8 +5,9 @@
 #include <memory>
 
 namespace {
-// The shared settings object of a batch write; GUI thread only.
-std::unique_ptr<QSettings> g_pBatchSettings;
+// The shared settings object of a batch write, one per thread: the host keeps
+// backups from the progress dialog's worker while its GUI thread may save.
+thread_local std::unique_ptr<QSettings> g_pBatchSettings;
 
 QVariant ReadValue(const QString& strSection, const QString& strKey, const QVariant& defaultValue,
                    const QString& strPath)
@@ -43,6 +44,21 @@ QString ReadIniString(const QString& strSection, const QString& strKey, const QS
                       const QString& strPath)
 {
     return ReadValue(strSection, strKey, strDefault, strPath).toString();
+}
+
+bool ReadIniText(const QString& strSection, const QString& strKey, const QString& strPath, QString* pText)
+{
+    const QVariant value = ReadValue(strSection, strKey, QVariant(), strPath);
+    if (!value.isValid())
+        return false;
+    if (pText)
+        *pText = value.typeId() == QMetaType::QStringList ? value.toStringList().join(',') : value.toString();
+    return true;
+}
+
+QStringList ReadIniKeys(const QString& strPath)
+{
+    return QSettings(strPath, QSettings::IniFormat).allKeys();
 }
 
 void WriteIniInt(const QString& strSection, const QString& strKey, int nValue, const QString& strPath)

@@ -1,11 +1,14 @@
 #include "TestMain.h"
 
+#include "CLogWriter.h"
+#include "CParamBackups.h"
 #include "FactoryParamFile.h"
 #include "FactoryParamMissing.h"
 #include "FactoryParams.h"
 #include "ModalAnswerer.h"
 #include "ParamFileTestData.h"
 
+#include <QElapsedTimer>
 #include <QRandomGenerator>
 #include <QSettings>
 
@@ -101,6 +104,11 @@ private slots:
     void unreadableFileFailsTheMarkerCheck();
     void emptyFile();
     void tenMegabytesOfRandomBytes();
+    void aHugeFileWithTheMarkerIsRefusedUnread();
+
+    void aSaveOfTheDefaultFileKeepsWhatItReplaces();
+    void aBackupThatCannotBeMadeDoesNotStopTheSave();
+    void onlyTheNewestFiftyBackupsAreKept();
 
     void notANumberAndInfinityRoundTrip();
     void saveToMissingDirectoryFails();
@@ -419,6 +427,90 @@ void TestFactoryParamFile::tenMegabytesOfRandomBytes()
     const QString strPath = m_strDir + "/noise.ini";
     WriteText(strPath, noise);
     ExpectLoadRefused(strPath, 1);
+}
+
+void TestFactoryParamFile::aHugeFileWithTheMarkerIsRefusedUnread()
+{
+    // A valid marker and then 20 MB of keys: the settings layer would parse
+    // the whole file again for each of the hundred-odd values (minutes).
+    const QString strPath = m_strDir + "/huge.ini";
+    {
+        QFile file(strPath);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(kMarkerOnly + "[FACTORY_PARAM_MOTOR]\nMOTOR_SPEED_MAX_1=5\n[FILLER]\n");
+        QByteArray lines;
+        for (int i = 0; i < 10000; ++i)
+            lines += QByteArray("KEY_") + QByteArray::number(i) + "=" + QByteArray(80, 'x') + "\n";
+        while (file.size() < 20 * 1024 * 1024)
+            file.write(lines);
+    }
+    const QString strLog = CLogWriter::GetInstance()->FilePath();
+    QElapsedTimer timer;
+    timer.start();
+    ExpectLoadRefused(strPath, 1);
+    // Generous: only a refusal before reading any value comes in under it.
+    QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+    QVERIFY(ReadBytes(strLog).contains("huge.ini is refused: it is larger than 1048576 bytes."));
+}
+
+void TestFactoryParamFile::aSaveOfTheDefaultFileKeepsWhatItReplaces()
+{
+    const QString strDefault = DefaultFactoryParamPath();
+    QFile::remove(strDefault);
+    QDir(CParamBackups::Directory(strDefault)).removeRecursively();
+    // The first save has nothing to keep.
+    QVERIFY(SaveFactoryParams(FactoryParams(), QString()));
+    QVERIFY(CParamBackups::List(strDefault).isEmpty());
+    const QByteArray first = ReadBytes(strDefault);
+    QVERIFY(SaveFactoryParams(DistinctRecord(), QString()));
+    const QList<CParamBackups::Entry> backups = CParamBackups::List(strDefault);
+    QCOMPARE(backups.size(), 1);
+    QCOMPARE(ReadBytes(backups[0].strPath), first);
+    QCOMPARE(backups[0].reason, CParamBackups::ReasonSave);
+    QVERIFY(qAbs(backups[0].when.secsTo(QDateTime::currentDateTime())) < 60);
+    // A file saved elsewhere (an export) keeps no backup.
+    QVERIFY(SaveFactoryParams(FactoryParams(), m_strDir + "/export.ini"));
+    QVERIFY(SaveFactoryParams(DistinctRecord(), m_strDir + "/export.ini"));
+    QVERIFY(!QFileInfo::exists(m_strDir + "/Backups"));
+    QCOMPARE(CParamBackups::List(strDefault).size(), 1);
+}
+
+void TestFactoryParamFile::aBackupThatCannotBeMadeDoesNotStopTheSave()
+{
+    const QString strDefault = DefaultFactoryParamPath();
+    QVERIFY(SaveFactoryParams(FactoryParams(), QString()));
+    // A file where the backups' folder should be.
+    const QString strBackups = CParamBackups::Directory(strDefault);
+    QDir(strBackups).removeRecursively();
+    WriteText(strBackups, "not a folder");
+    QVERIFY(SaveFactoryParams(DistinctRecord(), QString()));
+    FactoryParams loaded;
+    QVERIFY(LoadFactoryParams(loaded, QString()));
+    QVERIFY(FirstFileFieldDifference(loaded, DistinctRecord()).isEmpty());
+    QVERIFY(ReadBytes(CLogWriter::GetInstance()->FilePath()).contains("No backup was kept before saving the parameters"));
+    QFile::remove(strBackups);
+}
+
+void TestFactoryParamFile::onlyTheNewestFiftyBackupsAreKept()
+{
+    const QString strDefault = DefaultFactoryParamPath();
+    QFile::remove(strDefault);
+    QDir(CParamBackups::Directory(strDefault)).removeRecursively();
+    FactoryParams record;
+    for (int i = 0; i < CParamBackups::kKept + 6; ++i) {
+        record.motor[0].speedMax = 100.0 + i;
+        QVERIFY(SaveFactoryParams(record, QString()));
+    }
+    const QList<CParamBackups::Entry> backups = CParamBackups::List(strDefault);
+    QCOMPARE(backups.size(), CParamBackups::kKept);
+    QCOMPARE(QDir(CParamBackups::Directory(strDefault)).entryList(QDir::Files).size(), CParamBackups::kKept);
+    // Newest first: the newest backup holds the save before the last one.
+    FactoryParams newest;
+    QVERIFY(LoadFactoryParams(newest, backups.first().strPath));
+    QCOMPARE(newest.motor[0].speedMax, 100.0 + CParamBackups::kKept + 4);
+    FactoryParams oldest;
+    QVERIFY(LoadFactoryParams(oldest, backups.last().strPath));
+    QCOMPARE(oldest.motor[0].speedMax, 100.0 + 5);
 }
 
 void TestFactoryParamFile::notANumberAndInfinityRoundTrip()

@@ -1,0 +1,55 @@
+#include "CParamDiff.h"
+
+#include "FactoryParamKeys.h"
+#include "FactoryParams.h"
+
+#include <QLocale>
+
+#include <cmath>
+#include <cstring>
+
+QList<SParamDifference> CParamDiff::Compare(const FactoryParams& a, const FactoryParams& b, const Translate& translate)
+{
+    const auto tr = [&translate](const QString& strText) { return translate ? translate(strText) : strText; };
+    FactoryParams first;
+    FactoryParams second;
+    std::memcpy(static_cast<void*>(&first), &a, sizeof(FactoryParams));
+    std::memcpy(static_cast<void*>(&second), &b, sizeof(FactoryParams));
+    const QVector<FactoryParamKey> keysA = FactoryParamKey::ForRecord(first);
+    const QVector<FactoryParamKey> keysB = FactoryParamKey::ForRecord(second);
+    QList<SParamDifference> differences;
+    for (int i = 0; i < keysA.size(); ++i) {
+        const double dA = keysA[i].Value();
+        const double dB = keysB[i].Value();
+        if (dA == dB || (std::isnan(dA) && std::isnan(dB)))
+            continue;
+        const FactoryParamKey& key = keysA[i];
+        const QString strWhere = key.Where();
+        differences << SParamDifference{key.strKey, tr(QString::fromUtf8(key.szLabel)),
+                                        strWhere.isEmpty() ? QString() : tr(strWhere), QString::fromUtf8(key.szUnit),
+                                        dA, dB};
+    }
+    return differences;
+}
+
+QString CParamDiff::Name(const SParamDifference& difference)
+{
+    return difference.strWhere.isEmpty() ? difference.strLabel : difference.strLabel + ", " + difference.strWhere;
+}
+
+QString CParamDiff::Describe(const SParamDifference& difference)
+{
+    QString strText = QStringLiteral("%1: %2 → %3").arg(Name(difference), Number(difference.dA), Number(difference.dB));
+    if (!difference.strUnit.isEmpty())
+        strText += " " + difference.strUnit;
+    return strText;
+}
+
+QString CParamDiff::Number(double dValue)
+{
+    if (std::isnan(dValue))
+        return QStringLiteral("nan");
+    if (std::isinf(dValue))
+        return dValue > 0 ? QStringLiteral("inf") : QStringLiteral("-inf");
+    return QString::number(dValue, 'g', QLocale::FloatingPointShortest);
+}

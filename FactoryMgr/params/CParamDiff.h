@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+#include <functional>
+
+struct FactoryParams;
+
+// One field that holds different values in two records, as a person reads it.
+struct SParamDifference
+{
+    QString strKey;     // the parameter file's key
+    QString strLabel;   // the settings dialog's label, translated
+    QString strWhere;   // the axis or laser, translated; empty for one of a kind
+    QString strUnit;
+    double dA = 0.0;
+    double dB = 0.0;
+};
+
+// Compares two parameter records field by field, in the parameter file's
+// order, over every field the file stores. Two NaNs count as equal. Labels
+// and axis or laser names are wording keys until a translation is given.
+class CParamDiff
+{
+public:
+    using Translate = std::function<QString(const QString&)>;
+
+    static QList<SParamDifference> Compare(const FactoryParams& a, const FactoryParams& b,
+                                           const Translate& translate = Translate());
+    // "Max Speed(mm/s), X"
+    static QString Name(const SParamDifference& difference);
+    // "Max Speed(mm/s), X: 1000 → 1200 mm/s"
+    static QString Describe(const SParamDifference& difference);
+    // The shortest text that reads back as the same number ("nan", "inf" for those).
+    static QString Number(double dValue);
+};

@@ -1,0 +1,315 @@
+#include "TestMain.h"
+
+#include "CParamBackups.h"
+#include "CParamCheck.h"
+#include "CParamDiff.h"
+#include "FactoryParamIo.h"
+#include "FactoryParamKeys.h"
+#include "FactoryParams.h"
+#include "ParamFileTestData.h"
+
+#include <QDir>
+#include <QSettings>
+#include <QTemporaryDir>
+
+#include <cmath>
+#include <limits>
+
+using namespace ParamFileTestData;
+
+// The parameter files' shared code without the plug-in's dialogs: the key
+// table as a person reads it, the comparison of two records, the backups and
+// the checks.
+class TestParamCore : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void everyKeyHasALabelAPlaceAndTheFilesOrder();
+    void rangesAreTheRecords_data();
+    void rangesAreTheRecords();
+    void diffNamesEachDifferingField();
+    void diffCountsTwoNaNsAsEqual();
+    void diffTranslatesLabelsAndPlaces();
+    void backupsOfARecordLoadAgain();
+    void backupsOfAMissingFileAreNothing();
+    void backupsListNewestFirstWithTheirReason();
+    void checkOfACleanFileFindsNothing();
+    void checkFindsEachKindOfProblem();
+    void checkOfWhatIsNoParameterFile();
+
+private:
+    QString Write(const QString& strName, const QByteArray& content);
+    QScopedPointer<QTemporaryDir> m_pDir;
+};
+
+void TestParamCore::init()
+{
+    m_pDir.reset(new QTemporaryDir);
+    QVERIFY(m_pDir->isValid());
+}
+
+QString TestParamCore::Write(const QString& strName, const QByteArray& content)
+{
+    const QString strPath = m_pDir->filePath(strName);
+    QFile file(strPath);
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+        return QString();
+    return strPath;
+}
+
+void TestParamCore::everyKeyHasALabelAPlaceAndTheFilesOrder()
+{
+    FactoryParams record;
+    const QVector<FactoryParamKey> keys = FactoryParamKey::ForRecord(record);
+    QStringList names;
+    for (const FactoryParamKey& key : keys) {
+        names << key.strSection + "/" + key.strKey;
+        QVERIFY2(*key.szLabel, qPrintable(key.strKey));
+        if (key.strKey.startsWith("MOTOR_")) {
+            QCOMPARE(key.group, FactoryParamKey::GroupAxis);
+            QCOMPARE(key.Where(), QString("XYZU").mid(key.strKey.right(1).toInt() - 1, 1));
+        } else if (key.strKey.contains(QRegularExpression("^LASER_.*_\\d$|^LASER\\d_TYPE$"))) {
+            QCOMPARE(key.group, FactoryParamKey::GroupLaser);
+            QVERIFY(key.Where() == "Laser 1" || key.Where() == "Laser 2");
+        } else {
+            QCOMPARE(key.group, FactoryParamKey::GroupNone);
+            QVERIFY(key.Where().isEmpty());
+        }
+    }
+    QStringList expected = ExpectedKeys();
+    expected.removeAll("FACTORY_PARAM/FILE_FLAG");
+    expected.removeAll("FACTORY_PARAM/CREATE_TIME");
+    QCOMPARE(QSet<QString>(names.begin(), names.end()), QSet<QString>(expected.begin(), expected.end()));
+    QCOMPARE(names.size(), expected.size());
+
+    const FactoryParams distinct = DistinctRecord();
+    QCOMPARE(FactoryParamKey::ValueOf(distinct, "MOTOR_SPEED_MAX_3"), distinct.motor[2].speedMax);
+    QCOMPARE(FactoryParamKey::ValueOf(distinct, "LASER_WATER_PROTECT_2"), 1.0);
+    QVERIFY(std::isnan(FactoryParamKey::ValueOf(distinct, "NO_SUCH_KEY")));
+}
+
+void TestParamCore::rangesAreTheRecords_data()
+{
+    QTest::addColumn<QString>("strKey");
+    QTest::addColumn<double>("dValue");
+    QTest::addColumn<bool>("bTaken");
+    const double dNaN = std::numeric_limits<double>::quiet_NaN();
+    const double dInf = std::numeric_limits<double>::infinity();
+    for (const char* szSwitch : {"MOTOR_DIRECTION_POLAR_1", "MOTOR_LIMIT_POLAR_2", "MOTOR_CONTROL_TYPE_3",
+                                 "MOTOR_PWM_EDGE_4", "MOTOR_KEY_DIRECTION_1", "LASER_SWITCH_SIGNAL_2",
+                                 "LASER_MACHINE_TYPE", "MOTOR_HARD_LIMIT_PROTECT_1", "LASER_WATER_PROTECT_1"}) {
+        QTest::addRow("%s 0", szSwitch) << szSwitch << 0.0 << true;
+        QTest::addRow("%s 1", szSwitch) << szSwitch << 1.0 << true;
+        QTest::addRow("%s 2", szSwitch) << szSwitch << 2.0 << false;
+        QTest::addRow("%s -1", szSwitch) << szSwitch << -1.0 << false;
+    }
+    QTest::newRow("laser count 0") << "LASER_COUNT" << 0.0 << false;
+    QTest::newRow("laser count 1") << "LASER_COUNT" << 1.0 << true;
+    QTest::newRow("laser count 2") << "LASER_COUNT" << 2.0 << true;
+    QTest::newRow("laser count 5") << "LASER_COUNT" << 5.0 << false;
+    QTest::newRow("type 4") << "LASER1_TYPE" << 4.0 << true;
+    QTest::newRow("type 5") << "LASER2_TYPE" << 5.0 << false;
+    QTest::newRow("type 1.5") << "LASER2_TYPE" << 1.5 << false;
+    for (const char* szPercent : {"LASER_POWER_MIN_1", "LASER_POWER_MAX_2", "LASER_POWER_REDUCTION_1"}) {
+        QTest::addRow("%s 100", szPercent) << szPercent << 100.0 << true;
+        QTest::addRow("%s 100.5", szPercent) << szPercent << 100.5 << false;
+        QTest::addRow("%s -0.5", szPercent) << szPercent << -0.5 << false;
+    }
+    for (const char* szDouble : {"MOTOR_PULSE_PER_MM_1", "MOTOR_SPEED_MAX_4", "MOTOR_ACC_KEY_2", "LASER_FREQUENCY_1",
+                                 "LASER_BURNING_WIDTH_2"}) {
+        QTest::addRow("%s 1e6", szDouble) << szDouble << 1000000.0 << true;
+        QTest::addRow("%s 12.5", szDouble) << szDouble << 12.5 << true;
+        QTest::addRow("%s 1e6+1", szDouble) << szDouble << 1000001.0 << false;
+        QTest::addRow("%s -1", szDouble) << szDouble << -1.0 << false;
+        QTest::addRow("%s nan", szDouble) << szDouble << dNaN << false;
+        QTest::addRow("%s inf", szDouble) << szDouble << dInf << false;
+    }
+    // No range, but a number all the same.
+    QTest::newRow("speed 5e9") << "SPEED_CUT_ACC_WORK" << 5e9 << true;
+    QTest::newRow("speed nan") << "SPEED_CUT_ACC_WORK" << dNaN << false;
+    QTest::newRow("delay -3") << "MACHINE_OUTAGE_DELAY" << -3.0 << true;
+    QTest::newRow("delay 0.5") << "MACHINE_OUTAGE_DELAY" << 0.5 << false;
+    QTest::newRow("delay 3e9") << "MACHINE_OUTAGE_DELAY" << 3e9 << false;
+}
+
+void TestParamCore::rangesAreTheRecords()
+{
+    QFETCH(QString, strKey);
+    QFETCH(double, dValue);
+    QFETCH(bool, bTaken);
+    FactoryParams record;
+    const QVector<FactoryParamKey> keys = FactoryParamKey::ForRecord(record);
+    const auto key = std::find_if(keys.begin(), keys.end(), [&](const FactoryParamKey& k) { return k.strKey == strKey; });
+    QVERIFY(key != keys.end());
+    QCOMPARE(key->Takes(dValue), bTaken);
+}
+
+void TestParamCore::diffNamesEachDifferingField()
+{
+    const FactoryParams a;
+    QVERIFY(CParamDiff::Compare(a, a).isEmpty());
+    FactoryParams b = a;
+    b.motor[1].speedMax = 1200.5;
+    b.laser.lasers[1].waterProtect = !a.laser.lasers[1].waterProtect;
+    b.laser.laserCount = 2;
+    b.laser.lasers[0].enabled = false;   // not in the file: not a difference
+    const QList<SParamDifference> differences = CParamDiff::Compare(a, b);
+    QCOMPARE(differences.size(), 3);
+    // In the file's order: laser section first.
+    QCOMPARE(differences[0].strKey, QStringLiteral("LASER_COUNT"));
+    QCOMPARE(differences[1].strKey, QStringLiteral("LASER_WATER_PROTECT_2"));
+    QCOMPARE(differences[1].strWhere, QStringLiteral("Laser 2"));
+    QCOMPARE(differences[1].dA, 1.0);
+    QCOMPARE(differences[1].dB, 0.0);
+    const SParamDifference& speed = differences[2];
+    QCOMPARE(speed.strKey, QStringLiteral("MOTOR_SPEED_MAX_2"));
+    QCOMPARE(speed.strLabel, QStringLiteral("Max Speed(mm/s)"));
+    QCOMPARE(speed.strWhere, QStringLiteral("Y"));
+    QCOMPARE(speed.strUnit, QStringLiteral("mm/s"));
+    QCOMPARE(CParamDiff::Describe(speed), QStringLiteral("Max Speed(mm/s), Y: 1000 → 1200.5 mm/s"));
+    QCOMPARE(CParamDiff::Describe(differences[0]), QStringLiteral("Laser count: 1 → 2"));
+    // Exact, not rounded for show.
+    FactoryParams c = a;
+    c.motor[0].pulsePerMm = a.motor[0].pulsePerMm + 1e-9;
+    QCOMPARE(CParamDiff::Compare(a, c).size(), 1);
+    QCOMPARE(CParamDiff::Number(c.motor[0].pulsePerMm).toDouble(), c.motor[0].pulsePerMm);
+}
+
+void TestParamCore::diffCountsTwoNaNsAsEqual()
+{
+    FactoryParams a;
+    a.machine.laserSpace = std::numeric_limits<double>::quiet_NaN();
+    FactoryParams b = a;
+    QVERIFY(CParamDiff::Compare(a, b).isEmpty());
+    b.machine.laserSpace = std::numeric_limits<double>::infinity();
+    const QList<SParamDifference> differences = CParamDiff::Compare(a, b);
+    QCOMPARE(differences.size(), 1);
+    QCOMPARE(CParamDiff::Describe(differences[0]), QStringLiteral("Dual head Distance: nan → inf mm"));
+}
+
+void TestParamCore::diffTranslatesLabelsAndPlaces()
+{
+    FactoryParams a;
+    FactoryParams b = a;
+    b.laser.lasers[0].powerMax = 90.0;
+    const auto translate = [](const QString& strText) { return "«" + strText + "»"; };
+    const QList<SParamDifference> differences = CParamDiff::Compare(a, b, translate);
+    QCOMPARE(differences.size(), 1);
+    QCOMPARE(differences[0].strLabel, QStringLiteral("«Max power(%)»"));
+    QCOMPARE(differences[0].strWhere, QStringLiteral("«Laser 1»"));
+    QCOMPARE(differences[0].strUnit, QStringLiteral("%"));
+}
+
+void TestParamCore::backupsOfARecordLoadAgain()
+{
+    const QString strFile = m_pDir->filePath("FactoryParam.ini");
+    const FactoryParams record = DistinctRecord();
+    QString strError;
+    QVERIFY2(CParamBackups::KeepRecord(record, strFile, CParamBackups::ReasonBeforeUpload, &strError),
+             qPrintable(strError));
+    const QList<CParamBackups::Entry> backups = CParamBackups::List(strFile);
+    QCOMPARE(backups.size(), 1);
+    QCOMPARE(backups[0].reason, CParamBackups::ReasonBeforeUpload);
+    QVERIFY(QFileInfo(backups[0].strPath).fileName().startsWith("FactoryParam-"));
+    QVERIFY(backups[0].strPath.endsWith("-upload.ini"));
+    FactoryParams loaded;
+    QCOMPARE(ReadFactoryParamFile(loaded, backups[0].strPath), ParamFileStatus::Loaded);
+    QVERIFY(FirstFileFieldDifference(loaded, record).isEmpty());
+    QVERIFY(!QFileInfo::exists(strFile));   // the file itself is not made
+}
+
+void TestParamCore::backupsOfAMissingFileAreNothing()
+{
+    const QString strFile = m_pDir->filePath("none.ini");
+    QString strError;
+    QVERIFY(CParamBackups::KeepFile(strFile, CParamBackups::ReasonSave, &strError));
+    QVERIFY(strError.isEmpty());
+    QVERIFY(!QFileInfo::exists(CParamBackups::Directory(strFile)));
+}
+
+void TestParamCore::backupsListNewestFirstWithTheirReason()
+{
+    const QString strFile = Write("machine.ini", "[FACTORY_PARAM]\nFILE_FLAG=__FACTORY_PARAM__\n");
+    QVERIFY(!strFile.isEmpty());
+    for (CParamBackups::Reason reason :
+         {CParamBackups::ReasonSave, CParamBackups::ReasonBeforeUpgrade, CParamBackups::ReasonBeforeUpload})
+        QVERIFY(CParamBackups::KeepFile(strFile, reason));
+    // Another file's backups in the same folder are not this file's.
+    const QString strOther = Write("other.ini", "x");
+    QVERIFY(CParamBackups::KeepFile(strOther, CParamBackups::ReasonSave));
+    // Names of other shapes are left alone.
+    Write("Backups/machine-notes.ini", "x");
+    const QList<CParamBackups::Entry> backups = CParamBackups::List(strFile);
+    QCOMPARE(backups.size(), 3);
+    QCOMPARE(backups[0].reason, CParamBackups::ReasonBeforeUpload);
+    QCOMPARE(backups[1].reason, CParamBackups::ReasonBeforeUpgrade);
+    QCOMPARE(backups[2].reason, CParamBackups::ReasonSave);
+    QVERIFY(backups[0].when >= backups[2].when);
+    QCOMPARE(QString(CParamBackups::ReasonText(backups[1].reason)), QStringLiteral("before upgrade"));
+    QCOMPARE(CParamBackups::List(strOther).size(), 1);
+}
+
+void TestParamCore::checkOfACleanFileFindsNothing()
+{
+    const QString strPath = m_pDir->filePath("clean.ini");
+    QVERIFY(WriteFactoryParamFile(DistinctRecord(), strPath));
+    // DistinctRecord has switches of 2 and more: a controller takes a record of defaults.
+    QVERIFY(!CParamCheck::CheckFile(strPath).isEmpty());
+    QVERIFY(WriteFactoryParamFile(FactoryParams(), strPath));
+    const QList<SParamProblem> problems = CParamCheck::CheckFile(strPath);
+    QVERIFY2(problems.isEmpty(), qPrintable(problems.value(0).strKey + " " + problems.value(0).strWhat));
+}
+
+void TestParamCore::checkFindsEachKindOfProblem()
+{
+    const QString strPath = m_pDir->filePath("odd.ini");
+    QVERIFY(WriteFactoryParamFile(FactoryParams(), strPath));
+    {
+        QSettings settings(strPath, QSettings::IniFormat);
+        settings.setValue("FACTORY_PARAM_MOTOR/MOTOR_SPEED_MAX_1", "fast");
+        settings.setValue("FACTORY_PARAM_MOTOR/MOTOR_DIRECTION_POLAR_2", "2");
+        settings.setValue("FACTORY_PARAM_MOTOR/MOTOR_CONTROL_TYPE_3", "0.5");
+        settings.setValue("FACTORY_PARAM_LASER/LASER_POWER_MAX_1", "101");
+        settings.setValue("FACTORY_PARAM_MACHINE/MACHINE_LASER_SPACE", "nan");
+        settings.setValue("FACTORY_PARAM_SPEED/SPEED_CUT_ACC_WORK", "inf");
+        settings.remove("FACTORY_PARAM_MACHINE/MACHINE_OUTAGE_DELAY");
+        settings.setValue("FACTORY_PARAM_MOTOR/MOTOR_TURBO_1", "1");
+    }
+    QMap<QString, QString> found;
+    for (const SParamProblem& problem : CParamCheck::CheckFile(strPath)) {
+        QCOMPARE(problem.strFile, strPath);
+        found.insert(problem.strKey, problem.strValue + ": " + problem.strWhat);
+    }
+    QCOMPARE(found.value("MOTOR_SPEED_MAX_1"), QStringLiteral("fast: not a number"));
+    QCOMPARE(found.value("MOTOR_DIRECTION_POLAR_2"), QStringLiteral("2: takes 0 or 1"));
+    QCOMPARE(found.value("MOTOR_CONTROL_TYPE_3"), QStringLiteral("0.5: not a whole number"));
+    QCOMPARE(found.value("LASER_POWER_MAX_1"), QStringLiteral("101: takes 0 to 100"));
+    QCOMPARE(found.value("MACHINE_LASER_SPACE"), QStringLiteral("nan: not a finite number"));
+    QCOMPARE(found.value("SPEED_CUT_ACC_WORK"), QStringLiteral("inf: not a finite number"));
+    QCOMPARE(found.value("MACHINE_OUTAGE_DELAY"), QStringLiteral(": missing (read as 0)"));
+    QCOMPARE(found.value("FACTORY_PARAM_MOTOR/MOTOR_TURBO_1"), QStringLiteral("1: unknown key"));
+    QCOMPARE(found.size(), 8);
+}
+
+void TestParamCore::checkOfWhatIsNoParameterFile()
+{
+    const QList<SParamProblem> missing = CParamCheck::CheckFile(m_pDir->filePath("nothing.ini"));
+    QCOMPARE(missing.size(), 1);
+    QCOMPARE(missing[0].strWhat, QStringLiteral("no such file"));
+    const QList<SParamProblem> folder = CParamCheck::CheckFile(m_pDir->path());
+    QCOMPARE(folder.size(), 1);
+    const QList<SParamProblem> marker =
+        CParamCheck::CheckFile(Write("marker.ini", "[FACTORY_PARAM]\nFILE_FLAG=__SOMETHING_ELSE__\n"));
+    QCOMPARE(marker.size(), 1);
+    QCOMPARE(marker[0].strKey, QStringLiteral("FACTORY_PARAM/FILE_FLAG"));
+    QCOMPARE(marker[0].strValue, QStringLiteral("__SOMETHING_ELSE__"));
+    QCOMPARE(marker[0].strWhat, QStringLiteral("not the parameter file marker"));
+    const QList<SParamProblem> huge = CParamCheck::CheckFile(
+        Write("huge.ini", "[FACTORY_PARAM]\nFILE_FLAG=__FACTORY_PARAM__\n" + QByteArray(2 * 1024 * 1024, '#')));
+    QCOMPARE(huge.size(), 1);
+    QVERIFY(huge[0].strWhat.startsWith("larger than 1048576 bytes"));
+}
+
+FACTORYMGR_TEST_MAIN(TestParamCore)
+#include "tst_paramcore.moc"
