@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDockWidget>
+#include <QMutex>
 
 class QLineEdit;
 class QPushButton;
@@ -34,6 +35,8 @@ public:
 
 protected:
     void changeEvent(QEvent* event) override;
+    // Takes in the rows added from any thread.
+    bool event(QEvent* event) override;
 
 private:
     void AddRow(const QString& strSource, const QString& strWhat, const QString& strResult, const QString& strMeaning,
@@ -44,4 +47,6 @@ private:
     QLineEdit* m_pFilter;
     QPushButton* m_pCopy;
     QTreeWidget* m_pRows;
+    QMutex m_pendingMutex;
+    QList<QStringList> m_pending;
 };

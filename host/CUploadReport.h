@@ -10,7 +10,8 @@ struct FactoryParams;
 // read-back check returned: whether the controller kept everything, and for
 // every value it did not keep, the field as the settings dialog labels it,
 // its axis or laser, the value sent, the value the controller kept and the
-// value the plug-in put back. Only the fields the check looks at are listed.
+// value the plug-in put back. Every field the parameter file stores is
+// compared; values are given exactly.
 class CUploadReport
 {
 public:

@@ -108,11 +108,11 @@ void TestHostSavePath::uploadCheckSaveAndRestart()
         const FactoryParams opened;
         QCOMPARE(reported.first().first().toString(),
                  QStringLiteral("The controller did not keep 2 value(s) (Motor); they are put back and marked red:\n"
-                                "Max Acc(mm/s²), X: sent 35000.00, the controller kept 30000.00, put back %1\n"
-                                "Max Speed(mm/s), Y: sent 1200.00, the controller kept 1000.00, put back %2\n"
+                                "Max Acc(mm/s²), X: sent 35000, the controller kept 30000, put back %1\n"
+                                "Max Speed(mm/s), Y: sent 1200, the controller kept 1000, put back %2\n"
                                 "The parameters are saved.")
-                     .arg(opened.motor[0].accMax, 0, 'f', 2)
-                     .arg(opened.motor[1].speedMax, 0, 'f', 2));
+                     .arg(opened.motor[0].accMax)
+                     .arg(opened.motor[1].speedMax));
         // The two values the controller did not keep are red, showing what the
         // dialog opened with.
         QDialog* pDialog = host.SettingsWindow()->Dialog();
