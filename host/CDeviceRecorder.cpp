@@ -1,6 +1,7 @@
 #include "CDeviceRecorder.h"
 
 #include "CTaskProgressDialog.h"
+#include "ILog.h"
 #include "CTranslator.h"
 #include "ThreadDialogRun.h"
 
@@ -87,7 +88,52 @@ int CDeviceRecorder::Transfer(int nTask, FactoryParams* pParams, const QString& 
 int CDeviceRecorder::RunTask(int nTask, void* pParam)
 {
     auto* pParams = static_cast<FactoryParams*>(pParam);
-    return nTask == TaskRead ? m_pDevice->ReadFactoryParams(pParams) : m_pDevice->WriteFactoryParams(pParams);
+    if (nTask == TaskRead) {
+        const int nResult = m_pDevice->ReadFactoryParams(pParams);
+        if (nResult == 0)
+            SetHeld(pParams);
+        return nResult;
+    }
+    KeepHeld(CParamBackups::ReasonBeforeUpload);
+    SetHeld(nullptr);
+    return m_pDevice->WriteFactoryParams(pParams);
+}
+
+void CDeviceRecorder::SetBackupFile(const QString& strParameterFile)
+{
+    QMutexLocker locker(&m_heldMutex);
+    m_strBackupFile = strParameterFile;
+}
+
+void CDeviceRecorder::SetHeld(const FactoryParams* pParams)
+{
+    QMutexLocker locker(&m_heldMutex);
+    m_bHeldKnown = pParams != nullptr;
+    if (pParams)
+        m_held = *pParams;
+}
+
+void CDeviceRecorder::KeepHeld(CParamBackups::Reason reason)
+{
+    QMutexLocker locker(&m_heldMutex);
+    if (m_strBackupFile.isEmpty())
+        return;
+    FactoryParams held = m_held;
+    if (!m_bHeldKnown) {
+        locker.unlock();
+        const int nResult = Record("ReadFactoryParams", QStringLiteral("for the backup"),
+                                   [&] { return m_pDevice->ReadFactoryParams(&held); });
+        locker.relock();
+        if (nResult != 0) {
+            ILog_WriteLogF(1, "No backup of the controller's parameters was kept %s: the read answered %d.",
+                           CParamBackups::ReasonText(reason), nResult);
+            return;
+        }
+    }
+    QString strError;
+    if (!CParamBackups::KeepRecord(held, m_strBackupFile, reason, &strError))
+        ILog_WriteLogF(1, "No backup of the controller's parameters was kept %s: %s", CParamBackups::ReasonText(reason),
+                       strError.toUtf8().constData());
 }
 
 int CDeviceRecorder::IsTaskCancelable(int nTask)
@@ -124,8 +170,18 @@ ITaskState* CDeviceRecorder::GetTaskState()
 int CDeviceRecorder::CallFunction(const char* szName, const QVariant& arg)
 {
     ICard* pCard = m_pDevice->GetCurrentCard();
-    return Record(QString::fromLatin1(szName ? szName : ""), arg.toString(),
-                  [&] { return Waited([&] { return pCard ? pCard->CallFunction(szName, arg) : 1001; }); });
+    const QByteArray name(szName ? szName : "");
+    const bool bUpgrade = name == "CardUpgrade" || name == "PanelUpgrade";
+    return Record(QString::fromLatin1(name), arg.toString(), [&] {
+        return Waited([&] {
+            if (bUpgrade && pCard) {
+                KeepHeld(CParamBackups::ReasonBeforeUpgrade);
+                // A new firmware may hold the parameters otherwise.
+                SetHeld(nullptr);
+            }
+            return pCard ? pCard->CallFunction(szName, arg) : 1001;
+        });
+    });
 }
 
 int CDeviceRecorder::QueryFunction(const char* szName, QVariant& inOut)

@@ -5,6 +5,10 @@
 #include "ITaskState.h"
 #include "IThreadDialogOwner.h"
 
+#include "CParamBackups.h"
+#include "FactoryParams.h"
+
+#include <QMutex>
 #include <QObject>
 #include <QString>
 
@@ -19,11 +23,19 @@
 // window keeps repainting and the person sees that something is under way.
 // Card functions asked on the GUI thread wait for their answer the same way,
 // with a progress dialog only when the controller is slow to answer.
+//
+// Before a write of the parameters and before a firmware upgrade, what the
+// controller holds is kept as a backup of the parameter file: the record of
+// the last read when nothing has been written or upgraded since, otherwise
+// read afresh. A backup that cannot be made is logged and stops nothing.
 class CDeviceRecorder : public QObject, public IDevice, public ICard, public ITaskState, public IThreadDialogOwner
 {
     Q_OBJECT
 public:
     CDeviceRecorder(IDevice* pDevice, QObject* parent = nullptr);
+
+    // The parameter file whose backups get the controller's records; none when empty.
+    void SetBackupFile(const QString& strParameterFile);
 
     // IDevice
     ICard* GetCurrentCard() override;
@@ -55,5 +67,14 @@ private:
     template <typename Fn>
     int Waited(Fn call);
 
+    // Keeps what the controller holds as a backup, for reason.
+    void KeepHeld(CParamBackups::Reason reason);
+    void SetHeld(const FactoryParams* pParams);
+
     IDevice* m_pDevice;
+    // What the controller held at the last read, while nothing has changed it since.
+    QMutex m_heldMutex;
+    FactoryParams m_held;
+    bool m_bHeldKnown = false;
+    QString m_strBackupFile;
 };

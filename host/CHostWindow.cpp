@@ -3,7 +3,9 @@
 #include "CActivityPanel.h"
 #include "CDeviceRecorder.h"
 #include "CHostPaths.h"
+#include "CParamDiff.h"
 #include "CPatternConverter.h"
+#include "CRestoreDialog.h"
 #include "CSettingsWindow.h"
 #include "CSimController.h"
 #include "CTranslator.h"
@@ -39,11 +41,17 @@ QString UserDataDirectory()
     return CHostPaths::UserDataDirectory(CUiPermissionsManager::GetInstance()->GetThemeName());
 }
 
+// The plug-in's parameter file at its default place.
+QString ParameterFile()
+{
+    return UserDataDirectory() + "/Data/FactoryParam.ini";
+}
+
 // When the plug-in's parameter file was last written, to tell whether a save
 // took place; invalid while there is no file.
 QDateTime ParameterFileWritten()
 {
-    return QFileInfo(UserDataDirectory() + "/Data/FactoryParam.ini").lastModified();
+    return QFileInfo(ParameterFile()).lastModified();
 }
 }
 
@@ -55,6 +63,7 @@ CHostWindow::CHostWindow(QWidget* parent)
     connect(m_pSim, &CSimController::StateChanged, this, &CHostWindow::RefreshStatus, Qt::QueuedConnection);
     connect(m_pSim, &CSimController::JobCut, this, &CHostWindow::OnJobCut, Qt::QueuedConnection);
     m_pRecorder = new CDeviceRecorder(m_pSim, this);
+    m_pRecorder->SetBackupFile(ParameterFile());
     m_pActivity = new CActivityPanel(this);
     addDockWidget(Qt::BottomDockWidgetArea, m_pActivity);
     connect(m_pRecorder, &CDeviceRecorder::Called, m_pActivity, &CActivityPanel::AddDeviceCall, Qt::DirectConnection);
@@ -165,6 +174,7 @@ void CHostWindow::BuildMenus()
     addAction(pFile, "Export Parameters...", "action_export", &CHostWindow::ExportParameters);
     addAction(pFile, "Save Parameters", "action_save", &CHostWindow::SaveParameters)->setShortcut(QKeySequence::Save);
     addAction(pFile, "Reload Parameters", "action_reload", &CHostWindow::ReloadParameters);
+    addAction(pFile, "Restore...", "action_restore", &CHostWindow::RestoreParameters);
     pFile->addSeparator();
     addAction(pFile, "Quit", "action_quit", &QWidget::close)->setShortcut(QKeySequence::Quit);
 
@@ -453,6 +463,27 @@ bool CHostWindow::Save(bool bFromDialog)
     Mgr()->SaveToFile(bFromDialog);
     const QDateTime after = ParameterFileWritten();
     return after.isValid() && after != before;
+}
+
+void CHostWindow::RestoreParameters()
+{
+    IFactoryMgr* pMgr = Mgr();
+    if (!pMgr || !AskBeforeLosingEdits(Wording("Restore a backup over them?"), false))
+        return;
+    FactoryParams current;
+    pMgr->GetFactoryParams(&current);
+    CRestoreDialog dialog(ParameterFile(), current, this);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    const qsizetype nChanges = CParamDiff::Compare(current, dialog.Record()).size();
+    // Through the plug-in: the record, the parameter file (whose current
+    // content goes to the backups first) and the open dialog.
+    RestoreRecord(dialog.Record());
+    m_bStepsPending = false;
+    m_bNotUploaded = nChanges > 0 || m_bNotUploaded;
+    Report(Wording("Restored %1: %2 value(s) changed. They are saved, and go to the controller with the next Upload.")
+               .arg(dialog.ChosenText())
+               .arg(nChanges));
 }
 
 void CHostWindow::CalibrateXyStep()

@@ -54,6 +54,8 @@ public slots:
     void ExportParameters();
     void SaveParameters();
     void ReloadParameters();
+    // File > Restore...: a backup of the parameter file, chosen and confirmed, put back.
+    void RestoreParameters();
     void SetUnit(int nUnit);
     void SetLanguage(const QString& strLanguage);
     void ShowAbout();

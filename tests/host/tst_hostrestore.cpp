@@ -1,0 +1,241 @@
+#include "TestMain.h"
+
+#include "CHostWindow.h"
+#include "CActivityPanel.h"
+#include "CParamBackups.h"
+#include "CParamDiff.h"
+#include "CSettingsWindow.h"
+#include "CSimController.h"
+#include "FactoryParamIo.h"
+#include "IFactoryMgr.h"
+#include "ModalAnswerer.h"
+
+#include <QAction>
+#include <QDialog>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QTabWidget>
+#include <QTreeWidget>
+
+#include <cstring>
+#include <functional>
+
+// The parameter file's backups as the reference host keeps and restores them:
+// before every save, every Upload and every firmware upgrade; File >
+// Restore... lists them, shows what each would change and asks first.
+class TestHostRestore : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void backupsBeforeEverySaveUploadAndUpgrade();
+    void restoreShowsTheDifferencesAndAsksFirst();
+    void aBackupThatCannotBeReadIsListedButNotOffered();
+    void aBackupThatCannotBeKeptStopsNoUpload();
+};
+
+namespace {
+QString ParameterFile()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
+        + "/Quorvane/Resources/Data/FactoryParam.ini";
+}
+
+bool Same(const FactoryParams& a, const FactoryParams& b)
+{
+    return std::memcmp(&a, &b, sizeof(FactoryParams)) == 0;
+}
+
+// Runs pWork while act(modal dialog) handles the first modal dialog of class T that opens.
+template <typename T>
+bool WithModal(const std::function<void()>& work, const std::function<void(T*)>& act)
+{
+    bool bSeen = false;
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        auto* pModal = qobject_cast<T*>(QApplication::activeModalWidget());
+        if (!pModal || !pModal->isVisible() || bSeen)
+            return;
+        bSeen = true;
+        act(pModal);
+    });
+    poll.start(10);
+    work();
+    return bSeen;
+}
+
+void SetAndShow(CHostWindow& host, const FactoryParams& params)
+{
+    host.Mgr()->SetFactoryParams(&params);
+    QMetaObject::invokeMethod(host.SettingsWindow()->Dialog(), "DataToCtrlSlot", Q_ARG(bool, true));
+}
+}
+
+void TestHostRestore::init()
+{
+    QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + "/Quorvane").removeRecursively();
+}
+
+void TestHostRestore::backupsBeforeEverySaveUploadAndUpgrade()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    CSimController* pSim = host.Simulator();
+    pSim->SetTaskDuration(0);
+    pSim->SetRestartDuration(0);
+    host.OpenSettings();
+    const FactoryParams heldFirst = pSim->StoredParams();
+
+    // An Upload keeps what the controller held before it.
+    FactoryParams edited;
+    host.Mgr()->GetFactoryParams(&edited);
+    edited.motor[0].speedMax = 700.0;
+    SetAndShow(host, edited);
+    const int nSavesBefore = int(CParamBackups::List(ParameterFile()).size());
+    host.UploadToController();
+    QList<CParamBackups::Entry> backups = CParamBackups::List(ParameterFile());
+    // Newest first: the save after the check, then what the controller held.
+    QCOMPARE(backups.value(0).reason, CParamBackups::ReasonSave);
+    QCOMPARE(backups.value(1).reason, CParamBackups::ReasonBeforeUpload);
+    FactoryParams kept;
+    QCOMPARE(ReadFactoryParamFile(kept, backups[1].strPath), ParamFileStatus::Loaded);
+    QVERIFY(CParamDiff::Compare(kept, heldFirst).isEmpty());
+    // ... and the save after the check kept the file it replaced.
+    QVERIFY(backups.size() >= nSavesBefore + 2);
+
+    // A save keeps the file as it was.
+    const QByteArray fileBefore = [] {
+        QFile file(ParameterFile());
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }();
+    host.SaveParameters();
+    backups = CParamBackups::List(ParameterFile());
+    QCOMPARE(backups.first().reason, CParamBackups::ReasonSave);
+    QFile saved(backups.first().strPath);
+    QVERIFY(saved.open(QIODevice::ReadOnly));
+    QCOMPARE(saved.readAll(), fileBefore);
+
+    // A mainboard upgrade keeps what the controller held before it.
+    const FactoryParams heldNow = pSim->StoredParams();
+    auto* pTabs = host.SettingsWindow()->Dialog()->findChild<QTabWidget*>("tabWidget");
+    pTabs->setCurrentWidget(pTabs->findChild<QWidget*>("tab_2"));
+    ModalAnswerer answerer;
+    answerer.AnswerFileWith(QCoreApplication::applicationDirPath() + "/../Resources/Data/Firmware/QV-MB-3.3.0.upd");
+    host.SettingsWindow()->Dialog()->findChild<QPushButton*>("pushButton_mainboardUpgrade")->click();
+    QTRY_VERIFY(CParamBackups::List(ParameterFile()).first().reason == CParamBackups::ReasonBeforeUpgrade);
+    QCOMPARE(ReadFactoryParamFile(kept, CParamBackups::List(ParameterFile()).first().strPath), ParamFileStatus::Loaded);
+    QVERIFY(CParamDiff::Compare(kept, heldNow).isEmpty());
+}
+
+void TestHostRestore::restoreShowsTheDifferencesAndAsksFirst()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.Simulator()->SetTaskDuration(0);
+    host.OpenSettings();
+    FactoryParams first;
+    host.Mgr()->GetFactoryParams(&first);
+    first.motor[0].speedMax = 640.0;
+    SetAndShow(host, first);          // the file now holds 640
+    FactoryParams second = first;
+    second.motor[0].speedMax = 820.0;
+    second.laser.lasers[0].powerMax = 75.0;
+    SetAndShow(host, second);         // 640 goes to the backups
+    QAction* pRestore = host.findChild<QAction*>("action_restore");
+    QVERIFY(pRestore);
+
+    // Cancelled at the question: nothing changes.
+    const auto choose = [&](const QString& strAnswer, QStringList* pShown) {
+        return WithModal<QDialog>([&] { pRestore->trigger(); }, [&](QDialog* pDialog) {
+            auto* pList = pDialog->findChild<QTreeWidget*>("treeWidget_backups");
+            auto* pDifferences = pDialog->findChild<QTreeWidget*>("treeWidget_differences");
+            QVERIFY(pList && pDifferences);
+            // The newest backup holds 640: one field differs from now.
+            QCOMPARE(pList->topLevelItem(0)->text(1), QStringLiteral("save"));
+            QCOMPARE(pList->topLevelItem(0)->text(2), QStringLiteral("2"));
+            pList->setCurrentItem(pList->topLevelItem(0));
+            for (int i = 0; i < pDifferences->topLevelItemCount(); ++i) {
+                const QTreeWidgetItem* pItem = pDifferences->topLevelItem(i);
+                *pShown << QStringLiteral("%1|%2|%3|%4").arg(pItem->text(0), pItem->text(1), pItem->text(2), pItem->text(3));
+            }
+            ModalAnswerer* pAnswerer = new ModalAnswerer(pDialog);
+            pAnswerer->AnswerWith(strAnswer);
+            pDialog->findChild<QPushButton*>("pushButton_restore")->click();
+            if (pDialog->isVisible())
+                pDialog->reject();
+        });
+    };
+    QStringList shown;
+    QVERIFY(choose("Cancel", &shown));
+    QCOMPARE(shown, (QStringList{"Max power(%), Laser 1|75|100|%", "Max Speed(mm/s), X|820|640|mm/s"}));
+    FactoryParams now;
+    host.Mgr()->GetFactoryParams(&now);
+    QVERIFY(Same(now, second));
+
+    // Restored: the record, the file and the dialog hold the backup, and
+    // what was current is a backup itself now.
+    QSignalSpy reported(&host, &CHostWindow::Reported);
+    shown.clear();
+    QVERIFY(choose("Restore", &shown));
+    host.Mgr()->GetFactoryParams(&now);
+    QVERIFY(CParamDiff::Compare(now, first).isEmpty());
+    FactoryParams file;
+    QCOMPARE(ReadFactoryParamFile(file, ParameterFile()), ParamFileStatus::Loaded);
+    QVERIFY(CParamDiff::Compare(file, first).isEmpty());
+    bool bEdited = true;
+    QVERIFY(QMetaObject::invokeMethod(host.SettingsWindow()->Dialog(), "IsEdited", Q_RETURN_ARG(bool, bEdited)));
+    QVERIFY(!bEdited);
+    FactoryParams undo;
+    QCOMPARE(ReadFactoryParamFile(undo, CParamBackups::List(ParameterFile()).first().strPath), ParamFileStatus::Loaded);
+    QVERIFY(CParamDiff::Compare(undo, second).isEmpty());
+    QVERIFY(!reported.isEmpty());
+    QVERIFY2(reported.last().first().toString().contains("2 value(s) changed"), qPrintable(reported.last().first().toString()));
+}
+
+void TestHostRestore::aBackupThatCannotBeReadIsListedButNotOffered()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    QDir().mkpath(CParamBackups::Directory(ParameterFile()));
+    QFile junk(CParamBackups::Directory(ParameterFile()) + "/FactoryParam-20260101-120000000-save.ini");
+    QVERIFY(junk.open(QIODevice::WriteOnly));
+    junk.write("\x01\x02 not a parameter file");
+    junk.close();
+    QAction* pRestore = host.findChild<QAction*>("action_restore");
+    QVERIFY(WithModal<QDialog>([&] { pRestore->trigger(); }, [&](QDialog* pDialog) {
+        auto* pList = pDialog->findChild<QTreeWidget*>("treeWidget_backups");
+        QCOMPARE(pList->topLevelItemCount(), 1);
+        QCOMPARE(pList->topLevelItem(0)->text(2), QStringLiteral("cannot be read"));
+        QVERIFY(pList->topLevelItem(0)->isDisabled());
+        QVERIFY(!pDialog->findChild<QPushButton*>("pushButton_restore")->isEnabled());
+        pDialog->reject();
+    }));
+}
+
+void TestHostRestore::aBackupThatCannotBeKeptStopsNoUpload()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    host.Simulator()->SetTaskDuration(0);
+    host.OpenSettings();
+    host.SaveParameters();   // a file for the next save to replace
+    QVERIFY(QFileInfo::exists(ParameterFile()));
+    QDir(CParamBackups::Directory(ParameterFile())).removeRecursively();
+    // A file where the backups' folder should be.
+    QFile blocker(CParamBackups::Directory(ParameterFile()));
+    QVERIFY(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    QSignalSpy reported(&host, &CHostWindow::Reported);
+    host.UploadToController();
+    QVERIFY2(reported.last().first().toString().startsWith("The controller kept every value.\nThe parameters are saved."),
+             qPrintable(reported.last().first().toString()));
+    // The person sees why in the activity panel's log lines.
+    QTRY_VERIFY(host.Activity()->ShownRows().join('\n').contains(
+        "No backup of the controller's parameters was kept before upload"));
+    QTRY_VERIFY(host.Activity()->ShownRows().join('\n').contains("No backup was kept before saving the parameters"));
+}
+
+FACTORYMGR_TEST_MAIN(TestHostRestore)
+#include "tst_hostrestore.moc"
