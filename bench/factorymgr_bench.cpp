@@ -5,14 +5,17 @@
 #include "CFactoryMgrApp.h"
 #include "DlgFactoryMgr.h"
 #include "FactoryParamFile.h"
+#include "FactoryParamIo.h"
 #include "IDevice.h"
 #include "IFactoryMgr.h"
 #include "ui_DlgFactoryMgr.h"
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QLineEdit>
+#include <QProcess>
 #include <QSettings>
 #include <QTabWidget>
 #include <QTableWidget>
@@ -289,6 +292,37 @@ int main(int argc, char** argv)
     for (int i = 10; i < 500; ++i)
         openAndReplace();
     const long nAfter500 = ResidentKb();
+
+    // A factory: 1000 machines' parameter files against a reference, with
+    // factoryparams fleet as a script runs it (a process of its own).
+    const QString strFleet = home.path() + "/fleet";
+    const QString strReference = home.path() + "/reference.ini";
+    WriteFactoryParamFile(FactoryParams(), strReference);
+    QStringList machines;
+    for (int i = 0; i < 1000; ++i) {
+        FactoryParams machine;
+        machine.motor[i % 4].speedMax = 900.0 + i % 7;
+        machine.laser.lasers[i % 2].powerMax = 90.0 + i % 3;
+        const QString strPath = QStringLiteral("%1/line%2/m%3/FactoryParam.ini").arg(strFleet).arg(i % 10).arg(i, 4, 10, QChar('0'));
+        QDir().mkpath(QFileInfo(strPath).absolutePath());
+        WriteFactoryParamFile(machine, strPath);
+        machines << strPath;
+    }
+    const double dReadAll = MedianMs(3, [&] {
+        FactoryParams machine;
+        for (const QString& strPath : machines)
+            ReadFactoryParamFile(machine, strPath);
+    });
+    int nFleetExit = -1;
+    const double dFleet = MedianMs(3, [&] {
+        QProcess tool;
+        tool.start(QCoreApplication::applicationDirPath() + "/factoryparams", {"fleet", strReference, strFleet});
+        tool.waitForFinished(60000);
+        tool.readAllStandardOutput();
+        nFleetExit = tool.exitCode();
+    });
+    Report("factoryparams fleet, 1000 files", dFleet, "reading the 1000 files once", dReadAll, "< 2000 ms",
+           dFleet < 2000.0 && nFleetExit == 1);
 
 
     std::printf("%-40s %10s   %-32s %10s %7s   %-15s %s\n", "measured", "median ms", "baseline", "median ms", "ratio",

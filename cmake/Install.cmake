@@ -4,11 +4,13 @@
 include(CMakePackageConfigHelpers)
 
 install(DIRECTORY resources/ DESTINATION ${FACTORYMGR_INSTALL_RESOURCEDIR} COMPONENT Runtime)
-# The reference host on the command path; it finds its libraries and
-# resources from where the link points.
+# The reference host and the parameter tool on the command path; they find
+# their libraries and resources from where the links point.
 file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/install)
 file(CREATE_LINK ../${FACTORYMGR_INSTALL_BINDIR}/QuorvaneHost ${CMAKE_BINARY_DIR}/install/quorvane-host SYMBOLIC)
-install(FILES ${CMAKE_BINARY_DIR}/install/quorvane-host DESTINATION bin COMPONENT Runtime)
+file(CREATE_LINK ../${FACTORYMGR_INSTALL_BINDIR}/factoryparams ${CMAKE_BINARY_DIR}/install/factoryparams SYMBOLIC)
+install(FILES ${CMAKE_BINARY_DIR}/install/quorvane-host ${CMAKE_BINARY_DIR}/install/factoryparams
+  DESTINATION bin COMPONENT Runtime)
 
 # The headers of the contract: the interface and its record, and the host
 # objects the plug-in is handed.

@@ -51,5 +51,9 @@ QString CParamDiff::Number(double dValue)
         return QStringLiteral("nan");
     if (std::isinf(dValue))
         return dValue > 0 ? QStringLiteral("inf") : QStringLiteral("-inf");
-    return QString::number(dValue, 'g', QLocale::FloatingPointShortest);
+    // Plain digits where a person reads them easily (1000000, 0.000125),
+    // exponents only for the very large and the very small.
+    const double dMagnitude = std::fabs(dValue);
+    const bool bPlain = dMagnitude == 0.0 || (dMagnitude >= 1e-6 && dMagnitude < 1e15);
+    return QString::number(dValue, bPlain ? 'f' : 'g', QLocale::FloatingPointShortest);
 }

@@ -174,6 +174,11 @@ void TestParamCore::diffNamesEachDifferingField()
     c.motor[0].pulsePerMm = a.motor[0].pulsePerMm + 1e-9;
     QCOMPARE(CParamDiff::Compare(a, c).size(), 1);
     QCOMPARE(CParamDiff::Number(c.motor[0].pulsePerMm).toDouble(), c.motor[0].pulsePerMm);
+    QCOMPARE(CParamDiff::Number(1000000.0), QStringLiteral("1000000"));
+    QCOMPARE(CParamDiff::Number(0.000125), QStringLiteral("0.000125"));
+    QCOMPARE(CParamDiff::Number(-2.5), QStringLiteral("-2.5"));
+    QCOMPARE(CParamDiff::Number(1e20), QStringLiteral("1e+20"));
+    QCOMPARE(CParamDiff::Number(1e20).toDouble(), 1e20);
 }
 
 void TestParamCore::diffCountsTwoNaNsAsEqual()

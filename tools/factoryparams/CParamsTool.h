@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QStringList>
+#include <QTextStream>
+
+struct FactoryParams;
+
+// The commands of factoryparams, each given its own arguments (the command's
+// name first) and answering with the process's exit code: 0 done (and, for
+// diff, check and fleet, nothing different or wrong), 1 differences or
+// problems found, 2 the command could not do its work (bad arguments, a file
+// that is missing or no parameter file, a target that cannot be written).
+// Results go to standard output; every complaint to standard error.
+class CParamsTool
+{
+public:
+    enum Exit
+    {
+        ExitOk = 0,
+        ExitDifferent = 1,
+        ExitFailed = 2
+    };
+
+    CParamsTool(QTextStream& out, QTextStream& err);
+
+    int Run(const QStringList& arguments);
+
+private:
+    int Show(const QStringList& arguments);
+    int Diff(const QStringList& arguments);
+    int Check(const QStringList& arguments);
+    int Set(const QStringList& arguments);
+    int Fleet(const QStringList& arguments);
+    int Usage();
+
+    // Reads a parameter file; false, with the reason on standard error, when it cannot.
+    bool Load(const QString& strPath, FactoryParams& record);
+    void Complain(const QString& strText);
+
+    QTextStream& m_out;
+    QTextStream& m_err;
+};
