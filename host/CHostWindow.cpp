@@ -26,6 +26,7 @@
 #include <QSettings>
 #include <QTabWidget>
 #include <QTimer>
+#include <QTreeWidget>
 #include <QVBoxLayout>
 
 #include <cstring>
@@ -734,6 +735,22 @@ bool CHostWindow::SaveScreenshots(const QString& strDir)
         pWizard->close();
     });
     CalibrateXyStep();
+    // The backups the saves and Uploads above have kept, as File > Restore... lists them.
+    FactoryParams current;
+    Mgr()->GetFactoryParams(&current);
+    CRestoreDialog restore(ParameterFile(), current, this);
+    restore.show();
+    // The first backup that differs from now, with its differences.
+    if (auto* pList = restore.findChild<QTreeWidget*>(QStringLiteral("treeWidget_backups"))) {
+        for (int i = 0; i < pList->topLevelItemCount(); ++i) {
+            if (pList->topLevelItem(i)->text(2) != QLatin1String("0")) {
+                pList->setCurrentItem(pList->topLevelItem(i));
+                break;
+            }
+        }
+    }
+    QApplication::processEvents();
+    bOk = restore.grab().save(strDir + "/restore.png") && bOk;
     return bOk && bWizard;
 }
 

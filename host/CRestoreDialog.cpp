@@ -50,7 +50,7 @@ CRestoreDialog::CRestoreDialog(const QString& strParameterFile, const FactoryPar
     m_pDifferences->setHeaderLabels({Wording("Field"), Wording("Now"), Wording("In the backup"), Wording("Unit")});
     m_pCaption->setBuddy(m_pDifferences);
     auto* pButtons = new QDialogButtonBox(QDialogButtonBox::Close, this);
-    m_pRestore = pButtons->addButton(Wording("Restore..."), QDialogButtonBox::AcceptRole);
+    m_pRestore = pButtons->addButton(Wording("&Restore..."), QDialogButtonBox::AcceptRole);
     m_pRestore->setObjectName(QStringLiteral("pushButton_restore"));
     m_pRestore->setEnabled(false);
     pLayout->addWidget(pListCaption);
@@ -77,6 +77,8 @@ CRestoreDialog::CRestoreDialog(const QString& strParameterFile, const FactoryPar
         m_pCaption->setText(Wording("No backup has been kept yet: one is kept before every save."));
     else
         m_pList->setCurrentItem(m_pList->topLevelItem(0));
+    // The arrow keys go through the backups at once.
+    m_pList->setFocus();
     for (QTreeWidget* pTree : {m_pList, m_pDifferences})
         pTree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     resize(640, 520);
@@ -123,6 +125,8 @@ void CRestoreDialog::Restore()
                     QMessageBox::Yes | QMessageBox::Cancel, this);
     box.setObjectName(QStringLiteral("restoreBox"));
     box.button(QMessageBox::Yes)->setText(Wording("Restore"));
+    // Return alone does not write over the current parameters.
+    box.setDefaultButton(QMessageBox::Cancel);
     if (box.exec() != QMessageBox::Yes)
         return;
     m_nChosen = nRow;

@@ -88,11 +88,18 @@ bool XInput::Drain()
         return false;
     // An open popup (a list's choices) holds the pointer: the probe sees
     // nothing until it closes, and the caller waits on what it expects.
-    const auto done = [&] { return m_lastProbeMove == spot || QApplication::activePopupWidget(); };
+    // A drain nested in this one (input given from inside a modal dialog's
+    // loop that this input opened) moves the pointer on before this one
+    // looks; its arrival, queued behind this move, says as much.
+    const int nCompletedBefore = m_nCompletedDrains;
+    const auto done = [&] {
+        return m_lastProbeMove == spot || m_nCompletedDrains > nCompletedBefore || QApplication::activePopupWidget();
+    };
     if (!QTest::qWaitFor(done, 10000)) {
         m_strError = QStringLiteral("the input probe never saw the pointer arrive");
         return false;
     }
+    ++m_nCompletedDrains;
     // What the input changed is painted and on the screen before anyone looks.
     QCoreApplication::sendPostedEvents();
     QCoreApplication::processEvents();

@@ -47,5 +47,6 @@ private:
     std::unique_ptr<QWidget> m_pProbe;
     QPoint m_lastProbeMove{-1, -1};
     int m_nDrains = 0;
+    int m_nCompletedDrains = 0;
     QString m_strError;
 };
