@@ -109,7 +109,7 @@ void TestParamsTool::helpForTheToolAndEachCommand()
 {
     Run run = Tool({"--help"});
     QCOMPARE(run.nExit, 0);
-    QVERIFY(run.strOut.startsWith("Usage: factoryparams COMMAND [arguments]"));
+    QVERIFY2(run.strOut.startsWith("Usage: factoryparams [options] COMMAND [arguments]"), qPrintable(run.strOut));
     for (const char* szCommand : {"show FILE", "diff A B", "check FILE...", "set FILE KEY=VALUE...", "fleet REFERENCE DIR"})
         QVERIFY2(run.strOut.contains(szCommand), szCommand);
     for (const char* szCommand : {"show", "diff", "check", "set", "fleet"}) {

@@ -31,7 +31,7 @@ const char* const kToolHelp =
     "  fleet REFERENCE DIR [--json] every parameter file under DIR against REFERENCE\n"
     "\n"
     "factoryparams COMMAND --help tells more. Exit codes: 0 done (nothing different or wrong),\n"
-    "1 differences or problems found, 2 the command could not do its work.\n";
+    "1 differences or problems found, 2 the command could not do its work.";
 
 QJsonValue JsonNumber(double dValue)
 {
@@ -103,36 +103,70 @@ bool CParamsTool::Load(const QString& strPath, FactoryParams& record)
     return false;
 }
 
+namespace {
+// The tool's own command line: options before the command, then the command
+// and its arguments, which the command parses itself.
+struct ToolLine
+{
+    QCommandLineParser parser;
+    QCommandLineOption help{{"h", "help"}, QStringLiteral("Show this help.")};
+    QCommandLineOption version{{"v", "version"}, QStringLiteral("Show the version.")};
+
+    ToolLine()
+    {
+        parser.setApplicationDescription(QString::fromUtf8(kToolHelp));
+        parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
+        parser.addOption(help);
+        parser.addOption(version);
+        parser.addPositionalArgument(QStringLiteral("COMMAND"), QStringLiteral("show, diff, check, set or fleet."),
+                                     QStringLiteral("COMMAND [arguments]"));
+    }
+
+    QString HelpText() const
+    {
+        QString strText = parser.helpText();
+        strText.replace(QCoreApplication::arguments().constFirst(), QStringLiteral("factoryparams"));
+        return strText;
+    }
+};
+}
+
 int CParamsTool::Usage()
 {
-    m_err << "Usage: factoryparams COMMAND [arguments]\n\n" << kToolHelp;
+    m_err << ToolLine().HelpText();
     m_err.flush();
     return ExitFailed;
 }
 
 int CParamsTool::Run(const QStringList& arguments)
 {
-    if (arguments.isEmpty())
+    ToolLine line;
+    if (!line.parser.parse(QStringList{QStringLiteral("factoryparams")} + arguments)) {
+        Complain(line.parser.errorText());
         return Usage();
-    const QString strCommand = arguments.first();
-    if (strCommand == "-h" || strCommand == "--help" || strCommand == "help") {
-        m_out << "Usage: factoryparams COMMAND [arguments]\n\n" << kToolHelp;
+    }
+    if (line.parser.isSet(line.help)) {
+        m_out << line.HelpText();
         return ExitOk;
     }
-    if (strCommand == "-v" || strCommand == "--version") {
+    if (line.parser.isSet(line.version)) {
         m_out << "factoryparams " << QCoreApplication::applicationVersion() << "\n";
         return ExitOk;
     }
+    const QStringList command = line.parser.positionalArguments();
+    if (command.isEmpty())
+        return Usage();
+    const QString strCommand = command.first();
     if (strCommand == "show")
-        return Show(arguments);
+        return Show(command);
     if (strCommand == "diff")
-        return Diff(arguments);
+        return Diff(command);
     if (strCommand == "check")
-        return Check(arguments);
+        return Check(command);
     if (strCommand == "set")
-        return Set(arguments);
+        return Set(command);
     if (strCommand == "fleet")
-        return Fleet(arguments);
+        return Fleet(command);
     Complain(QStringLiteral("no command \"%1\"").arg(strCommand));
     return Usage();
 }
