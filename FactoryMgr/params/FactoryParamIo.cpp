@@ -5,10 +5,12 @@
 #include "IniValue.h"
 
 #include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QSettings>
-#include <QUuid>
 
 #include <sys/stat.h>
 
@@ -89,6 +91,37 @@ bool HoldsExactly(const QString& strPath, FactoryParams& values, const QString& 
     return true;
 }
 
+// The working files of a save: short, whatever the target's name (a name
+// near the file system's limit must save as a direct write would), and new
+// to the settings layer.
+const QRegularExpression kWorkingName(QStringLiteral("^\\.fmp-[a-z0-9]{8}\\.(saving|check)$"));
+// What saves of earlier versions left: ".<target>.<32 hex digits>.saving".
+const QRegularExpression kOldWorkingName(QStringLiteral("^\\..+\\.[0-9a-f]{32}\\.(saving|check)$"));
+constexpr int kLeftoverAgeSeconds = 60;
+
+QString NewWorkingName()
+{
+    static const char kDigits[] = "abcdefghijklmnopqrstuvwxyz0123456789";
+    QString strName = QStringLiteral(".fmp-");
+    for (int i = 0; i < 8; ++i)
+        strName += QLatin1Char(kDigits[QRandomGenerator::global()->bounded(36)]);
+    return strName;
+}
+
+// A save killed between writing and renaming leaves its working files
+// behind. Those older than a minute belong to no save still running.
+void RemoveLeftovers(const QString& strDir)
+{
+    const QDateTime oldest = QDateTime::currentDateTime().addSecs(-kLeftoverAgeSeconds);
+    const QFileInfoList files = QDir(strDir).entryInfoList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot);
+    for (const QFileInfo& file : files) {
+        const QString strName = file.fileName();
+        if ((kWorkingName.match(strName).hasMatch() || kOldWorkingName.match(strName).hasMatch())
+            && file.lastModified() < oldest)
+            QFile::remove(file.absoluteFilePath());
+    }
+}
+
 bool RenameOver(const QString& strFrom, const QString& strTo)
 {
     // POSIX rename replaces the target in one step; QFile::rename will not replace.
@@ -102,8 +135,8 @@ bool WriteFactoryParamFile(const FactoryParams& record, const QString& strFile)
     // then renamed over it in one step: a save that fails at any point leaves
     // the previous file whole. A fresh file never carries stale keys.
     const QFileInfo info(strFile);
-    const QString strStem = info.absolutePath() + "/." + info.fileName() + "."
-        + QUuid::createUuid().toString(QUuid::Id128);
+    RemoveLeftovers(info.absolutePath());
+    const QString strStem = info.absolutePath() + "/" + NewWorkingName();
     const QString strNew = strStem + ".saving";
     const QString strCheck = strStem + ".check";
     {

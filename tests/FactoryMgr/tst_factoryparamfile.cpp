@@ -116,6 +116,8 @@ private slots:
     void saveIntoReadOnlyDirectoryKeepsThePreviousFile();
     void saveThatFailsMidWayKeepsThePreviousFile();
     void saveOverADirectoryFailsAndKeepsIt();
+    void leftoversOfInterruptedSavesAreRemoved();
+    void aNameNearTheLimitSavesAsADirectWriteWould();
 
 private:
     QScopedPointer<QTemporaryDir> m_pDir;
@@ -511,6 +513,47 @@ void TestFactoryParamFile::onlyTheNewestFiftyBackupsAreKept()
     FactoryParams oldest;
     QVERIFY(LoadFactoryParams(oldest, backups.last().strPath));
     QCOMPARE(oldest.motor[0].speedMax, 100.0 + 5);
+}
+
+void TestFactoryParamFile::leftoversOfInterruptedSavesAreRemoved()
+{
+    // What saves killed between writing and renaming left, two minutes ago,
+    // in this version's and an earlier version's naming.
+    const QStringList stale{".fmp-a1b2c3d4.saving", ".fmp-a1b2c3d4.check",
+                            ".FactoryParam.ini.0123456789abcdef0123456789abcdef.saving",
+                            ".export.ini.fedcba9876543210fedcba9876543210.check"};
+    // A save running now, and files of other kinds.
+    const QStringList kept{".fmp-zzzzzzzz.saving", ".hidden.saving", "notes.check", ".fmp-toolong99.saving"};
+    for (const QString& strName : stale + kept)
+        WriteText(m_strDir + "/" + strName, "leftover");
+    const QDateTime twoMinutesAgo = QDateTime::currentDateTime().addSecs(-120);
+    for (const QString& strName : stale + QStringList{".hidden.saving", "notes.check", ".fmp-toolong99.saving"}) {
+        QFile file(m_strDir + "/" + strName);
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QVERIFY(file.setFileTime(twoMinutesAgo, QFileDevice::FileModificationTime));
+    }
+    QVERIFY(SaveFactoryParams(FactoryParams(), m_strDir + "/FactoryParam.ini"));
+    QStringList left = QDir(m_strDir).entryList(QDir::Files | QDir::Hidden);
+    left.removeAll("FactoryParam.ini");
+    std::sort(left.begin(), left.end());
+    QStringList expected = kept;
+    std::sort(expected.begin(), expected.end());
+    QCOMPARE(left, expected);
+}
+
+void TestFactoryParamFile::aNameNearTheLimitSavesAsADirectWriteWould()
+{
+    // 250 characters: within the 255 a file name may have, with little to spare.
+    const QString strPath = m_strDir + "/" + QString(246, 'p') + ".ini";
+    {
+        QFile direct(strPath);
+        QVERIFY2(direct.open(QIODevice::WriteOnly), "the file system takes the name");
+    }
+    QFile::remove(strPath);
+    QVERIFY(SaveFactoryParams(DistinctRecord(), strPath));
+    FactoryParams loaded;
+    QVERIFY(LoadFactoryParams(loaded, strPath));
+    QVERIFY(FirstFileFieldDifference(loaded, DistinctRecord()).isEmpty());
 }
 
 void TestFactoryParamFile::notANumberAndInfinityRoundTrip()
