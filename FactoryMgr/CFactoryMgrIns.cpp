@@ -11,6 +11,7 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QPointer>
 
 #include <cstring>
 #include <exception>
@@ -45,6 +46,41 @@ void Guarded(const char* szOperation, Fn fn) noexcept
 }
 }
 
+namespace {
+// The service object deletes no wizard. A wizard goes, storing its cutting
+// power, when the application quits or when this library is unloaded,
+// whichever comes first: after either, nothing of the application may still
+// call into the library (a connection to code of an unloaded library is a
+// jump into unmapped memory).
+class WizardShelf
+{
+public:
+    ~WizardShelf()
+    {
+        // The library is being unloaded (or the process ends). Without an
+        // application a widget cannot be deleted any more: it is left as it is.
+        if (!QCoreApplication::instance())
+            return;
+        for (const QPointer<CDlgCalibrateXyStep>& pWizard : std::as_const(m_wizards))
+            delete pWizard.data();
+    }
+
+    void Keep(CDlgCalibrateXyStep* pWizard)
+    {
+        m_wizards.removeAll(nullptr);
+        m_wizards << pWizard;
+        if (QCoreApplication* pApp = QCoreApplication::instance())
+            // The wizard is the connection's context: deleting it, at quit or
+            // at unload, takes the connection (and this code) out of Qt's hands.
+            QObject::connect(pApp, &QCoreApplication::aboutToQuit, pWizard, [pWizard] { delete pWizard; });
+    }
+
+private:
+    QList<QPointer<CDlgCalibrateXyStep>> m_wizards;
+};
+WizardShelf g_wizards;
+}
+
 CFactoryMgrIns::CFactoryMgrIns()
     : QObject(nullptr)
     , m_hostContext1(nullptr)
@@ -64,12 +100,7 @@ int CFactoryMgrIns::Init(IDevice* pDevice, IErrorNotifier* pNotifier)
         m_pDlgFactoryMgr = nullptr;
         if (!m_pDlgCalibrateXyStep) {
             m_pDlgCalibrateXyStep = new CDlgCalibrateXyStep(nullptr);
-            // The service object deletes no wizard; the wizard goes when the
-            // application quits, while the application still exists, so that
-            // it can store its cutting power.
-            if (QCoreApplication* pApp = QCoreApplication::instance())
-                connect(pApp, &QCoreApplication::aboutToQuit, m_pDlgCalibrateXyStep.data(),
-                        [pWizard = m_pDlgCalibrateXyStep.data()] { delete pWizard; });
+            g_wizards.Keep(m_pDlgCalibrateXyStep.data());
         }
         CFactoryMgrApp* pApp = CFactoryMgrApp::GetInstance();
         pApp->SetNotifier(pNotifier);

@@ -74,8 +74,9 @@ public:
     /// used. Init() also forgets the current settings dialog (without deleting it) and clears the
     /// second value of SetHostContext().
     ///
-    /// The wizard is made by the first call only, with no parent. It is deleted when the
-    /// application emits QCoreApplication::aboutToQuit, not by ReleaseInterface().
+    /// The wizard is made by the first call only, with no parent. It is deleted, storing its
+    /// cutting power, when the application emits QCoreApplication::aboutToQuit or when the
+    /// library is unloaded, whichever comes first; not by ReleaseInterface().
     ///
     /// \param pDevice The host's device. Null is accepted; the device operations then answer 1001.
     /// \param pNotifier The host's error notifier. Null is accepted; nothing is then reported.
