@@ -1,17 +1,9 @@
 # What `cmake --install` puts under the prefix, in two components:
-#   Runtime      the host, the plug-in, the platform libraries, the resources
+#   Runtime      the host, the tool, the plug-in, the platform libraries, the resources
 #   Development  the contract's headers, the CMake package, the pkg-config file
 include(CMakePackageConfigHelpers)
 
 install(DIRECTORY resources/ DESTINATION ${FACTORYMGR_INSTALL_RESOURCEDIR} COMPONENT Runtime)
-# The reference host and the parameter tool on the command path; they find
-# their libraries and resources from where the links point.
-file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/install)
-file(CREATE_LINK ../${FACTORYMGR_INSTALL_BINDIR}/QuorvaneHost ${CMAKE_BINARY_DIR}/install/quorvane-host SYMBOLIC)
-file(CREATE_LINK ../${FACTORYMGR_INSTALL_BINDIR}/factoryparams ${CMAKE_BINARY_DIR}/install/factoryparams SYMBOLIC)
-install(FILES ${CMAKE_BINARY_DIR}/install/quorvane-host ${CMAKE_BINARY_DIR}/install/factoryparams
-  DESTINATION bin COMPONENT Runtime)
-
 # The headers of the contract: the interface and its record, and the host
 # objects the plug-in is handed.
 set(FACTORYMGR_PUBLIC_HEADERS

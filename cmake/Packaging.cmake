@@ -1,5 +1,5 @@
 # Debian packages, with `cpack` in a build tree:
-#   factorymgr      the host, the plug-in, the platform libraries, the resources
+#   factorymgr      the host, the tool, the plug-in, the platform libraries, the resources
 #   factorymgr-dev  the headers, the CMake package, the pkg-config file
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME factorymgr)
@@ -27,7 +27,7 @@ processing speeds. It reads and writes them to the controller, shows what the
 controller refused, upgrades firmware and calibrates the X and Y steps.
 
 This package holds the plug-in, the host platform libraries it links
-against, its resources, and a reference host (quorvane-host) that runs it on a
+against, its resources, and a reference host (QuorvaneHost) that runs it on a
 simulated controller.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME factorymgr-dev)
