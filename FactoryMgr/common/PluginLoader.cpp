@@ -4,42 +4,46 @@
 #include "ILog.h"
 
 #include <QCoreApplication>
+#include <QGlobalStatic>
 #include <QLibrary>
 #include <QThread>
+
+#include <utility>
 
 namespace {
 void ReleaseAll(PluginRegistry& records);
 
-// Created when the module is loaded, destroyed when it is unloaded. What is
-// still registered then is released: the libraries stay loaded until their
-// records release them, so their release functions are still there.
+// Made on first use, destroyed when the module is unloaded or the process
+// ends. What is still registered then is released: the libraries stay loaded
+// until their records release them, so their release functions are still
+// there. A dialog or host object destroyed later finds the registry gone
+// (Q_GLOBAL_STATIC tells) and has nothing left to release.
 struct ModuleRegistry
 {
     ~ModuleRegistry() { ReleaseAll(records); }
     PluginRegistry records;
 };
-ModuleRegistry g_registry;
-
-// Whether a record still in the registry uses the same library file.
-bool LibraryInUse(const QLibrary& library, const PluginRegistry& records)
-{
-    for (const PluginLibraryRecord* pOther : records)
-        if (pOther->pLibrary && pOther->pLibrary->fileName() == library.fileName())
-            return true;
-    return false;
-}
+Q_GLOBAL_STATIC(ModuleRegistry, g_registry)
 
 // pRecord has been taken out of records already.
-void ReleaseRecord(PluginLibraryRecord* pRecord, const PluginRegistry& records)
+void ReleaseRecord(PluginLibraryRecord* pRecord, PluginRegistry& records)
 {
-    // QLibrary::unload closes the library for every QLibrary on the same
-    // file, so it waits for the last record of that library; a library that
-    // is gone all the same is not called into.
-    if (pRecord->pLibrary && pRecord->pfnRelease && pRecord->pInterface && pRecord->pLibrary->isLoaded()) {
+    // A library that is gone all the same is not called into.
+    if (pRecord->pfnRelease && pRecord->pInterface && pRecord->pLibrary->isLoaded())
         pRecord->pfnRelease(pRecord->pInterface);
-        if (!LibraryInUse(*pRecord->pLibrary, records))
-            pRecord->pLibrary->unload();
+    // The load that keeps the library open goes over to a record still using
+    // it, so the library closes with the last record and not before.
+    if (pRecord->bOwnsLoad) {
+        for (PluginLibraryRecord* pOther : records) {
+            if (!pOther->bOwnsLoad && pOther->pLibrary->fileName() == pRecord->pLibrary->fileName()) {
+                std::swap(pRecord->pLibrary, pOther->pLibrary);
+                std::swap(pRecord->bOwnsLoad, pOther->bOwnsLoad);
+                break;
+            }
+        }
     }
+    if (pRecord->bOwnsLoad)
+        pRecord->pLibrary->unload();
 }
 
 void FreeRecord(PluginLibraryRecord* pRecord)
@@ -69,8 +73,13 @@ void ReportFailure(const char* szMessage, const QString& strName, const QLibrary
 
 void* LoadPluginInterface(const QString& strName, bool bReportFailure, PluginRegistry* pTarget)
 {
+    if (!pTarget && g_registry.isDestroyed())
+        return nullptr;
+
     auto* pRecord = new PluginLibraryRecord;
     pRecord->pLibrary = new QLibrary(strName);
+    // Qt 6.4 shows a library another QLibrary has open as loaded already.
+    pRecord->bOwnsLoad = !pRecord->pLibrary->isLoaded();
 
     const char* szFailure = nullptr;
     if (!pRecord->pLibrary->load()) {
@@ -84,18 +93,22 @@ void* LoadPluginInterface(const QString& strName, bool bReportFailure, PluginReg
     if (szFailure) {
         if (bReportFailure)
             ReportFailure(szFailure, strName, *pRecord->pLibrary);
+        if (pRecord->bOwnsLoad)
+            pRecord->pLibrary->unload();
         FreeRecord(pRecord);
         return nullptr;
     }
 
     pRecord->pInterface = pRecord->pfnCreate();
-    (pTarget ? pTarget : &g_registry.records)->append(pRecord);
+    (pTarget ? pTarget : &g_registry()->records)->append(pRecord);
     return pRecord->pInterface;
 }
 
 bool ReleasePluginInterface(void* pInterface)
 {
-    PluginRegistry& records = g_registry.records;
+    if (!g_registry.exists())
+        return true;
+    PluginRegistry& records = g_registry()->records;
     for (qsizetype i = records.size() - 1; i >= 0; --i) {
         if (records[i]->pInterface == pInterface) {
             PluginLibraryRecord* pRecord = records.takeAt(i);
@@ -109,10 +122,11 @@ bool ReleasePluginInterface(void* pInterface)
 
 void ReleaseAllPluginInterfaces()
 {
-    ReleaseAll(g_registry.records);
+    if (g_registry.exists())
+        ReleaseAll(g_registry()->records);
 }
 
-const PluginRegistry& ModulePluginRegistry()
+PluginRegistry ModulePluginRegistry()
 {
-    return g_registry.records;
+    return g_registry.exists() ? g_registry()->records : PluginRegistry();
 }

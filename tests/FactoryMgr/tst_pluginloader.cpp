@@ -1,14 +1,39 @@
 #include "TestMain.h"
 
+#include "CFactoryMgrIns.h"
 #include "CLogWriter.h"
+#include "DlgFactoryMgr.h"
 #include "IResolution.h"
 #include "ModalAnswerer.h"
 #include "PluginLoader.h"
 #include "PluginTrace.h"
 #include "TestThread.h"
 
+#include <QPointer>
+#include <QProcess>
 
+#include <link.h>
 #include <memory>
+
+namespace {
+// Whether the system loader has the library file strFile mapped into this process.
+bool IsMapped(const QString& strFile)
+{
+    struct Search
+    {
+        QString strFile;
+        bool bFound;
+    } search{strFile, false};
+    dl_iterate_phdr(
+        [](dl_phdr_info* pInfo, size_t, void* pData) {
+            auto* pSearch = static_cast<Search*>(pData);
+            pSearch->bFound = QFileInfo(QString::fromLocal8Bit(pInfo->dlpi_name)).fileName() == pSearch->strFile;
+            return pSearch->bFound ? 1 : 0;
+        },
+        &search);
+    return search.bFound;
+}
+}
 
 class TestPluginLoader : public QObject
 {
@@ -29,6 +54,13 @@ private slots:
     void sameInterfaceTwiceReleasesTheLaterRecordFirst();
     void releaseAllGoesInReverseOrder();
     void resolutionScalesByTheScreensDpi();
+    void overlappingRecordsCloseTheLibraryWithTheLast_data();
+    void overlappingRecordsCloseTheLibraryWithTheLast();
+    void aLibraryHeldElsewhereStaysOpen();
+    void aLibraryLackingAnEntryPointIsNotKept();
+    void aRecordWithoutAnInterfaceUnloadsToo();
+    void resolutionGoesWithTheLastSettingsDialog();
+    void releasesAfterTheLoaderEndedDoNoHarm();
 
 private:
     QByteArray Log() const;
@@ -48,7 +80,9 @@ QByteArray TestPluginLoader::ResolveError(const char* szLibrary, const char* szS
     QLibrary library(QString::fromLatin1(szLibrary));
     library.load();
     library.resolve(szSymbol);
-    return library.errorString().toLocal8Bit();
+    const QByteArray error = library.errorString().toLocal8Bit();
+    library.unload();
+    return error;
 }
 
 void TestPluginLoader::init()
@@ -159,6 +193,7 @@ void TestPluginLoader::callersOwnRegistryTakesTheRecord()
     QCOMPARE(own.size(), 1);
     QCOMPARE(QByteArray(PluginTrace_Take()), QByteArray());
     own.first()->pfnRelease(own.first()->pInterface);
+    own.first()->pLibrary->unload();
     delete own.first()->pLibrary;
     delete own.first();
 }
@@ -212,6 +247,101 @@ void TestPluginLoader::resolutionScalesByTheScreensDpi()
     QCOMPARE(pResolution->GetLogicalDpi(), 144.0);
     QCOMPARE(pResolution->Scale(255.0), 382.5);
     QCOMPARE(pResolution->Scale(35.0), 52.5);
+}
+
+void TestPluginLoader::overlappingRecordsCloseTheLibraryWithTheLast_data()
+{
+    QTest::addColumn<bool>("bFirstGoesFirst");
+    QTest::newRow("first released first") << true;
+    QTest::newRow("last released first") << false;
+}
+
+void TestPluginLoader::overlappingRecordsCloseTheLibraryWithTheLast()
+{
+    QFETCH(bool, bFirstGoesFirst);
+    QVERIFY(!IsMapped("libTestPluginFresh.so"));
+    void* pFirst = LoadPluginInterface("TestPluginFresh", true, nullptr);
+    void* pSecond = LoadPluginInterface("TestPluginFresh", true, nullptr);
+    QVERIFY(pFirst && pSecond && pFirst != pSecond);
+    QVERIFY(IsMapped("libTestPluginFresh.so"));
+
+    QVERIFY(ReleasePluginInterface(bFirstGoesFirst ? pFirst : pSecond));
+    QCOMPARE(ModulePluginRegistry().size(), 1);
+    QVERIFY(ModulePluginRegistry().first()->pLibrary->isLoaded());
+    QVERIFY(IsMapped("libTestPluginFresh.so"));
+
+    QVERIFY(ReleasePluginInterface(bFirstGoesFirst ? pSecond : pFirst));
+    QCOMPARE(QByteArray(PluginTrace_Take()), QByteArray("TestPluginFresh TestPluginFresh"));
+    QVERIFY(ModulePluginRegistry().isEmpty());
+    QVERIFY(!IsMapped("libTestPluginFresh.so"));
+}
+
+void TestPluginLoader::aLibraryHeldElsewhereStaysOpen()
+{
+    QLibrary other("TestPluginFresh");
+    QVERIFY(other.load());
+    void* pInterface = LoadPluginInterface("TestPluginFresh", true, nullptr);
+    QVERIFY(pInterface);
+    QVERIFY(ReleasePluginInterface(pInterface));
+    QCOMPARE(QByteArray(PluginTrace_Take()), QByteArray("TestPluginFresh"));
+    QVERIFY(IsMapped("libTestPluginFresh.so"));
+    QVERIFY(other.isLoaded());
+    // Nor does the module leave a load of its own behind.
+    QVERIFY(other.unload());
+    QVERIFY(!IsMapped("libTestPluginFresh.so"));
+}
+
+void TestPluginLoader::aLibraryLackingAnEntryPointIsNotKept()
+{
+    QVERIFY(!LoadPluginInterface("TestPluginNoRelease", false, nullptr));
+    QVERIFY(!IsMapped("libTestPluginNoRelease.so"));
+}
+
+void TestPluginLoader::aRecordWithoutAnInterfaceUnloadsToo()
+{
+    QVERIFY(!LoadPluginInterface("TestPluginNull", false, nullptr));
+    QVERIFY(IsMapped("libTestPluginNull.so"));
+    ReleaseAllPluginInterfaces();
+    QVERIFY(!IsMapped("libTestPluginNull.so"));
+}
+
+void TestPluginLoader::resolutionGoesWithTheLastSettingsDialog()
+{
+    // Showing the settings again makes the new dialog, loading "Resolution",
+    // before the old one goes: their records overlap.
+    ModalAnswerer answerer;
+    QVERIFY(!IsMapped("libResolution.so"));
+    IFactoryMgr* pMgr = NewInterface();
+    QVERIFY(pMgr);
+    pMgr->Init(nullptr, nullptr);
+    QPointer<DlgFactoryMgr> pFirst = pMgr->ShowFactoryDlg(nullptr);
+    QVERIFY(pFirst && pFirst->Resolution());
+    QPointer<DlgFactoryMgr> pSecond = pMgr->ShowFactoryDlg(nullptr);
+    QVERIFY(pSecond && pSecond->Resolution());
+    QCOMPARE(ModulePluginRegistry().size(), 2);
+
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(!pFirst);
+    QCOMPARE(ModulePluginRegistry().size(), 1);
+    // The open dialog still scales with it.
+    QVERIFY(IsMapped("libResolution.so"));
+    QCOMPARE(pSecond->Resolution()->Scale(10.0), 15.0);
+
+    delete pSecond.data();
+    ReleaseInterface(pMgr);
+    QVERIFY(ModulePluginRegistry().isEmpty());
+    QVERIFY(!IsMapped("libResolution.so"));
+    QCOMPARE(answerer.Count(), 0);
+}
+
+void TestPluginLoader::releasesAfterTheLoaderEndedDoNoHarm()
+{
+    QProcess host;
+    host.start(QCoreApplication::applicationDirPath() + "/PluginLoaderExitHost", QStringList());
+    QVERIFY2(host.waitForFinished(60000), qPrintable(host.errorString()));
+    const QByteArray errors = host.readAllStandardError();
+    QVERIFY2(host.exitStatus() == QProcess::NormalExit && host.exitCode() == 0, errors.constData());
+    QCOMPARE(host.readAllStandardOutput(), QByteArray("late work done\n"));
 }
 
 FACTORYMGR_TEST_MAIN(TestPluginLoader)
