@@ -1,14 +1,16 @@
 #include "CDlgCalibrateXyStep.h"
 
+#include "CCutPatternTask.h"
 #include "CFactoryMgrApp.h"
 #include "CTranslator.h"
-#include "TextCodec.h"
 #include "ThreadDialogRun.h"
 #include "ui_CDlgCalibrateXyStep.h"
 
 #include <QDir>
-#include <QFile>
+#include <QPointer>
 #include <QSettings>
+
+#include <cmath>
 
 namespace {
 const char* const kGroup = "DLG_CALIBRATE_XY_STEP";
@@ -64,7 +66,11 @@ bool CDlgCalibrateXyStep::IsInch(int nUnit)
 double CDlgCalibrateXyStep::Round2(double dValue)
 {
     const double dScaled = dValue * 100.0;
-    return int(dScaled >= 0.0 ? dScaled + 0.5 : dScaled - 0.5) / 100.0;
+    // Past 2^52 a double has no hundredths left to round; not-a-number and
+    // the infinities stay what they are.
+    if (!(std::fabs(dScaled) < 4503599627370496.0))
+        return dValue;
+    return std::trunc(dScaled >= 0.0 ? dScaled + 0.5 : dScaled - 0.5) / 100.0;
 }
 
 double CDlgCalibrateXyStep::ToDisplay(double dMillimetres) const
@@ -103,14 +109,22 @@ void CDlgCalibrateXyStep::showEvent(QShowEvent* event)
     m_dMeasuredWidth = ToMillimetres(ToDisplay(kTarget));
     m_dTargetHeight = ToMillimetres(ToDisplay(kTarget));
     m_dTargetWidth = ToMillimetres(ToDisplay(kTarget));
-    m_dCuttingPower = QSettings(UserParamPath(), QSettings::IniFormat)
-                          .value(QStringLiteral("%1/%2").arg(kGroup, kPowerKey), kDefaultPower)
-                          .toDouble();
+    // The stored power is a text in the user's file: one that is no number
+    // counts as the default, any other is held to the spin box's range before
+    // it becomes a whole number.
+    double dStored = QSettings(UserParamPath(), QSettings::IniFormat)
+                         .value(QStringLiteral("%1/%2").arg(kGroup, kPowerKey), kDefaultPower)
+                         .toDouble();
+    if (std::isnan(dStored))
+        dStored = kDefaultPower;
+    dStored = qBound(double(ui->spinBox_power->minimum()), dStored, double(ui->spinBox_power->maximum()));
 
     setWindowTitle(Wording("Calibrate XY step"));
     ui->lineEdit_targetW->setText(QString::number(ToDisplay(m_dTargetWidth), 'g', 6));
     ui->lineEdit_targetH->setText(QString::number(ToDisplay(m_dTargetHeight), 'g', 6));
-    ui->spinBox_power->setValue(int(m_dCuttingPower));
+    ui->spinBox_power->setValue(int(dStored));
+    // The power is what the spin box shows, also when it already showed it.
+    m_dCuttingPower = ui->spinBox_power->value();
     ui->doubleSpinBox_measureW->setValue(ToDisplay(m_dMeasuredWidth));
     ui->doubleSpinBox_measureH->setValue(ToDisplay(m_dMeasuredHeight));
     ui->lineEdit_targetW->setEnabled(false);
@@ -143,15 +157,22 @@ void CDlgCalibrateXyStep::on_pushButton_prevStep_clicked()
 
 void CDlgCalibrateXyStep::on_pushButton_cutting_clicked()
 {
-    const int nResult = ThreadDialogRun(this, TaskCut, &m_dCuttingPower, 0, Wording("Processing..."));
+    // Run on a task of this frame, at a copy of the power: the host may delete
+    // the wizard while the progress loop runs, and the loop keeps asking its owner.
+    CCutPatternTask task(m_dCuttingPower);
+    const int nResult = ThreadDialogRun(&task, TaskCut, nullptr, 0, Wording("Processing..."));
     // Every result goes to the host, success too; presenting it is the host's business.
     CFactoryMgrApp::GetInstance()->ReportError(nResult);
 }
 
 void CDlgCalibrateXyStep::on_pushButton_ok_clicked()
 {
+    // Whoever takes the ratios may run a loop of its own, in which the host
+    // may delete the wizard.
+    const QPointer<CDlgCalibrateXyStep> pAlive(this);
     emit CalibrateXyStepSignal(m_dMeasuredWidth / m_dTargetWidth, m_dMeasuredHeight / m_dTargetHeight);
-    close();
+    if (pAlive)
+        close();
 }
 
 void CDlgCalibrateXyStep::on_spinBox_power_valueChanged(int iValue)
@@ -173,19 +194,7 @@ int CDlgCalibrateXyStep::RunTask(int nTask, void* pParam)
 {
     if (nTask != TaskCut)
         return -1;
-    const QString strPattern = CFactoryMgrApp::GetResourceDirectory() + "/Data/adjustpulse.lcpx";
-    if (!QFile::exists(strPattern))
-        return ResultNoJob;
-    const QString strJob = JobPath();
-    QDir().mkpath(QFileInfo(strJob).absolutePath());
-    const double dPower = pParam ? *static_cast<const double*>(pParam) : kDefaultPower;
-    if (CFactoryMgrApp::PfnConvertPattern pfnConvert = CFactoryMgrApp::GetInstance()->GetConvertPatternCallback())
-        pfnConvert(StringToUtf8(strPattern).constData(), StringToUtf8(strJob).constData(), dPower);
-    if (!QFile::exists(strJob))
-        return ResultNoJob;
-    const int nResult = CFactoryMgrApp::GetInstance()->BacklashAdjust(strJob);
-    QFile::remove(strJob);
-    return nResult;
+    return CCutPatternTask::Cut(pParam ? *static_cast<const double*>(pParam) : kDefaultPower);
 }
 
 int CDlgCalibrateXyStep::IsTaskCancelable(int nTask)

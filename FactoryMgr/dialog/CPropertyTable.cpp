@@ -45,6 +45,14 @@ void SetUpCell(QTableWidget* pTable, int nRow, int nColumn, ComboBox* pCell, boo
     }
     CPropertyTable::Describe(pTable, nRow, nColumn);
 }
+
+// The scaling service is another library: a length it scales to no usable
+// size (not a number, not positive, beyond any widget) stays as designed.
+int ScaledPixels(IResolution* pResolution, double dLength)
+{
+    const double dScaled = CPropertyTable::Scaled(pResolution, dLength);
+    return dScaled > 0.0 && dScaled <= double(QWIDGETSIZE_MAX) ? int(dScaled) : int(dLength);
+}
 }
 
 double CPropertyTable::Scaled(IResolution* pResolution, double dLength)
@@ -70,8 +78,8 @@ void CPropertyTable::Format(QTableWidget* pTable, IResolution* pResolution)
     for (int c = 0; c < pTable->columnCount(); ++c)
         pHeader->setSectionResizeMode(c, c == 0 ? QHeaderView::Fixed : QHeaderView::Stretch);
     if (pTable->columnCount() > 0)
-        pTable->setColumnWidth(0, int(Scaled(pResolution, 255.0)));
-    const int nRowHeight = int(Scaled(pResolution, 35.0));
+        pTable->setColumnWidth(0, ScaledPixels(pResolution, 255.0));
+    const int nRowHeight = ScaledPixels(pResolution, 35.0);
     for (int r = 0; r < pTable->rowCount(); ++r) {
         LockCell(pTable, r, 0);
         pTable->setRowHeight(r, nRowHeight);

@@ -10,6 +10,7 @@
 
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QPointer>
 #include <QTableWidget>
 
 namespace {
@@ -79,16 +80,25 @@ void CSystemTab::Upgrade(int nTask)
 {
     const bool bMainboard = nTask == CFactoryMgrApp::TaskCardUpgrade;
     ILog_WriteLogF(0, bMainboard ? "on_pushButton_mainboardUpgrade was clicked." : "on_pushButton_panelUpgrade was clicked.");
-    QString strPath = QFileDialog::getOpenFileName(m_pDialog, Wording("Open"), QString(),
+    // The file dialog, the upgrade's progress loop and the result box all run
+    // loops in which the host may delete the dialog, and this tab with it:
+    // after each, only the guarded dialog is used, never a member.
+    const QPointer<DlgFactoryMgr> pDialog(m_pDialog);
+    QString strPath = QFileDialog::getOpenFileName(pDialog, Wording("Open"), QString(),
                                                    bMainboard ? QStringLiteral("(*.upd)") : QStringLiteral("(*.hmt *.hmi)"));
-    if (strPath.isEmpty())
+    if (strPath.isEmpty() || !pDialog)
         return;
-    m_pDialog->setCursor(Qt::WaitCursor);
+    pDialog->setCursor(Qt::WaitCursor);
     const int nResult = ThreadDialogRun(CFactoryMgrApp::GetInstance(), nTask, &strPath, 0, Wording("Processing..."));
-    m_pDialog->setCursor(Qt::ArrowCursor);
     ILog_WriteLogF(1, "HMI update erro code:%d", nResult);
-    if (nResult != 0)
-        QMessageBox::warning(m_pDialog, Wording("error"), Wording("Import failed"), QMessageBox::Ok);
-    else
-        QMessageBox::information(m_pDialog, QString(), Wording("Import successfully"), QMessageBox::Ok);
+    if (!pDialog)
+        return;
+    pDialog->setCursor(Qt::ArrowCursor);
+    // Made on the heap as the dialog's child: deleted with the dialog while it
+    // is open, the box ends its loop instead of being freed a second time.
+    auto* pBox = nResult != 0
+        ? new QMessageBox(QMessageBox::Warning, Wording("error"), Wording("Import failed"), QMessageBox::Ok, pDialog)
+        : new QMessageBox(QMessageBox::Information, QString(), Wording("Import successfully"), QMessageBox::Ok, pDialog);
+    pBox->setAttribute(Qt::WA_DeleteOnClose);
+    pBox->exec();
 }

@@ -20,8 +20,10 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QKeyEvent>
+#include <QPointer>
 #include <QSignalBlocker>
 
+#include <cmath>
 #include <cstring>
 
 namespace {
@@ -268,10 +270,15 @@ bool DlgFactoryMgr::IsEdited() const
 void DlgFactoryMgr::ImportParams()
 {
     ILog_WriteLogF(0, "pushButton_import was clicked.");
+    // The file dialog, and the box that refuses a file, run loops in which
+    // the host may delete this dialog.
+    const QPointer<DlgFactoryMgr> pAlive(this);
     const QString strPath = QFileDialog::getOpenFileName(this, Wording("Open"), QString(), "files (*.ini);");
-    if (strPath.isNull())
+    if (strPath.isNull() || !pAlive)
         return;
     LoadFactoryParams(m_workParams, strPath);
+    if (!pAlive)
+        return;
     if (m_pRecord)
         std::memcpy(static_cast<void*>(m_pRecord), &m_workParams, sizeof(FactoryParams));
     DataToCtrlSlot(true);
@@ -280,8 +287,9 @@ void DlgFactoryMgr::ImportParams()
 void DlgFactoryMgr::ExportParams()
 {
     ILog_WriteLogF(0, "pushButton_export was clicked.");
+    const QPointer<DlgFactoryMgr> pAlive(this);
     const QString strPath = QFileDialog::getSaveFileName(this, Wording("Save As"), QString(), "files (*.ini);");
-    if (strPath.isNull())
+    if (strPath.isNull() || !pAlive)
         return;
     DataToCtrlSlot(false);
     SaveFactoryParams(m_workParams, strPath);
@@ -289,8 +297,20 @@ void DlgFactoryMgr::ExportParams()
 
 void DlgFactoryMgr::ApplyXyStepRatio(double dRatioW, double dRatioH)
 {
-    m_workParams.motor[0].pulsePerMm *= dRatioW;
-    m_workParams.motor[1].pulsePerMm *= dRatioH;
+    // Both steps or neither: a calibration applied to one axis only is worse
+    // than none. A ratio must be a positive number, and the steps stay finite.
+    const double dStepX = m_workParams.motor[0].pulsePerMm * dRatioW;
+    const double dStepY = m_workParams.motor[1].pulsePerMm * dRatioH;
+    const auto usable = [](double dRatio, double dStep) {
+        return dRatio > 0.0 && std::isfinite(dRatio) && std::isfinite(dStep);
+    };
+    if (!usable(dRatioW, dStepX) || !usable(dRatioH, dStepY)) {
+        ILog_WriteLogF(1, "XY step calibration not applied: the ratios (X %g, Y %g) must be positive numbers "
+                          "that give finite steps; both steps are unchanged.", dRatioW, dRatioH);
+        return;
+    }
+    m_workParams.motor[0].pulsePerMm = dStepX;
+    m_workParams.motor[1].pulsePerMm = dStepY;
     std::memcpy(static_cast<void*>(m_displayParams.motor), m_workParams.motor, sizeof(m_workParams.motor));
     DataToCtrlSlot(true);
 }
@@ -547,13 +567,20 @@ void DlgFactoryMgr::on_pushButton_upload_clicked()
 void DlgFactoryMgr::keyPressEvent(QKeyEvent* event)
 {
     if (event->key() == Qt::Key_Escape) {
+        // Closing runs the host's handlers, which may ask in a box of their
+        // own and delete this dialog meanwhile.
+        const QPointer<DlgFactoryMgr> pAlive(this);
         close();
+        if (!pAlive)
+            return;
         // The host embeds the dialog three widget levels deep; its window goes too.
         QWidget* pAncestor = parentWidget();
         for (int i = 1; i < 3 && pAncestor; ++i)
             pAncestor = pAncestor->parentWidget();
         if (pAncestor)
             pAncestor->close();
+        if (!pAlive)
+            return;
     }
     BaseDialog::keyPressEvent(event);
 }

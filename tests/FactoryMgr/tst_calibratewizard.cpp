@@ -7,16 +7,22 @@
 #include "FakeDevice.h"
 #include "FakeNotifier.h"
 
+#include "ModalAnswerer.h"
+
 #include <QDoubleSpinBox>
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QStackedWidget>
 
+#include <cmath>
+#include <functional>
+#include <limits>
 #include <memory>
 
 namespace {
@@ -31,6 +37,30 @@ int MakeNoJob(const char*, const char*, double)
 {
     return 0;
 }
+
+// Sees the ticks of the GUI thread's repeating timers that belong to no
+// object, such as ThreadDialogRun's progress poll, which asks the task's owner.
+class PollTicks : public QObject
+{
+public:
+    explicit PollTicks(std::function<void(int)> onTick)
+        : m_onTick(std::move(onTick))
+    {
+    }
+
+protected:
+    bool eventFilter(QObject* pWatched, QEvent* event) override
+    {
+        auto* pTimer = qobject_cast<QTimer*>(pWatched);
+        if (event->type() == QEvent::Timer && pTimer && !pTimer->parent() && !pTimer->isSingleShot())
+            m_onTick(++m_nTicks);
+        return false;
+    }
+
+private:
+    std::function<void(int)> m_onTick;
+    int m_nTicks = 0;
+};
 }
 
 class TestCalibrateWizard : public QObject
@@ -44,6 +74,7 @@ private slots:
     void unitGrouping_data();
     void unitGrouping();
     void roundsHalvesAwayFromZero();
+    void roundsOddValuesWithoutUndefinedConversions();
     void okStraightAfterShowingGivesOne_data();
     void okStraightAfterShowingGivesOne();
     void inchTargetsShowAndComeBack();
@@ -51,6 +82,8 @@ private slots:
     void inchMeasurementGivesItsRatio();
     void everyShowingResets();
     void storedPowerShowsTruncated();
+    void oddStoredPowerIsTheDefaultOrHeldToTheRange_data();
+    void oddStoredPowerIsTheDefaultOrHeldToTheRange();
     void powerIsStoredOnlyWhenTheWizardGoes();
     void closingWithTheCloseButtonEmitsNothing();
     void pagesMoveFreely();
@@ -58,6 +91,8 @@ private slots:
     void cuttingWithoutAJobReportsEleven();
     void cuttingWithTheCardAbsentOrBusy_data();
     void cuttingWithTheCardAbsentOrBusy();
+    void deletingTheWizardWhileItCuts();
+    void deletingTheWizardWhileTheHostTakesItsRatios();
     void otherTasksAnswerMinusOne();
     void textsFollowTheLanguage();
 
@@ -168,6 +203,19 @@ void TestCalibrateWizard::roundsHalvesAwayFromZero()
     QCOMPARE(CDlgCalibrateXyStep::Round2(5.91 * 25.4), 150.11);
 }
 
+void TestCalibrateWizard::roundsOddValuesWithoutUndefinedConversions()
+{
+    const double dInf = std::numeric_limits<double>::infinity();
+    QVERIFY(std::isnan(CDlgCalibrateXyStep::Round2(std::numeric_limits<double>::quiet_NaN())));
+    QCOMPARE(CDlgCalibrateXyStep::Round2(dInf), dInf);
+    QCOMPARE(CDlgCalibrateXyStep::Round2(-dInf), -dInf);
+    QCOMPARE(CDlgCalibrateXyStep::Round2(1e20), 1e20);
+    QCOMPARE(CDlgCalibrateXyStep::Round2(-1e20), -1e20);
+    // Past int once scaled to hundredths, still rounded.
+    QCOMPARE(CDlgCalibrateXyStep::Round2(25000000.125), 25000000.13);
+    QCOMPARE(CDlgCalibrateXyStep::Round2(-25000000.125), -25000000.13);
+}
+
 void TestCalibrateWizard::okStraightAfterShowingGivesOne_data()
 {
     QTest::addColumn<int>("nUnit");
@@ -263,6 +311,37 @@ void TestCalibrateWizard::storedPowerShowsTruncated()
     Show(wizard);
     QCOMPARE(Child<QSpinBox>(&wizard, "spinBox_power")->value(), 37);
     QCOMPARE(wizard.CuttingPower(), 37.0);   // the spin box wrote back what it shows
+}
+
+void TestCalibrateWizard::oddStoredPowerIsTheDefaultOrHeldToTheRange_data()
+{
+    QTest::addColumn<QByteArray>("stored");
+    QTest::addColumn<int>("nShown");
+    QTest::newRow("nan") << QByteArray("nan") << 10;
+    QTest::newRow("inf") << QByteArray("inf") << 100;
+    QTest::newRow("-inf") << QByteArray("-inf") << 0;
+    QTest::newRow("1e20") << QByteArray("1e20") << 100;
+    QTest::newRow("-1e20") << QByteArray("-1e20") << 0;
+}
+
+void TestCalibrateWizard::oddStoredPowerIsTheDefaultOrHeldToTheRange()
+{
+    QFETCH(QByteArray, stored);
+    QFETCH(int, nShown);
+    QFile file(CDlgCalibrateXyStep::UserParamPath());
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("[DLG_CALIBRATE_XY_STEP]\nCUTTING_POWER=" + stored + "\n");
+    file.close();
+    auto* pWizard = new CDlgCalibrateXyStep;
+    Show(*pWizard);
+    QCOMPARE(Child<QSpinBox>(pWizard, "spinBox_power")->value(), nShown);
+    QCOMPARE(pWizard->CuttingPower(), double(nShown));
+    delete pWizard;
+    // What goes back into the file is the power that was shown.
+    QCOMPARE(QSettings(CDlgCalibrateXyStep::UserParamPath(), QSettings::IniFormat)
+                 .value("DLG_CALIBRATE_XY_STEP/CUTTING_POWER")
+                 .toDouble(),
+             double(nShown));
 }
 
 void TestCalibrateWizard::powerIsStoredOnlyWhenTheWizardGoes()
@@ -366,6 +445,66 @@ void TestCalibrateWizard::cuttingWithTheCardAbsentOrBusy()
     QTest::mouseClick(Child<QPushButton>(&wizard, "pushButton_cutting"), Qt::LeftButton);
     QCOMPARE(m_notifier.m_calls, (QList<QPair<int, int>>{{nCode, 0}}));
     QVERIFY(!QFileInfo::exists(CDlgCalibrateXyStep::JobPath()));   // made, refused, deleted
+}
+
+void TestCalibrateWizard::deletingTheWizardWhileItCuts()
+{
+    auto* pWizard = new CDlgCalibrateXyStep;
+    Show(*pWizard);
+    const QPointer<CDlgCalibrateXyStep> pAlive(pWizard);
+    // The host's window is the active one: the progress dialog, which takes
+    // the active window for its parent, is not the wizard's to delete.
+    QWidget hostWindow;
+    hostWindow.show();
+    hostWindow.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&hostWindow));
+    // The host deletes the wizard from the cut's side while the card holds
+    // the cut; the card goes on once the progress poll has ticked twice over
+    // the deleted wizard.
+    m_pCard->m_bHoldCalls = true;
+    m_pCard->m_onCall = [pWizard](const QString&) { pWizard->deleteLater(); };
+    int nTicksAfter = 0;
+    PollTicks ticks([&](int) {
+        if (pAlive.isNull() && ++nTicksAfter == 2)
+            m_pCard->ReleaseAll();
+    });
+    qApp->installEventFilter(&ticks);
+    QTimer giveUp;   // a broken run fails instead of hanging
+    giveUp.setSingleShot(true);
+    connect(&giveUp, &QTimer::timeout, [this] { m_pCard->ReleaseAll(); });
+    giveUp.start(30000);
+
+    Child<QPushButton>(pWizard, "pushButton_cutting")->click();
+    qApp->removeEventFilter(&ticks);
+
+    QVERIFY(pAlive.isNull());
+    QVERIFY(giveUp.isActive());
+    QVERIFY(nTicksAfter >= 2);
+    const QList<FakeCard::Call> calls = m_pCard->Calls();
+    QCOMPARE(calls.size(), 1);
+    QCOMPARE(calls[0].strName, QStringLiteral("BacklashAdjust"));
+    QCOMPARE(m_notifier.m_calls, (QList<QPair<int, int>>{{0, 0}}));   // the result still reaches the host
+    QVERIFY(!QFileInfo::exists(CDlgCalibrateXyStep::JobPath()));
+}
+
+void TestCalibrateWizard::deletingTheWizardWhileTheHostTakesItsRatios()
+{
+    auto* pWizard = new CDlgCalibrateXyStep;
+    Show(*pWizard);
+    const QPointer<CDlgCalibrateXyStep> pAlive(pWizard);
+    QList<double> ratios;
+    ModalAnswerer answerer;
+    // A host that drops the wizard as it takes the ratios, and says so in a
+    // box of its own, in whose loop the deletion happens.
+    connect(pWizard, &CDlgCalibrateXyStep::CalibrateXyStepSignal, pWizard, [&](double dRatioW, double dRatioH) {
+        ratios << dRatioW << dRatioH;
+        pAlive->deleteLater();
+        QMessageBox::information(nullptr, "Host", "Ratios taken");
+    });
+    Child<QPushButton>(pWizard, "pushButton_ok")->click();
+    QVERIFY(pAlive.isNull());
+    QCOMPARE(ratios, (QList<double>{1.0, 1.0}));
+    QCOMPARE(answerer.Count(), 1);
 }
 
 void TestCalibrateWizard::otherTasksAnswerMinusOne()

@@ -12,9 +12,12 @@
 #include "ParamFileTestData.h"
 #include "ThreadDialogRun.h"
 
+#include <QDialog>
+#include <QFileDialog>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLayout>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScrollArea>
@@ -23,6 +26,7 @@
 #include <QTableWidget>
 
 #include <cstring>
+#include <limits>
 
 using namespace ParamFileTestData;
 
@@ -106,10 +110,14 @@ private slots:
     void exportWithTwoLasersOnACardThatHasThem();
     void importOverwritesTheCallersRecordAtOnce();
     void cancelledFileDialogsChangeNothing();
+    void deletedWhileARefusedImportIsTold();
     void applyXyStepRatio();
+    void aBadRatioLeavesBothSteps_data();
+    void aBadRatioLeavesBothSteps();
     void buttonsEmitTheirSignals();
     void escapeClosesTheDialogAndItsThirdAncestor();
     void escapeWithFewerAncestors();
+    void escapeWhoseHostDeletesTheDialog();
     void themeTabFillsOnlyOnItsFirstShowing();
     void deviceTasksGoThroughTheApplicationObject();
 
@@ -466,6 +474,43 @@ void TestDlgFactoryMgr::cancelledFileDialogsChangeNothing()
     QCOMPARE(QDir(m_strDir).entryList(QDir::Files), QStringList());
 }
 
+void TestDlgFactoryMgr::deletedWhileARefusedImportIsTold()
+{
+    const QString strPath = m_strDir + "/foreign.ini";
+    QFile file(strPath);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("[FACTORY_PARAM]\nFILE_FLAG=__OTHER__\n[FACTORY_PARAM_LASER]\nLASER_COUNT=2\n");
+    file.close();
+    auto* pDialog = new DlgFactoryMgr(&m_caller);
+    pDialog->show();
+    QVERIFY(QTest::qWaitForWindowExposed(pDialog));
+    const QPointer<DlgFactoryMgr> pAlive(pDialog);
+
+    // The host answers the file dialog, and deletes the dialog while the box
+    // that refuses the file is open.
+    QStringList told;
+    QTimer host;
+    connect(&host, &QTimer::timeout, [&] {
+        QWidget* pModal = QApplication::activeModalWidget();
+        if (auto* pFiles = qobject_cast<QFileDialog*>(pModal)) {
+            pFiles->selectFile(strPath);
+            static_cast<QDialog*>(pFiles)->accept();
+        } else if (auto* pBox = qobject_cast<QMessageBox*>(pModal); pBox && pBox->isVisible() && pAlive) {
+            told << pBox->text();
+            const QPointer<QMessageBox> pStill(pBox);
+            delete pAlive.data();
+            if (pStill)
+                pStill->reject();
+        }
+    });
+    host.start(5);
+    pDialog->ImportParams();
+
+    QVERIFY(pAlive.isNull());
+    QCOMPARE(told, QStringList{"File ID is incorrect!"});
+    QVERIFY(FirstFileFieldDifference(m_caller, Caller()).isEmpty());   // the caller's record untouched
+}
+
 void TestDlgFactoryMgr::applyXyStepRatio()
 {
     DlgFactoryMgr dialog(&m_caller);
@@ -492,6 +537,52 @@ void TestDlgFactoryMgr::applyXyStepRatio()
     dialog.DataToCtrlSlot(false);
     dialog.GetParams(after);
     QCOMPARE(after.motor[0].pulsePerMm, before.motor[0].pulsePerMm * 1.5);
+    QVERIFY(!ReadBytes(CLogWriter::GetInstance()->FilePath()).contains("XY step calibration not applied"));
+}
+
+void TestDlgFactoryMgr::aBadRatioLeavesBothSteps_data()
+{
+    QTest::addColumn<double>("dRatioW");
+    QTest::addColumn<double>("dRatioH");
+    const double dNan = std::numeric_limits<double>::quiet_NaN();
+    const double dInf = std::numeric_limits<double>::infinity();
+    QTest::newRow("X nan") << dNan << 1.01;
+    QTest::newRow("Y nan") << 1.01 << dNan;
+    QTest::newRow("X inf") << dInf << 1.01;
+    QTest::newRow("Y inf") << 1.01 << dInf;
+    QTest::newRow("X -inf") << -dInf << 1.01;
+    QTest::newRow("Y -inf") << 0.99 << -dInf;
+    QTest::newRow("X zero") << 0.0 << 1.01;
+    QTest::newRow("Y zero") << 1.01 << 0.0;
+    QTest::newRow("X negative") << -1.01 << 1.01;
+    QTest::newRow("Y negative") << 1.01 << -0.99;
+    QTest::newRow("both nan") << dNan << dNan;
+    // Finite, but the step it gives is not.
+    QTest::newRow("X overflows its step") << std::numeric_limits<double>::max() << 1.01;
+}
+
+void TestDlgFactoryMgr::aBadRatioLeavesBothSteps()
+{
+    QFETCH(double, dRatioW);
+    QFETCH(double, dRatioH);
+    DlgFactoryMgr dialog(&m_caller);
+    FactoryParams before;
+    dialog.GetParams(before);
+    QVERIFY(before.motor[0].pulsePerMm > 1.0);   // so that the largest ratio overflows it
+
+    dialog.ApplyXyStepRatio(dRatioW, dRatioH);
+    FactoryParams after;
+    dialog.GetParams(after);
+    QCOMPARE(after.motor[0].pulsePerMm, before.motor[0].pulsePerMm);
+    QCOMPARE(after.motor[1].pulsePerMm, before.motor[1].pulsePerMm);
+    // The tables keep them too: a collect hands on the old steps.
+    dialog.DataToCtrlSlot(false);
+    dialog.GetParams(after);
+    QCOMPARE(after.motor[0].pulsePerMm, before.motor[0].pulsePerMm);
+    QCOMPARE(after.motor[1].pulsePerMm, before.motor[1].pulsePerMm);
+    const QByteArray log = ReadBytes(CLogWriter::GetInstance()->FilePath());
+    QVERIFY2(log.contains("[1] XY step calibration not applied"), log.constData());
+    QVERIFY(log.contains("both steps are unchanged"));
 }
 
 void TestDlgFactoryMgr::buttonsEmitTheirSignals()
@@ -547,6 +638,25 @@ void TestDlgFactoryMgr::escapeWithFewerAncestors()
     QVERIFY(QTest::qWaitForWindowExposed(&alone));
     QTest::keyClick(&alone, Qt::Key_Escape);
     QVERIFY(!alone.isVisible());
+}
+
+void TestDlgFactoryMgr::escapeWhoseHostDeletesTheDialog()
+{
+    // The host's window, three levels up, deletes the dialog when it closes.
+    QDialog window;
+    auto* pLevel1 = new QWidget(&window);
+    auto* pLevel2 = new QWidget(pLevel1);
+    auto* pDialog = new DlgFactoryMgr(&m_caller, pLevel2);
+    pDialog->setWindowFlags(Qt::Widget);
+    window.show();
+    pDialog->show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    const QPointer<DlgFactoryMgr> pAlive(pDialog);
+    connect(&window, &QDialog::rejected, [&] { delete pAlive.data(); });
+
+    QTest::keyPress(pDialog, Qt::Key_Escape);   // no release: the dialog is gone by then
+    QVERIFY(pAlive.isNull());
+    QVERIFY(!window.isVisible());
 }
 
 void TestDlgFactoryMgr::themeTabFillsOnlyOnItsFirstShowing()

@@ -158,6 +158,7 @@ private slots:
     void anEditClearsItsMarkInEveryTab_data();
     void anEditClearsItsMarkInEveryTab();
     void aMarkedListShowsThePutBackChoice();
+    void oddMachineValuesAreMarkedWithoutUndefinedConversions_data();
     void oddMachineValuesAreMarkedWithoutUndefinedConversions();
     void clearingRemovesTheRedOfListsToo();
     void valuesPutBackWithoutAMarkReachTheDialogAndItsCells();
@@ -469,17 +470,35 @@ void TestReadBackCheck::aMarkedListShowsThePutBackChoice()
     QCOMPARE(working.machine.motiveMode, Opening().machine.motiveMode);
 }
 
+void TestReadBackCheck::oddMachineValuesAreMarkedWithoutUndefinedConversions_data()
+{
+    QTest::addColumn<double>("dValue");
+    QTest::addColumn<int>("nKept");
+    const double dInf = std::numeric_limits<double>::infinity();
+    const int nMax = std::numeric_limits<int>::max();
+    const int nMin = std::numeric_limits<int>::min();
+    QTest::newRow("nan") << std::numeric_limits<double>::quiet_NaN() << 0;
+    QTest::newRow("inf") << dInf << nMax;
+    QTest::newRow("-inf") << -dInf << nMin;
+    QTest::newRow("1e20") << 1e20 << nMax;
+    QTest::newRow("-1e20") << -1e20 << nMin;
+}
+
 void TestReadBackCheck::oddMachineValuesAreMarkedWithoutUndefinedConversions()
 {
+    QFETCH(double, dValue);
+    QFETCH(int, nKept);
     OpenAndUpload();
-    const double dNan = std::numeric_limits<double>::quiet_NaN();
-    m_pDialog->MarkInvalidCell(3, 0, 1, dNan);
-    m_pDialog->MarkInvalidCell(3, 2, 1, 1e20);
+    m_pDialog->MarkInvalidCell(3, 0, 1, dValue);
+    m_pDialog->MarkInvalidCell(3, 2, 1, dValue);
+    auto* pMachine = m_pDialog->findChild<QTableWidget*>("tableWidget_machine");
+    QVERIFY(CPropertyTable::IsMarked(pMachine, 0, 1));
+    QVERIFY(CPropertyTable::IsMarked(pMachine, 2, 1));
     m_pDialog->DataToCtrlSlot(false);
     FactoryParams working;
     m_pDialog->GetParams(working);
-    QCOMPARE(working.machine.motiveMode, 0);
-    QCOMPARE(working.machine.machineZero, std::numeric_limits<int>::max());
+    QCOMPARE(working.machine.motiveMode, nKept);
+    QCOMPARE(working.machine.machineZero, nKept);
     QCOMPARE(CPropertyTable::ToInt(-1e20), std::numeric_limits<int>::min());
     QCOMPARE(CPropertyTable::ToInt(-2.9), -2);
     QCOMPARE(CPropertyTable::ToInt(2.9), 2);

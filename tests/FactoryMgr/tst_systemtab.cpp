@@ -1,6 +1,7 @@
 #include "TestMain.h"
 
 #include "CFactoryMgrApp.h"
+#include "CLogWriter.h"
 #include "CSystemTab.h"
 #include "FakeCard.h"
 #include "FakeDevice.h"
@@ -8,8 +9,11 @@
 #include "ModalAnswerer.h"
 #include "TabTestFixture.h"
 
+#include <QFileDialog>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTabWidget>
+#include <QVBoxLayout>
 
 #include <memory>
 
@@ -29,6 +33,10 @@ private slots:
     void cancellingTheFileDialogStartsNothing();
     void upgrades_data();
     void upgrades();
+    void deletedWhileTheUpgradeRuns_data();
+    void deletedWhileTheUpgradeRuns();
+    void deletedWhileTheResultIsShown_data();
+    void deletedWhileTheResultIsShown();
 
 private:
     void ShowSystemPage(TabTestFixture& f);
@@ -234,6 +242,129 @@ void TestSystemTab::upgrades()
     QCOMPARE(calls[0].arg.toString(), strPath);
     QVERIFY(calls[0].pThread != QThread::currentThread());
     QCOMPARE(duringRun, Qt::WaitCursor);
+}
+
+namespace {
+// A dialog inside a window of the host's, as the reference host shows it.
+struct HostWindow
+{
+    explicit HostWindow(FactoryParams* pRecord)
+        : pDialog(new DlgFactoryMgr(pRecord))
+    {
+        pDialog->setParent(&window, Qt::Widget);
+        (new QVBoxLayout(&window))->addWidget(pDialog);
+        window.show();
+    }
+
+    QWidget window;
+    DlgFactoryMgr* pDialog;
+};
+
+QString WriteFirmware(const QTemporaryDir& dir, const QString& strFile)
+{
+    const QString strPath = dir.path() + "/" + strFile;
+    QFile file(strPath);
+    if (!file.open(QIODevice::WriteOnly))
+        return QString();
+    file.write("image");
+    return strPath;
+}
+}
+
+void TestSystemTab::deletedWhileTheUpgradeRuns_data()
+{
+    QTest::addColumn<QString>("strButton");
+    QTest::addColumn<QString>("strFile");
+    QTest::addColumn<QString>("strFunction");
+    QTest::newRow("mainboard") << "pushButton_mainboardUpgrade" << "main.upd" << "CardUpgrade";
+    QTest::newRow("panel") << "pushButton_panelUpgrade" << "panel.hmi" << "PanelUpgrade";
+}
+
+void TestSystemTab::deletedWhileTheUpgradeRuns()
+{
+    QFETCH(QString, strButton);
+    QFETCH(QString, strFile);
+    QFETCH(QString, strFunction);
+    QTemporaryDir dir;
+    const QString strPath = WriteFirmware(dir, strFile);
+    QVERIFY(!strPath.isEmpty());
+    FactoryParams record;
+    HostWindow host(&record);
+    QVERIFY(QTest::qWaitForWindowExposed(&host.window));
+    const QPointer<DlgFactoryMgr> pAlive(host.pDialog);
+    QPushButton* pButton = host.pDialog->findChild<QPushButton*>(strButton);
+
+    // The host deletes the dialog from the upgrade's side, while the card
+    // holds the upgrade; the card goes on once the dialog is gone.
+    m_pCard->m_bHoldCalls = true;
+    m_pCard->m_onCall = [pDialog = host.pDialog](const QString&) { pDialog->deleteLater(); };
+    connect(host.pDialog, &QObject::destroyed, [this] { m_pCard->ReleaseAll(); });
+    QTimer giveUp;   // a broken run fails instead of hanging
+    giveUp.setSingleShot(true);
+    connect(&giveUp, &QTimer::timeout, [this] { m_pCard->ReleaseAll(); });
+    giveUp.start(30000);
+    ModalAnswerer answerer;
+    answerer.AnswerFileWith(strPath);
+    CLogWriter::GetInstance()->SetDirectory(dir.path() + "/log");
+    pButton->click();
+
+    QFile log(CLogWriter::GetInstance()->FilePath());
+    const QByteArray logText = log.open(QIODevice::ReadOnly) ? log.readAll() : QByteArray();
+    CLogWriter::GetInstance()->SetDirectory(QString());
+    QVERIFY(pAlive.isNull());
+    QVERIFY(giveUp.isActive());
+    QVERIFY(logText.contains("[1] HMI update erro code:0"));   // the result is still logged
+    const QList<FakeCard::Call> calls = CardCalls();
+    QCOMPARE(calls.size(), 1);
+    QCOMPARE(calls[0].strName, strFunction);
+    QCOMPARE(calls[0].arg.toString(), strPath);
+    QCOMPARE(answerer.Count(), 1);   // the file dialog; no result box without the dialog
+}
+
+void TestSystemTab::deletedWhileTheResultIsShown_data()
+{
+    QTest::addColumn<int>("nCode");
+    QTest::addColumn<QString>("strText");
+    QTest::newRow("success") << 0 << "Import successfully";
+    QTest::newRow("failure") << 2004 << "Import failed";
+}
+
+void TestSystemTab::deletedWhileTheResultIsShown()
+{
+    QFETCH(int, nCode);
+    QFETCH(QString, strText);
+    QTemporaryDir dir;
+    const QString strPath = WriteFirmware(dir, "main.upd");
+    QVERIFY(!strPath.isEmpty());
+    FactoryParams record;
+    HostWindow host(&record);
+    QVERIFY(QTest::qWaitForWindowExposed(&host.window));
+    const QPointer<DlgFactoryMgr> pAlive(host.pDialog);
+    m_pCard->m_nResult = nCode;
+
+    // The host answers the file dialog, and deletes the dialog while the
+    // result box is open.
+    QStringList shown;
+    QTimer hostTimer;
+    connect(&hostTimer, &QTimer::timeout, [&] {
+        QWidget* pModal = QApplication::activeModalWidget();
+        if (auto* pFiles = qobject_cast<QFileDialog*>(pModal)) {
+            pFiles->selectFile(strPath);
+            static_cast<QDialog*>(pFiles)->accept();
+        } else if (auto* pBox = qobject_cast<QMessageBox*>(pModal); pBox && pBox->isVisible() && pAlive) {
+            shown << pBox->text();
+            const QPointer<QMessageBox> pStill(pBox);
+            delete pAlive.data();
+            if (pStill)   // a box that outlived its dialog would wait for ever
+                pStill->reject();
+        }
+    });
+    hostTimer.start(5);
+    host.pDialog->findChild<QPushButton*>("pushButton_mainboardUpgrade")->click();
+
+    QVERIFY(pAlive.isNull());
+    QCOMPARE(shown, QStringList{strText});
+    QCOMPARE(CardCalls().size(), 1);
 }
 
 FACTORYMGR_TEST_MAIN(TestSystemTab)

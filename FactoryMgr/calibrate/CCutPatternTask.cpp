@@ -1,0 +1,56 @@
+#include "CCutPatternTask.h"
+
+#include "CDlgCalibrateXyStep.h"
+#include "CFactoryMgrApp.h"
+#include "TextCodec.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+CCutPatternTask::CCutPatternTask(double dPower)
+    : m_dPower(dPower)
+{
+}
+
+int CCutPatternTask::Cut(double dPower)
+{
+    const QString strPattern = CFactoryMgrApp::GetResourceDirectory() + "/Data/adjustpulse.lcpx";
+    if (!QFile::exists(strPattern))
+        return CDlgCalibrateXyStep::ResultNoJob;
+    const QString strJob = CDlgCalibrateXyStep::JobPath();
+    QDir().mkpath(QFileInfo(strJob).absolutePath());
+    if (CFactoryMgrApp::PfnConvertPattern pfnConvert = CFactoryMgrApp::GetInstance()->GetConvertPatternCallback())
+        pfnConvert(StringToUtf8(strPattern).constData(), StringToUtf8(strJob).constData(), dPower);
+    if (!QFile::exists(strJob))
+        return CDlgCalibrateXyStep::ResultNoJob;
+    const int nResult = CFactoryMgrApp::GetInstance()->BacklashAdjust(strJob);
+    QFile::remove(strJob);
+    return nResult;
+}
+
+int CCutPatternTask::RunTask(int nTask, void* pParam)
+{
+    Q_UNUSED(pParam)
+    return nTask == CDlgCalibrateXyStep::TaskCut ? Cut(m_dPower) : -1;
+}
+
+int CCutPatternTask::IsTaskCancelable(int nTask)
+{
+    Q_UNUSED(nTask)
+    return 0;
+}
+
+int CCutPatternTask::CancelTask(int nTask, qintptr wParam, qintptr lParam)
+{
+    Q_UNUSED(nTask)
+    Q_UNUSED(wParam)
+    Q_UNUSED(lParam)
+    return 0;
+}
+
+double CCutPatternTask::GetTaskProgress(int nTask)
+{
+    Q_UNUSED(nTask)
+    return 0.0;
+}
