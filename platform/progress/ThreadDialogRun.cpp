@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QEventLoop>
+#include <QPointer>
 #include <QTimer>
 
 #include <thread>
@@ -26,24 +27,28 @@ int ThreadDialogRun(IThreadDialogOwner* pOwner, int nTask, void* pParam, int nRe
         return nResult;
     }
 
-    CTaskProgressDialog dialog(strText, pOwner->IsTaskCancelable(nTask) != 0, QApplication::activeWindow());
-    QObject::connect(&dialog, &QProgressDialog::canceled, &dialog, [&] {
+    // On the heap, parented to the active window: a host may delete that
+    // window while the task runs (the loop below is where its deleteLater
+    // runs), and the dialog then goes with it rather than being freed twice.
+    QPointer<CTaskProgressDialog> pDialog =
+        new CTaskProgressDialog(strText, pOwner->IsTaskCancelable(nTask) != 0, QApplication::activeWindow());
+    QObject::connect(pDialog, &QProgressDialog::canceled, pDialog, [&] {
         pOwner->CancelTask(nTask, 0, 0);
-        dialog.setLabelText(strText + "\n" + CTaskProgressDialog::tr("Cancelling..."));
+        pDialog->setLabelText(strText + "\n" + CTaskProgressDialog::tr("Cancelling..."));
     });
 
     QTimer poll;
     poll.setInterval(100);
-    QObject::connect(&poll, &QTimer::timeout, &dialog, [&] {
+    QObject::connect(&poll, &QTimer::timeout, pDialog, [&] {
         const double dProgress = pOwner->GetTaskProgress(nTask);
         if (dProgress > 0.0) {
-            dialog.setMaximum(1000);
-            dialog.setValue(int(qBound(0.0, dProgress, 1.0) * 1000));
+            pDialog->setMaximum(1000);
+            pDialog->setValue(int(qBound(0.0, dProgress, 1.0) * 1000));
         }
     });
 
     QEventLoop loop;
-    dialog.show();
+    pDialog->show();
     poll.start();
     std::thread worker([&] {
         nResult = pOwner->RunTask(nTask, pParam);
@@ -55,7 +60,10 @@ int ThreadDialogRun(IThreadDialogOwner* pOwner, int nTask, void* pParam, int nRe
     loop.exec();
     worker.join();
     poll.stop();
-    dialog.SetFinished();
-    dialog.close();
+    if (pDialog) {
+        pDialog->SetFinished();
+        pDialog->close();
+        delete pDialog;
+    }
     return nResult;
 }

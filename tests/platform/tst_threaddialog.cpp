@@ -4,6 +4,7 @@
 #include "ThreadDialogRun.h"
 
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
 #include <QThread>
 #include <QTimer>
@@ -67,7 +68,32 @@ private slots:
     void progressOfTheTaskIsShown();
     void cancelAsksTheTaskToStop();
     void nullOwnerIsRefused();
+    void theActiveWindowDeletedWhileTheTaskRuns();
 };
+
+void TestThreadDialog::theActiveWindowDeletedWhileTheTaskRuns()
+{
+    // The progress dialog's parent is the active window; a host deletes that
+    // window (its deleteLater runs in the progress loop) before the task ends.
+    auto* pWindow = new QWidget;
+    pWindow->show();
+    pWindow->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(pWindow));
+    QPointer<QWidget> pGone(pWindow);
+    std::atomic<bool> bDeleted{false};
+    QTimer::singleShot(0, this, [&] {
+        QVERIFY(ProgressDialog() && ProgressDialog()->parentWidget() == pWindow);
+        pWindow->deleteLater();
+    });
+    QTimer watch;
+    connect(&watch, &QTimer::timeout, this, [&] { bDeleted = pGone.isNull(); });
+    watch.start(5);
+    TaskOwner owner;
+    owner.m_task = [&] { return WaitFor(bDeleted) ? 5 : -1; };
+    QCOMPARE(ThreadDialogRun(&owner, 0, nullptr, 0, "Processing..."), 5);
+    QVERIFY(pGone.isNull());
+    QVERIFY(QApplication::activeModalWidget() == nullptr);
+}
 
 void TestThreadDialog::taskRunsOffTheGuiThreadAndItsResultComesBack()
 {
