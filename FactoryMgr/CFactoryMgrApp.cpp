@@ -160,26 +160,6 @@ int CFactoryMgrApp::RunTask(int nTask, void* pParam)
     }
 }
 
-int CFactoryMgrApp::IsTaskCancelable(int nTask)
-{
-    Q_UNUSED(nTask)
-    return 0;
-}
-
-int CFactoryMgrApp::CancelTask(int nTask, qintptr wParam, qintptr lParam)
-{
-    Q_UNUSED(nTask)
-    Q_UNUSED(wParam)
-    Q_UNUSED(lParam)
-    return 0;
-}
-
-double CFactoryMgrApp::GetTaskProgress(int nTask)
-{
-    Q_UNUSED(nTask)
-    return 0.0;
-}
-
 QString CFactoryMgrApp::GetResourceDirectory()
 {
     return QDir(QCoreApplication::applicationDirPath()).absolutePath() + "/../Resources";

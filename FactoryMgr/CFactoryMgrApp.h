@@ -1,6 +1,6 @@
 #pragma once
 
-#include "IThreadDialogOwner.h"
+#include "CBusyTaskOwner.h"
 
 #include <QString>
 
@@ -16,7 +16,7 @@ struct FactoryParams;
 // serialises every device call behind one mutex and turns the named card
 // functions into calls on the host's card. One instance lives as long as the
 // library is loaded (GetInstance); tests may make their own.
-class CFactoryMgrApp : public IThreadDialogOwner
+class CFactoryMgrApp : public CBusyTaskOwner
 {
 public:
     // Host callback that turns a pattern file into a machine job file.
@@ -75,9 +75,6 @@ public:
     // IThreadDialogOwner: task 0 upgrades the panel, task 1 the mainboard,
     // pParam pointing to the file path (a QString).
     int RunTask(int nTask, void* pParam) override;
-    int IsTaskCancelable(int nTask) override;
-    int CancelTask(int nTask, qintptr wParam, qintptr lParam) override;
-    double GetTaskProgress(int nTask) override;
 
     // Application directory + "/../Resources": what ships with the host.
     static QString GetResourceDirectory();

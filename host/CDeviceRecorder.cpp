@@ -136,26 +136,6 @@ void CDeviceRecorder::KeepHeld(CParamBackups::Reason reason)
                        strError.toUtf8().constData());
 }
 
-int CDeviceRecorder::IsTaskCancelable(int nTask)
-{
-    Q_UNUSED(nTask)
-    return 0;
-}
-
-int CDeviceRecorder::CancelTask(int nTask, qintptr wParam, qintptr lParam)
-{
-    Q_UNUSED(nTask)
-    Q_UNUSED(wParam)
-    Q_UNUSED(lParam)
-    return 0;
-}
-
-double CDeviceRecorder::GetTaskProgress(int nTask)
-{
-    Q_UNUSED(nTask)
-    return 0.0;
-}
-
 int CDeviceRecorder::GetState()
 {
     ICard* pCard = m_pDevice->GetCurrentCard();

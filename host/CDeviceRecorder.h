@@ -3,7 +3,7 @@
 #include "ICard.h"
 #include "IDevice.h"
 #include "ITaskState.h"
-#include "IThreadDialogOwner.h"
+#include "CBusyTaskOwner.h"
 
 #include "CParamBackups.h"
 #include "FactoryParams.h"
@@ -28,7 +28,7 @@
 // controller holds is kept as a backup of the parameter file: the record of
 // the last read when nothing has been written or upgraded since, otherwise
 // read afresh. A backup that cannot be made is logged and stops nothing.
-class CDeviceRecorder : public QObject, public IDevice, public ICard, public ITaskState, public IThreadDialogOwner
+class CDeviceRecorder : public QObject, public IDevice, public ICard, public ITaskState, public CBusyTaskOwner
 {
     Q_OBJECT
 public:
@@ -50,9 +50,6 @@ public:
     int IsBusy() override;
     // IThreadDialogOwner: task 0 reads the parameters, task 1 writes them.
     int RunTask(int nTask, void* pParam) override;
-    int IsTaskCancelable(int nTask) override;
-    int CancelTask(int nTask, qintptr wParam, qintptr lParam) override;
-    double GetTaskProgress(int nTask) override;
 
 signals:
     // strResult: the number the call returned; for a card function, its code.

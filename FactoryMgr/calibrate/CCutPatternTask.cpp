@@ -34,23 +34,3 @@ int CCutPatternTask::RunTask(int nTask, void* pParam)
     Q_UNUSED(pParam)
     return nTask == CDlgCalibrateXyStep::TaskCut ? Cut(m_dPower) : -1;
 }
-
-int CCutPatternTask::IsTaskCancelable(int nTask)
-{
-    Q_UNUSED(nTask)
-    return 0;
-}
-
-int CCutPatternTask::CancelTask(int nTask, qintptr wParam, qintptr lParam)
-{
-    Q_UNUSED(nTask)
-    Q_UNUSED(wParam)
-    Q_UNUSED(lParam)
-    return 0;
-}
-
-double CCutPatternTask::GetTaskProgress(int nTask)
-{
-    Q_UNUSED(nTask)
-    return 0.0;
-}

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "IThreadDialogOwner.h"
+#include "CBusyTaskOwner.h"
 
 // The cut of the standard pattern at a given power, as ThreadDialogRun runs
 // it. The wizard starts it on an object of its own slot's stack frame rather
 // than on itself: ThreadDialogRun keeps calling its owner while its loop
 // runs, and a host may delete the wizard in that loop.
-class CCutPatternTask : public IThreadDialogOwner
+class CCutPatternTask : public CBusyTaskOwner
 {
 public:
     explicit CCutPatternTask(double dPower);
@@ -17,9 +17,6 @@ public:
 
     // Task 0 cuts at the power given at construction; others answer -1.
     int RunTask(int nTask, void* pParam) override;
-    int IsTaskCancelable(int nTask) override;
-    int CancelTask(int nTask, qintptr wParam, qintptr lParam) override;
-    double GetTaskProgress(int nTask) override;
 
 private:
     const double m_dPower;

@@ -196,23 +196,3 @@ int CDlgCalibrateXyStep::RunTask(int nTask, void* pParam)
         return -1;
     return CCutPatternTask::Cut(pParam ? *static_cast<const double*>(pParam) : kDefaultPower);
 }
-
-int CDlgCalibrateXyStep::IsTaskCancelable(int nTask)
-{
-    Q_UNUSED(nTask)
-    return 0;
-}
-
-int CDlgCalibrateXyStep::CancelTask(int nTask, qintptr wParam, qintptr lParam)
-{
-    Q_UNUSED(nTask)
-    Q_UNUSED(wParam)
-    Q_UNUSED(lParam)
-    return 0;
-}
-
-double CDlgCalibrateXyStep::GetTaskProgress(int nTask)
-{
-    Q_UNUSED(nTask)
-    return 0.0;
-}

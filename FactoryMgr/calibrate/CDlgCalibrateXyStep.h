@@ -1,7 +1,7 @@
 #pragma once
 
 #include "BaseDialog.h"
-#include "IThreadDialogOwner.h"
+#include "CBusyTaskOwner.h"
 
 namespace Ui {
 class CDlgCalibrateXyStep;
@@ -11,7 +11,7 @@ class CDlgCalibrateXyStep;
 // through the host at a chosen power, page 2 takes the size the user measured,
 // and OK hands out measured / target for X and Y. Lengths are kept in
 // millimetres; only the widgets show the host's display unit.
-class CDlgCalibrateXyStep : public BaseDialog, public IThreadDialogOwner
+class CDlgCalibrateXyStep : public BaseDialog, public CBusyTaskOwner
 {
     Q_OBJECT
 public:
@@ -43,9 +43,6 @@ public:
 
     // IThreadDialogOwner: task 0 cuts the pattern, pParam pointing at the power.
     int RunTask(int nTask, void* pParam) override;
-    int IsTaskCancelable(int nTask) override;
-    int CancelTask(int nTask, qintptr wParam, qintptr lParam) override;
-    double GetTaskProgress(int nTask) override;
 
 signals:
     void CalibrateXyStepSignal(double dRatioW, double dRatioH);

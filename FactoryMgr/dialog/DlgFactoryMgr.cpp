@@ -517,26 +517,6 @@ int DlgFactoryMgr::RunTask(int nTask, void* pParam)
     }
 }
 
-int DlgFactoryMgr::IsTaskCancelable(int nTask)
-{
-    Q_UNUSED(nTask)
-    return 0;
-}
-
-int DlgFactoryMgr::CancelTask(int nTask, qintptr wParam, qintptr lParam)
-{
-    Q_UNUSED(nTask)
-    Q_UNUSED(wParam)
-    Q_UNUSED(lParam)
-    return 0;
-}
-
-double DlgFactoryMgr::GetTaskProgress(int nTask)
-{
-    Q_UNUSED(nTask)
-    return 0.0;
-}
-
 void DlgFactoryMgr::on_tabWidget_currentChanged(int index)
 {
     ILog_WriteLogF(0, "tabWidget was changed.");

@@ -2,7 +2,7 @@
 
 #include "BaseDialog.h"
 #include "FactoryParams.h"
-#include "IThreadDialogOwner.h"
+#include "CBusyTaskOwner.h"
 
 #include <QModelIndex>
 
@@ -22,7 +22,7 @@ class DlgFactoryMgr;
 // parameter record, one table per tab, and hands the copy out when asked.
 // Read, Upload and Calibrate only emit signals; the service object that made
 // the dialog does the device work.
-class DlgFactoryMgr : public BaseDialog, public IThreadDialogOwner
+class DlgFactoryMgr : public BaseDialog, public CBusyTaskOwner
 {
     Q_OBJECT
 public:
@@ -73,9 +73,6 @@ public:
     // IThreadDialogOwner: task 0 reads the working record from the device,
     // task 1 writes it.
     int RunTask(int nTask, void* pParam) override;
-    int IsTaskCancelable(int nTask) override;
-    int CancelTask(int nTask, qintptr wParam, qintptr lParam) override;
-    double GetTaskProgress(int nTask) override;
 
 signals:
     void CorrectXyStepSignal();
