@@ -8,6 +8,7 @@
 #include "FactoryParamIo.h"
 #include "IDevice.h"
 #include "IFactoryMgr.h"
+#include "ResidentSize.h"
 #include "ui_DlgFactoryMgr.h"
 
 #include <QApplication>
@@ -90,18 +91,6 @@ public:
     }
     FactoryParams m_stored;
 };
-
-long ResidentKb()
-{
-    long nPages = 0;
-    long nResident = 0;
-    if (FILE* pFile = std::fopen("/proc/self/statm", "r")) {
-        if (std::fscanf(pFile, "%ld %ld", &nPages, &nResident) != 2)
-            nResident = 0;
-        std::fclose(pFile);
-    }
-    return nResident * (sysconf(_SC_PAGESIZE) / 1024);
-}
 
 void Repaint(QTableWidget* pTable)
 {

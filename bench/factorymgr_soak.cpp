@@ -9,6 +9,7 @@
 #include "CSimController.h"
 #include "DlgFactoryMgr.h"
 #include "IFactoryMgr.h"
+#include "ResidentSize.h"
 
 #include <QApplication>
 #include <QDir>
@@ -20,18 +21,6 @@
 #include <unistd.h>
 
 namespace {
-long ResidentKb()
-{
-    long nPages = 0;
-    long nResident = 0;
-    if (FILE* pFile = std::fopen("/proc/self/statm", "r")) {
-        if (std::fscanf(pFile, "%ld %ld", &nPages, &nResident) != 2)
-            nResident = 0;
-        std::fclose(pFile);
-    }
-    return nResident * (sysconf(_SC_PAGESIZE) / 1024);
-}
-
 long OpenFiles()
 {
     return long(QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size());
