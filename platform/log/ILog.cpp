@@ -3,29 +3,21 @@
 #include "CLogWriter.h"
 
 #include <QByteArray>
+#include <QString>
 
 #include <cstdarg>
-#include <cstdio>
 
 void ILog_WriteLogF(int nLevel, const char* szFormat, ...)
 {
     if (!szFormat)
         return;
+    // Qt's formatting writes numbers the same way in every locale: a log read
+    // by support shows "1.50" whether the machine runs in English or German.
     va_list args;
     va_start(args, szFormat);
-    va_list argsCopy;
-    va_copy(argsCopy, args);
-    const int nLength = std::vsnprintf(nullptr, 0, szFormat, args);
+    const QString strText = QString::vasprintf(szFormat, args);
     va_end(args);
-    if (nLength < 0) {
-        va_end(argsCopy);
-        return;
-    }
-    QByteArray text(nLength + 1, '\0');
-    std::vsnprintf(text.data(), size_t(text.size()), szFormat, argsCopy);
-    va_end(argsCopy);
-    text.chop(1);
-    CLogWriter::GetInstance()->Write(nLevel, text);
+    CLogWriter::GetInstance()->Write(nLevel, strText.toUtf8());
 }
 
 void ILog_WriteLog(int nLevel, const char* szText)
