@@ -13,6 +13,7 @@
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>
+#include <QRegularExpression>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSettings>
@@ -79,6 +80,8 @@ private slots:
     void okStraightAfterShowingGivesOne();
     void inchTargetsShowAndComeBack();
     void millimetreMeasurementGivesItsRatio();
+    void aDecimalCommaOrPointIsTheNumberMeant_data();
+    void aDecimalCommaOrPointIsTheNumberMeant();
     void inchMeasurementGivesItsRatio();
     void everyShowingResets();
     void storedPowerShowsTruncated();
@@ -274,6 +277,38 @@ void TestCalibrateWizard::millimetreMeasurementGivesItsRatio()
     QTest::mouseClick(Child<QPushButton>(&wizard, "pushButton_ok"), Qt::LeftButton);
     QCOMPARE(ratios.first().at(0).toDouble(), 1.01);
     QCOMPARE(ratios.first().at(1).toDouble(), 0.99);
+}
+
+void TestCalibrateWizard::aDecimalCommaOrPointIsTheNumberMeant_data()
+{
+    QTest::addColumn<QString>("strTyped");
+    QTest::addColumn<double>("dMeant");
+    QTest::newRow("comma") << "151,5" << 151.5;
+    QTest::newRow("point") << "151.5" << 151.5;
+    QTest::newRow("comma, two decimals") << "148,25" << 148.25;
+    QTest::newRow("point, two decimals") << "148.25" << 148.25;
+    QTest::newRow("whole") << "152" << 152.0;
+}
+
+void TestCalibrateWizard::aDecimalCommaOrPointIsTheNumberMeant()
+{
+    // Whatever the desktop's locale, a ruler's reading typed with either mark
+    // is the number meant, never one a thousand times larger; the box shows
+    // it with the locale's mark.
+    QFETCH(QString, strTyped);
+    QFETCH(double, dMeant);
+    CDlgCalibrateXyStep wizard;
+    Show(wizard);
+    Child<QPushButton>(&wizard, "pushButton_nextStep")->click();
+    auto* pWidth = Child<QDoubleSpinBox>(&wizard, "doubleSpinBox_measureW");
+    pWidth->selectAll();
+    QTest::keyClicks(pWidth, strTyped);
+    QCOMPARE(pWidth->value(), dMeant);
+    QCOMPARE(wizard.MeasuredWidth(), dMeant);
+    QCOMPARE(pWidth->text(), QString(strTyped).replace(QRegularExpression("[.,]"), QLocale().decimalPoint()));
+    QSignalSpy ratios(&wizard, &CDlgCalibrateXyStep::CalibrateXyStepSignal);
+    QTest::mouseClick(Child<QPushButton>(&wizard, "pushButton_ok"), Qt::LeftButton);
+    QCOMPARE(ratios.first().at(0).toDouble(), dMeant / 150.0);
 }
 
 void TestCalibrateWizard::inchMeasurementGivesItsRatio()
@@ -494,6 +529,7 @@ void TestCalibrateWizard::deletingTheWizardWhileTheHostTakesItsRatios()
     const QPointer<CDlgCalibrateXyStep> pAlive(pWizard);
     QList<double> ratios;
     ModalAnswerer answerer;
+    answerer.AnswerWith("OK");
     // A host that drops the wizard as it takes the ratios, and says so in a
     // box of its own, in whose loop the deletion happens.
     connect(pWizard, &CDlgCalibrateXyStep::CalibrateXyStepSignal, pWizard, [&](double dRatioW, double dRatioH) {
