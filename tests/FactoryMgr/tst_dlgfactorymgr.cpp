@@ -463,7 +463,8 @@ void TestDlgFactoryMgr::importOverwritesTheCallersRecordAtOnce()
 void TestDlgFactoryMgr::cancelledFileDialogsChangeNothing()
 {
     DlgFactoryMgr dialog(&m_caller);
-    ModalAnswerer answerer;   // no file: every file dialog is cancelled
+    ModalAnswerer answerer;
+    answerer.CancelFileDialogs();
     dialog.ImportParams();
     dialog.ExportParams();
     QCOMPARE(answerer.Count(), 2);
@@ -493,8 +494,7 @@ void TestDlgFactoryMgr::deletedWhileARefusedImportIsTold()
     connect(&host, &QTimer::timeout, [&] {
         QWidget* pModal = QApplication::activeModalWidget();
         if (auto* pFiles = qobject_cast<QFileDialog*>(pModal)) {
-            pFiles->selectFile(strPath);
-            static_cast<QDialog*>(pFiles)->accept();
+            ModalAnswerer::AnswerFileDialog(pFiles, strPath);
         } else if (auto* pBox = qobject_cast<QMessageBox*>(pModal); pBox && pBox->isVisible() && pAlive) {
             told << pBox->text();
             const QPointer<QMessageBox> pStill(pBox);

@@ -122,6 +122,7 @@ void TestFactoryMgrIns::constructionWithAWrongMarkerShowsTheBoxAndKeepsDefaults(
     file.write("[FACTORY_PARAM]\nFILE_FLAG=__OTHER__\n[FACTORY_PARAM_LASER]\nLASER_COUNT=2\n");
     file.close();
     ModalAnswerer answerer;
+    answerer.AnswerWith("OK");
     Service service;
     QCOMPARE(answerer.Count(), 1);
     QCOMPARE(answerer.Boxes().first().strText, QStringLiteral("File ID is incorrect!"));

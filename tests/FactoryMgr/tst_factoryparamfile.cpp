@@ -67,6 +67,7 @@ void ExpectLoadRefused(const QString& strPath, int nBoxes)
     FactoryParams record = ParamFileTestData::DistinctRecord();
     const FactoryParams before = record;
     ModalAnswerer answerer;
+    answerer.AnswerWith("OK");
     QVERIFY(!LoadFactoryParams(record, strPath));
     QVERIFY(SameBytes(record, before));
     QCOMPARE(answerer.Count(), nBoxes);

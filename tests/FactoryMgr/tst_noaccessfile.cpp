@@ -30,6 +30,7 @@ void TestNoAccessFile::showsTheBoxOnceAndStillReturnsADialog()
     IFactoryMgr* pMgr = NewInterface();
     pMgr->Init(nullptr, nullptr);
     ModalAnswerer answerer;
+    answerer.AnswerWith("OK");
     std::unique_ptr<DlgFactoryMgr> pDialog(pMgr->ShowFactoryDlg(nullptr));
     QVERIFY(pDialog);
     QCOMPARE(answerer.Count(), 1);
@@ -47,6 +48,7 @@ void TestNoAccessFile::theDialogIsNotKept()
     IFactoryMgr* pMgr = NewInterface();
     pMgr->Init(nullptr, nullptr);
     ModalAnswerer answerer;
+    answerer.AnswerWith("OK");
     std::unique_ptr<DlgFactoryMgr> pDialog(pMgr->ShowFactoryDlg(nullptr));
     QCOMPARE(answerer.Count(), 1);
 

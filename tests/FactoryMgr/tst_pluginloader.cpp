@@ -119,6 +119,7 @@ void TestPluginLoader::loadsAndRegistersALibrary()
 void TestPluginLoader::missingLibraryIsReported()
 {
     ModalAnswerer answerer;
+    answerer.AnswerWith("OK");
     QVERIFY(!LoadPluginInterface("NoSuchPlugin", true, nullptr));
     QCOMPARE(answerer.Count(), 1);
     const ModalAnswerer::Seen box = answerer.Boxes().first();
@@ -132,6 +133,7 @@ void TestPluginLoader::missingLibraryIsReported()
 void TestPluginLoader::libraryWithoutNewInterfaceIsReported()
 {
     ModalAnswerer answerer;
+    answerer.AnswerWith("OK");
     QVERIFY(!LoadPluginInterface("TestPluginNoNew", true, nullptr));
     QCOMPARE(answerer.Count(), 1);
     QCOMPARE(answerer.Boxes().first().strText, QStringLiteral("Load TestPluginNoNew faile2! \n"));
@@ -142,6 +144,7 @@ void TestPluginLoader::libraryWithoutNewInterfaceIsReported()
 void TestPluginLoader::libraryWithoutReleaseInterfaceIsReported()
 {
     ModalAnswerer answerer;
+    answerer.AnswerWith("OK");
     QVERIFY(!LoadPluginInterface("TestPluginNoRelease", true, nullptr));
     QCOMPARE(answerer.Count(), 1);
     QCOMPARE(answerer.Boxes().first().strTitle, QStringLiteral("Tips"));

@@ -168,7 +168,8 @@ void TestSystemTab::aFailedClearIsReportedAndNotReloaded()
 void TestSystemTab::cancellingTheFileDialogStartsNothing()
 {
     TabTestFixture f;
-    ModalAnswerer answerer;   // cancels every file dialog
+    ModalAnswerer answerer;
+    answerer.CancelFileDialogs();
     QTest::mouseClick(f.Dialog()->findChild<QPushButton*>("pushButton_mainboardUpgrade"), Qt::LeftButton);
     QTest::mouseClick(f.Dialog()->findChild<QPushButton*>("pushButton_panelUpgrade"), Qt::LeftButton);
     QCOMPARE(answerer.Count(), 2);
@@ -217,6 +218,7 @@ void TestSystemTab::upgrades()
     m_pCard->m_onCall = [&](const QString&) { duringRun = f.Dialog()->cursor().shape(); };
 
     ModalAnswerer answerer;
+    answerer.AnswerWith("OK");
     answerer.AnswerFileWith(strPath);
     QTest::mouseClick(f.Dialog()->findChild<QPushButton*>(strButton), Qt::LeftButton);
 
@@ -349,8 +351,7 @@ void TestSystemTab::deletedWhileTheResultIsShown()
     connect(&hostTimer, &QTimer::timeout, [&] {
         QWidget* pModal = QApplication::activeModalWidget();
         if (auto* pFiles = qobject_cast<QFileDialog*>(pModal)) {
-            pFiles->selectFile(strPath);
-            static_cast<QDialog*>(pFiles)->accept();
+            ModalAnswerer::AnswerFileDialog(pFiles, strPath);
         } else if (auto* pBox = qobject_cast<QMessageBox*>(pModal); pBox && pBox->isVisible() && pAlive) {
             shown << pBox->text();
             const QPointer<QMessageBox> pStill(pBox);

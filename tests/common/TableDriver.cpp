@@ -25,15 +25,28 @@ void TableDriver::Type(QTableWidget* pTable, int nRow, int nColumn, const QStrin
 {
     Click(pTable, nRow, nColumn);
     ComboBox* pCell = Cell(pTable, nRow, nColumn);
-    if (!pCell || !pCell->lineEdit())
+    if (!pCell || !pCell->lineEdit()) {
+        const QString strWhy = QStringLiteral("%1 cell (%2, %3) shows \"%4\" and has no line edit to type \"%5\" into")
+                                   .arg(pTable->objectName())
+                                   .arg(nRow)
+                                   .arg(nColumn)
+                                   .arg(Shown(pTable, nRow, nColumn), strText);
+        QTest::qFail(qPrintable(strWhy), __FILE__, __LINE__);
         return;
+    }
     // The click alone gives the cell's line edit the keyboard focus, with its
     // text selected: the keys go wherever the focus is, as a keyboard's do.
     QWidget* pFocus = QApplication::focusWidget();
-    if (pFocus != pCell->lineEdit())
-        QTest::qFail("the click did not give the cell's line edit the keyboard focus", __FILE__, __LINE__);
-    if (!pFocus)
+    if (pFocus != pCell->lineEdit()) {
+        const QString strWhy = QStringLiteral("the click on %1 cell (%2, %3) left the keyboard focus on %4 \"%5\"")
+                                   .arg(pTable->objectName())
+                                   .arg(nRow)
+                                   .arg(nColumn)
+                                   .arg(pFocus ? QString::fromLatin1(pFocus->metaObject()->className()) : QStringLiteral("nothing"),
+                                        pFocus ? pFocus->objectName() : QString());
+        QTest::qFail(qPrintable(strWhy), __FILE__, __LINE__);
         return;
+    }
     QTest::keyClicks(pFocus, strText);
     QTest::keyClick(pFocus, Qt::Key_Return);
     QCoreApplication::processEvents();
@@ -44,7 +57,17 @@ void TableDriver::ChooseWithoutClick(QTableWidget* pTable, int nRow, int nColumn
     // A choice rebuilds the cell: fetch the list afresh after every key.
     for (int nKeys = 0; nKeys < 20; ++nKeys) {
         ComboBox* pCell = Cell(pTable, nRow, nColumn);
-        if (!pCell || !pCell->comboBox() || pCell->comboBox()->currentIndex() == nIndex)
+        if (!pCell || !pCell->comboBox()) {
+            const QString strWhy = QStringLiteral("%1 cell (%2, %3) shows \"%4\" and has no list to choose %5 in")
+                                       .arg(pTable->objectName())
+                                       .arg(nRow)
+                                       .arg(nColumn)
+                                       .arg(Shown(pTable, nRow, nColumn))
+                                       .arg(nIndex);
+            QTest::qFail(qPrintable(strWhy), __FILE__, __LINE__);
+            return;
+        }
+        if (pCell->comboBox()->currentIndex() == nIndex)
             return;
         QComboBox* pCombo = pCell->comboBox();
         QTest::keyClick(pCombo, pCombo->currentIndex() < nIndex ? Qt::Key_Down : Qt::Key_Up);

@@ -15,7 +15,10 @@ public:
     static void Type(QTableWidget* pTable, int nRow, int nColumn, const QString& strText);
     // Clicks the cell and moves its list to nIndex with the arrow keys.
     static void Choose(QTableWidget* pTable, int nRow, int nColumn, int nIndex);
-    // Moves the cell's list by keyboard only, without a click on it.
+    // Moves the cell's list by keyboard only, without a click on it, until it
+    // shows nIndex (a list that snaps back gets up to 20 keys). Fails the test
+    // when the cell has no list; Type fails it when the cell has no line edit
+    // or the click did not give that line edit the focus.
     static void ChooseWithoutClick(QTableWidget* pTable, int nRow, int nColumn, int nIndex);
     static ComboBox* Cell(QTableWidget* pTable, int nRow, int nColumn);
     // What the cell shows: the number label or the list's text.

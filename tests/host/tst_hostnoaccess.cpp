@@ -30,6 +30,7 @@ void TestHostNoAccess::theHostShowsThePluginsBoxEmbedsNothingAndLeaksNothing()
     CHostWindow host;
     QVERIFY(host.Start(QStringLiteral(FACTORYMGR_PLUGIN_DIR "/libFactoryMgr.so")));
     ModalAnswerer answerer;
+    answerer.AnswerWith("OK");
     QSignalSpy reported(&host, &CHostWindow::Reported);
     for (int i = 0; i < 3; ++i) {
         host.OpenSettings();

@@ -122,6 +122,7 @@ void TestHostRestore::backupsBeforeEverySaveUploadAndUpgrade()
     auto* pTabs = host.SettingsWindow()->Dialog()->findChild<QTabWidget*>("tabWidget");
     pTabs->setCurrentWidget(pTabs->findChild<QWidget*>("tab_2"));
     ModalAnswerer answerer;
+    answerer.AnswerWith("OK");
     answerer.AnswerFileWith(QCoreApplication::applicationDirPath() + "/../Resources/Data/Firmware/QV-MB-3.3.0.upd");
     host.SettingsWindow()->Dialog()->findChild<QPushButton*>("pushButton_mainboardUpgrade")->click();
     QTRY_VERIFY(CParamBackups::List(ParameterFile()).first().reason == CParamBackups::ReasonBeforeUpgrade);

@@ -182,6 +182,7 @@ void TestHostSavePath::aFailedUploadSavesNothingAndSaysSo()
     file.close();
     host.Simulator()->SetConnected(false);
     ModalAnswerer answerer;
+    answerer.AnswerWith("OK");
     QSignalSpy reported(&host, &CHostWindow::Reported);
     host.UploadToController();
     QCOMPARE(reported.count(), 1);
@@ -247,6 +248,7 @@ void TestHostSavePath::errorsAreExplainedToTheUser()
     host.OpenSettings();
     host.Simulator()->SetConnected(false);
     ModalAnswerer answerer;
+    answerer.AnswerWith("OK");
     host.ReadFromController();
     host.Simulator()->SetConnected(true);
     host.Simulator()->SetBusy(true);
@@ -319,35 +321,23 @@ void TypeInto(QAbstractSpinBox* pBox, const QString& strText)
 }
 
 // Answers the message boxes the host asks, one after the other, with the
-// buttons named, and keeps their texts; the wizard is left to InWizard.
-class BoxAnswers : public QObject
+// buttons named; the wizard is left to InWizard.
+class BoxAnswers : public ModalAnswerer
 {
 public:
     explicit BoxAnswers(const QStringList& buttons)
-        : m_buttons(buttons)
     {
-        connect(&m_timer, &QTimer::timeout, this, [this] {
-            auto* pBox = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            if (!pBox || !pBox->isVisible() || m_buttons.isEmpty())
-                return;
-            const QString strButton = m_buttons.takeFirst();
-            m_texts << pBox->objectName() + ": " + pBox->text();
-            for (QAbstractButton* pButton : pBox->buttons())
-                if (pButton->text() == strButton) {
-                    pButton->click();
-                    return;
-                }
-            pBox->reject();
-        });
-        m_timer.start(10);
+        AnswerInTurn(buttons);
+        LeaveAlone(QStringLiteral("CDlgCalibrateXyStep"));
     }
-    QStringList Texts() const { return m_texts; }
-    bool AllAnswered() const { return m_buttons.isEmpty(); }
-
-private:
-    QTimer m_timer;
-    QStringList m_buttons;
-    QStringList m_texts;
+    // What the boxes said, each as "objectName: text".
+    QStringList Texts() const
+    {
+        QStringList texts;
+        for (const Seen& seen : Boxes())
+            texts << seen.strName + ": " + seen.strText;
+        return texts;
+    }
 };
 
 // Cuts the square, reads the size the host reports, types it into the wizard
