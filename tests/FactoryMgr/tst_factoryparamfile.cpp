@@ -106,6 +106,8 @@ private slots:
     void emptyFile();
     void tenMegabytesOfRandomBytes();
     void aHugeFileWithTheMarkerIsRefusedUnread();
+    void theSizeLimitIsOneMebibyte_data();
+    void theSizeLimitIsOneMebibyte();
 
     void aSaveOfTheDefaultFileKeepsWhatItReplaces();
     void aBackupThatCannotBeMadeDoesNotStopTheSave();
@@ -455,6 +457,42 @@ void TestFactoryParamFile::aHugeFileWithTheMarkerIsRefusedUnread()
     // refusal before any value is read comes in under it.
     QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
     QVERIFY(ReadBytes(strLog).contains("huge.ini is refused: it is larger than 1048576 bytes."));
+}
+
+void TestFactoryParamFile::theSizeLimitIsOneMebibyte_data()
+{
+    QTest::addColumn<qint64>("nSize");
+    QTest::addColumn<bool>("bLoads");
+    QTest::newRow("1 MiB - 1 byte") << qint64(1024 * 1024 - 1) << true;
+    QTest::newRow("1 MiB") << qint64(1024 * 1024) << true;
+    QTest::newRow("1 MiB + 1 byte") << qint64(1024 * 1024 + 1) << false;
+}
+
+void TestFactoryParamFile::theSizeLimitIsOneMebibyte()
+{
+    QFETCH(qint64, nSize);
+    QFETCH(bool, bLoads);
+    // A good file, padded at its end to the size: a comment line of the
+    // settings layer, which no reader takes for a value.
+    const QString strPath = m_strDir + "/padded.ini";
+    QVERIFY(SaveFactoryParams(DistinctRecord(), strPath));
+    QByteArray content = ReadBytes(strPath);
+    const qint64 nPadding = nSize - content.size() - 2;   // ";" and the line's end
+    QVERIFY(nPadding > 0);
+    content += ';' + QByteArray(nPadding, 'x') + '\n';
+    WriteText(strPath, content);
+    QCOMPARE(QFileInfo(strPath).size(), nSize);
+
+    if (!bLoads) {
+        ExpectLoadRefused(strPath, 1);
+        return;
+    }
+    ModalAnswerer answerer;   // no box may come
+    FactoryParams record;
+    QVERIFY(LoadFactoryParams(record, strPath));
+    QCOMPARE(answerer.Count(), 0);
+    const QString strDifference = FirstFileFieldDifference(record, DistinctRecord());
+    QVERIFY2(strDifference.isEmpty(), qPrintable(strDifference));
 }
 
 void TestFactoryParamFile::aSaveOfTheDefaultFileKeepsWhatItReplaces()

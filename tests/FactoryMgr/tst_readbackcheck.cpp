@@ -20,6 +20,7 @@
 
 #include <cmath>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <set>
 #include <tuple>
@@ -148,6 +149,8 @@ private slots:
     void everyFieldAtOnceThenADeviceThatKeepsEverything();
     void onlyXMaxSpeedChanged();
     void differenceBelowTheToleranceCountsAsKept();
+    void theToleranceEndsAtOneTenThousandth_data();
+    void theToleranceEndsAtOneTenThousandth();
     void uncheckedFieldsAreNotPutBack_data();
     void uncheckedFieldsAreNotPutBack();
     void laserRowsFollowTheReservedWord();
@@ -289,6 +292,65 @@ void TestReadBackCheck::differenceBelowTheToleranceCountsAsKept()
     QCOMPARE(nFlags, quint32(0));
     QCOMPARE(Held().motor[2].size, m_device.m_stored.motor[2].size);   // the read value stays
     QVERIFY(Red().empty());
+}
+
+namespace {
+// One double of each section, for the edge of the tolerance.
+struct EdgeField
+{
+    const char* szCase;   // its FieldCase
+    std::function<double&(FactoryParams&)> field;
+};
+const EdgeField kEdgeFields[] = {
+    {"motor[2].size", [](FactoryParams& p) -> double& { return p.motor[2].size; }},
+    {"lasers[1].frequency", [](FactoryParams& p) -> double& { return p.laser.lasers[1].frequency; }},
+    {"speed.cutAccWork", [](FactoryParams& p) -> double& { return p.speed.cutAccWork; }},
+    {"machine.laserSpace", [](FactoryParams& p) -> double& { return p.machine.laserSpace; }}};
+}
+
+void TestReadBackCheck::theToleranceEndsAtOneTenThousandth_data()
+{
+    QTest::addColumn<int>("nField");
+    QTest::addColumn<double>("dDifference");
+    QTest::addColumn<bool>("bKept");
+    for (int i = 0; i < int(std::size(kEdgeFields)); ++i)
+        for (const auto& [dDifference, bKept] : {std::pair{0.00005, true}, std::pair{-0.00005, true},
+                                                 std::pair{0.0002, false}, std::pair{-0.0002, false},
+                                                 std::pair{0.001, false}})
+            QTest::addRow("%s %+g", kEdgeFields[i].szCase, dDifference) << i << dDifference << bKept;
+}
+
+void TestReadBackCheck::theToleranceEndsAtOneTenThousandth()
+{
+    QFETCH(int, nField);
+    QFETCH(double, dDifference);
+    QFETCH(bool, bKept);
+    const EdgeField& edge = kEdgeFields[nField];
+    FieldCase c;
+    for (const FieldCase& each : Cases())
+        if (each.strName == QLatin1String(edge.szCase))
+            c = each;
+    QCOMPARE(c.strName, QString::fromLatin1(edge.szCase));
+    OpenAndUpload();
+    edge.field(m_device.m_stored) += dDifference;
+    const double dRead = edge.field(m_device.m_stored);
+
+    quint32 nFlags = 77;
+    const bool bSame = m_pMgr->CheckDeviceParams(&nFlags);
+    FactoryParams held = Held();
+    FactoryParams opening = Opening();
+    if (bKept) {
+        // Within 0.0001 the records are equal: the value read stays, unmarked.
+        QVERIFY(bSame);
+        QCOMPARE(nFlags, quint32(0));
+        QCOMPARE(edge.field(held), dRead);
+        QVERIFY(Red().empty());
+    } else {
+        QVERIFY(!bSame);
+        QCOMPARE(nFlags, c.nFlag);
+        QCOMPARE(edge.field(held), edge.field(opening));
+        QVERIFY(Red() == c.marks);
+    }
 }
 
 void TestReadBackCheck::uncheckedFieldsAreNotPutBack_data()
