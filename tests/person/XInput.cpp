@@ -95,8 +95,17 @@ bool XInput::Drain()
     const auto done = [&] {
         return m_lastProbeMove == spot || m_nCompletedDrains > nCompletedBefore || QApplication::activePopupWidget();
     };
-    if (!QTest::qWaitFor(done, 10000)) {
-        m_strError = QStringLiteral("the input probe never saw the pointer arrive");
+    // A loaded machine (the sanitizer build, two suites a core) can take
+    // seconds to pass the X server's events on; half a minute is no input.
+    if (!QTest::qWaitFor(done, 30000)) {
+        m_strError = QStringLiteral("within 30 s the input probe never saw the pointer arrive at (%1, %2) after "
+                                    "\"xdotool mousemove\"; its last motion was at (%3, %4), %5 of %6 drains done")
+                         .arg(spot.x())
+                         .arg(spot.y())
+                         .arg(m_lastProbeMove.x())
+                         .arg(m_lastProbeMove.y())
+                         .arg(m_nCompletedDrains)
+                         .arg(m_nDrains);
         return false;
     }
     ++m_nCompletedDrains;

@@ -1,6 +1,7 @@
 #include "PersonTestMain.h"
 
 #include "CFactoryMgrApp.h"
+#include "CParamDiff.h"
 #include "CellPicture.h"
 #include "ComboBox.h"
 #include "DlgFactoryMgr.h"
@@ -11,6 +12,8 @@
 #include "XInput.h"
 
 #include <QAbstractItemView>
+#include <QAccessible>
+#include <QAccessibleInterface>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -21,14 +24,15 @@
 #include <QTableWidget>
 
 #include <algorithm>
-#include <cstring>
 #include <functional>
 #include <memory>
 
 // The settings dialog on a real X server, driven only by pointer and key
 // events that the X server delivers, and checked by what a person gets:
-// where the keyboard focus is, which fields of the record changed, and what
-// the screen shows.
+// where the keyboard focus is, what every cell reads to assistive technology
+// (which is what it shows), what the screen shows, and what the controller
+// gets when the person clicks Upload. Nothing reads the dialog's own record
+// between inputs.
 namespace {
 enum Tab
 {
@@ -38,8 +42,6 @@ enum Tab
     MachineTab = 3
 };
 const char* const kTables[] = {"tableWidget_motor", "tableWidget_laser", "tableWidget_speed", "tableWidget_machine"};
-
-using Field = std::function<double&(FactoryParams&)>;
 
 // The record the dialog opens with.
 FactoryParams Opening()
@@ -54,6 +56,44 @@ FactoryParams Opening()
     record.machine.laserSpace = 55.0;
     record.machine.motiveMode = 3;
     return record;
+}
+
+// What the controller gets when the opening record goes out untouched: the
+// dialog forces the limit polarity and the hard limit on every axis.
+FactoryParams OpeningAsSent()
+{
+    FactoryParams record = Opening();
+    for (MotorParams& motor : record.motor) {
+        motor.limitPolar = 0;
+        motor.hardLimitProtect = true;
+    }
+    return record;
+}
+
+// Every value cell's text as assistive technology reads it, keyed "tab row column".
+using Screen = QMap<QString, QString>;
+
+QString Key(int nTab, int nRow, int nColumn)
+{
+    return QStringLiteral("%1 %2 %3").arg(nTab).arg(nRow).arg(nColumn);
+}
+
+// The first cell where two readings differ, for a message; empty when none.
+QString ScreenDifference(const Screen& expected, const Screen& actual)
+{
+    for (auto it = expected.cbegin(); it != expected.cend(); ++it)
+        if (actual.value(it.key()) != it.value())
+            return QStringLiteral("cell %1 reads \"%2\", not \"%3\"").arg(it.key(), actual.value(it.key()), it.value());
+    if (actual.size() != expected.size())
+        return QStringLiteral("%1 cells read, not %2").arg(actual.size()).arg(expected.size());
+    return QString();
+}
+
+// The first field where two records differ, for a message; empty when none.
+QString RecordDifference(const FactoryParams& expected, const FactoryParams& actual)
+{
+    const QList<SParamDifference> differences = CParamDiff::Compare(expected, actual);
+    return differences.isEmpty() ? QString() : CParamDiff::Describe(differences.first());
 }
 }
 
@@ -91,7 +131,10 @@ private:
     bool ShowTab(int nTab);
     // Scrolls with the wheel over the label column until the cell is in view.
     bool ScrollIntoView(int nTab, int nRow, int nColumn);
-    FactoryParams Collected() const;
+    // What every value cell of the four tables reads through QAccessible.
+    Screen Read() const;
+    // Clicks Upload; what the controller then holds.
+    FactoryParams Uploaded();
     // The grab of a cell's inside (its grid line left out).
     CellPicture Picture(int nTab, int nRow, int nColumn) const;
     // Waits until the screen shows what pred wants of the cell; false if it never does.
@@ -115,6 +158,7 @@ private:
 
 void TestPersonDialog::initTestCase()
 {
+    QAccessible::setActive(true);
     m_pInput = std::make_unique<XInput>();
     QVERIFY2(m_pInput->Error().isEmpty(), qPrintable(m_pInput->Error()));
     QVERIFY2(m_pInput->Drain(), qPrintable(m_pInput->Error()));
@@ -205,12 +249,28 @@ bool TestPersonDialog::ScrollIntoView(int nTab, int nRow, int nColumn)
     return false;
 }
 
-FactoryParams TestPersonDialog::Collected() const
+Screen TestPersonDialog::Read() const
 {
-    m_pDialog->DataToCtrlSlot(false);
-    FactoryParams params;
-    m_pDialog->GetParams(params);
-    return params;
+    Screen screen;
+    for (int nTab : {MotorTab, LaserTab, ProcessingTab, MachineTab}) {
+        QTableWidget* pTable = Table(nTab);
+        QAccessibleInterface* pAccess = QAccessible::queryAccessibleInterface(pTable);
+        if (!pAccess || !pAccess->tableInterface())
+            continue;
+        for (int r = 0; r < pTable->rowCount(); ++r)
+            for (int c = 1; c < pTable->columnCount(); ++c)
+                if (Cell(nTab, r, c))
+                    if (QAccessibleInterface* pCell = pAccess->tableInterface()->cellAt(r, c))
+                        screen.insert(Key(nTab, r, c), pCell->text(QAccessible::Name));
+    }
+    return screen;
+}
+
+FactoryParams TestPersonDialog::Uploaded()
+{
+    if (!ClickUpload())
+        QTest::qFail(qPrintable("Upload was clicked, and the check never came: " + m_pInput->Error()), __FILE__, __LINE__);
+    return m_device.m_stored;
 }
 
 void TestPersonDialog::cleanupTestCase()
@@ -306,17 +366,6 @@ const QList<TypedCase>& TypedCases()
     };
     return cases;
 }
-
-// The first byte where two records differ, for a message; -1 when equal.
-int FirstDifference(const FactoryParams& a, const FactoryParams& b)
-{
-    const auto* pA = reinterpret_cast<const unsigned char*>(&a);
-    const auto* pB = reinterpret_cast<const unsigned char*>(&b);
-    for (int i = 0; i < int(sizeof(FactoryParams)); ++i)
-        if (pA[i] != pB[i])
-            return i;
-    return -1;
-}
 }
 
 void TestPersonDialog::typingAfterOneClickChangesOnlyThatCell_data()
@@ -335,7 +384,7 @@ void TestPersonDialog::typingAfterOneClickChangesOnlyThatCell()
     const TypedCase& c = TypedCases()[nCase];
     QVERIFY(ShowTab(c.nTab));
     QVERIFY(ScrollIntoView(c.nTab, c.nRow, c.nColumn));
-    const FactoryParams before = Collected();
+    const Screen before = Read();
 
     QVERIFY2(m_pInput->Click(CellCentre(c.nTab, c.nRow, c.nColumn)), qPrintable(m_pInput->Error()));
     // One click: the cell's line edit has the keyboard focus, its whole text selected.
@@ -363,19 +412,19 @@ void TestPersonDialog::typingAfterOneClickChangesOnlyThatCell()
         }
     }
 
-    FactoryParams expected = before;
-    c.expect(expected);
-    const FactoryParams after = Collected();
-    QVERIFY2(FirstDifference(expected, after) < 0,
-             qPrintable(QStringLiteral("the record differs from the one expected at byte %1")
-                            .arg(FirstDifference(expected, after))));
-    // What was typed before Upload is what the controller got.
-    if (strCommit == "click on Upload")
-        QVERIFY(FirstDifference(expected, m_device.m_stored) < 0);
-    // The cell shows the stored value, one line on the screen.
-    QCOMPARE(Cell(c.nTab, c.nRow, c.nColumn)->shownText(), QString::fromLatin1(c.szShown));
+    // The cell reads the stored value, and no other cell changed.
+    Screen expected = before;
+    expected[Key(c.nTab, c.nRow, c.nColumn)] = QString::fromLatin1(c.szShown);
+    const Screen after = Read();
+    QVERIFY2(after == expected, qPrintable(ScreenDifference(expected, after)));
+    // On the screen: one line, not red.
     QVERIFY(WaitForPicture(c.nTab, c.nRow, c.nColumn,
                            [](const CellPicture& p) { return p.InkLines().size() == 1 && p.RedShare() < 0.01; }));
+    // What the controller gets is the opening record with that one field changed.
+    FactoryParams expectedRecord = OpeningAsSent();
+    c.expect(expectedRecord);
+    const FactoryParams sent = strCommit == "click on Upload" ? m_device.m_stored : Uploaded();
+    QVERIFY2(RecordDifference(expectedRecord, sent).isEmpty(), qPrintable(RecordDifference(expectedRecord, sent)));
 }
 
 void TestPersonDialog::keysAfterReturnChangeNothing_data()
@@ -390,38 +439,45 @@ void TestPersonDialog::keysAfterReturnChangeNothing()
     QFETCH(int, nCase);
     const TypedCase& c = TypedCases()[nCase];
     QVERIFY(ShowTab(c.nTab));
+    QVERIFY(ScrollIntoView(c.nTab, c.nRow, c.nColumn));
     QVERIFY(m_pInput->Click(CellCentre(c.nTab, c.nRow, c.nColumn)));
     QVERIFY(m_pInput->Type(QString::fromLatin1(c.szTyped)));
     QVERIFY(m_pInput->Key("Return"));
-    const FactoryParams committed = Collected();
+    const Screen committed = Read();
+    QCOMPARE(committed.value(Key(c.nTab, c.nRow, c.nColumn)), QString::fromLatin1(c.szShown));
     // More keys: no cell is being edited, so none of them may change anything
     // (they once chose "100" in "Laser power(W)", the list that held the focus).
     QVERIFY(m_pInput->Type("1"));
     QVERIFY(m_pInput->Key("Down"));
     QVERIFY(m_pInput->Type("3"));
     QVERIFY(m_pInput->Key("Return"));
-    const FactoryParams after = Collected();
-    QVERIFY2(FirstDifference(committed, after) < 0,
-             qPrintable(QStringLiteral("keys changed byte %1").arg(FirstDifference(committed, after))));
+    const Screen after = Read();
+    QVERIFY2(after == committed, qPrintable("the keys changed a cell: " + ScreenDifference(committed, after)));
     QWidget* pFocus = QApplication::focusWidget();
     QVERIFY(!qobject_cast<QComboBox*>(pFocus));
     QVERIFY(!qobject_cast<QLineEdit*>(pFocus) || !pFocus->isVisible());
+    FactoryParams expectedRecord = OpeningAsSent();
+    c.expect(expectedRecord);
+    const FactoryParams sent = Uploaded();
+    QVERIFY2(RecordDifference(expectedRecord, sent).isEmpty(), qPrintable(RecordDifference(expectedRecord, sent)));
 }
 
 void TestPersonDialog::doubleClickThenTypingStillReachesTheCell()
 {
     QVERIFY(ShowTab(MotorTab));
-    const FactoryParams before = Collected();
+    const Screen before = Read();
     QVERIFY(m_pInput->DoubleClick(CellCentre(MotorTab, 6, 1)));
     QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(Cell(MotorTab, 6, 1)->lineEdit()));
     QVERIFY(m_pInput->Type("321"));
     QVERIFY(m_pInput->Key("Return"));
-    FactoryParams expected = before;
-    expected.motor[0].size = 321.0;
-    const FactoryParams after = Collected();
-    QCOMPARE(after.motor[0].size, 321.0);
-    QVERIFY2(FirstDifference(expected, after) < 0,
-             qPrintable(QStringLiteral("differs at byte %1").arg(FirstDifference(expected, after))));
+    Screen expected = before;
+    expected[Key(MotorTab, 6, 1)] = QStringLiteral("321.00");
+    const Screen after = Read();
+    QVERIFY2(after == expected, qPrintable(ScreenDifference(expected, after)));
+    FactoryParams expectedRecord = OpeningAsSent();
+    expectedRecord.motor[0].size = 321.0;
+    const FactoryParams sent = Uploaded();
+    QVERIFY2(RecordDifference(expectedRecord, sent).isEmpty(), qPrintable(RecordDifference(expectedRecord, sent)));
 }
 
 void TestPersonDialog::aListClickedAfterTypingInItsColumnOpens()
@@ -429,7 +485,7 @@ void TestPersonDialog::aListClickedAfterTypingInItsColumnOpens()
     // The typing is committed as the list takes the focus, and the Laser
     // column is rebuilt: the list in the cell must still open.
     QVERIFY(ShowTab(LaserTab));
-    const FactoryParams before = Collected();
+    const Screen before = Read();
     QVERIFY(m_pInput->Click(CellCentre(LaserTab, 3, 1)));
     QVERIFY(m_pInput->Type("5"));
     QVERIFY(m_pInput->Click(CellCentre(LaserTab, 1, 1)));
@@ -437,11 +493,14 @@ void TestPersonDialog::aListClickedAfterTypingInItsColumnOpens()
     QVERIFY(Cell(LaserTab, 1, 1)->comboBox()->view()->isVisible());
     QVERIFY(m_pInput->Key("Escape"));
     QTRY_VERIFY(!QApplication::activePopupWidget());
-    FactoryParams expected = before;
-    expected.laser.lasers[0].powerMin = 5.0;
-    const FactoryParams after = Collected();
-    QVERIFY2(FirstDifference(expected, after) < 0,
-             qPrintable(QStringLiteral("differs at byte %1").arg(FirstDifference(expected, after))));
+    Screen expected = before;
+    expected[Key(LaserTab, 3, 1)] = QStringLiteral("5.00");
+    const Screen after = Read();
+    QVERIFY2(after == expected, qPrintable(ScreenDifference(expected, after)));
+    FactoryParams expectedRecord = OpeningAsSent();
+    expectedRecord.laser.lasers[0].powerMin = 5.0;
+    const FactoryParams sent = Uploaded();
+    QVERIFY2(RecordDifference(expectedRecord, sent).isEmpty(), qPrintable(RecordDifference(expectedRecord, sent)));
 }
 
 void TestPersonDialog::wheelOverListsScrollsAndChangesNothing()
@@ -451,18 +510,15 @@ void TestPersonDialog::wheelOverListsScrollsAndChangesNothing()
     QScrollBar* pBar = pTable->verticalScrollBar();
     QVERIFY2(pBar->maximum() > 0, "the Motor table must need scrolling at the dialog's size");
     QCOMPARE(pBar->value(), 0);
-    const FactoryParams before = Collected();
+    const Screen before = Read();
     // The pointer over "Direction of Polarity" of X and of U, lists nobody opened.
     QVERIFY(m_pInput->Wheel(CellCentre(MotorTab, 0, 1), -3));
     QTRY_VERIFY(pBar->value() > 0);
     const int nScrolled = pBar->value();
     QVERIFY(m_pInput->Wheel(pTable->viewport()->mapToGlobal(QPoint(CellRect(MotorTab, 2, 4).center().x(), 60)), 3));
     QTRY_VERIFY(pBar->value() < nScrolled);
-    const FactoryParams after = Collected();
-    QVERIFY2(FirstDifference(before, after) < 0,
-             qPrintable(QStringLiteral("the wheel changed byte %1").arg(FirstDifference(before, after))));
-    for (int c = 1; c <= 4; ++c)
-        QCOMPARE(Cell(MotorTab, 0, c)->currentIndex(), before.motor[c - 1].directionPolar);
+    const Screen after = Read();
+    QVERIFY2(after == before, qPrintable("the wheel changed a cell: " + ScreenDifference(before, after)));
     // The lists of the other tables take no wheel either.
     for (int nTab : {LaserTab, MachineTab}) {
         QVERIFY(ShowTab(nTab));
@@ -473,9 +529,10 @@ void TestPersonDialog::wheelOverListsScrollsAndChangesNothing()
             QVERIFY(m_pInput->Wheel(CellCentre(nTab, r, 1), 2));
         }
     }
-    const FactoryParams afterAll = Collected();
-    QVERIFY2(FirstDifference(before, afterAll) < 0,
-             qPrintable(QStringLiteral("the wheel changed byte %1").arg(FirstDifference(before, afterAll))));
+    const Screen afterAll = Read();
+    QVERIFY2(afterAll == before, qPrintable("the wheel changed a cell: " + ScreenDifference(before, afterAll)));
+    const FactoryParams sent = Uploaded();
+    QVERIFY2(RecordDifference(OpeningAsSent(), sent).isEmpty(), qPrintable(RecordDifference(OpeningAsSent(), sent)));
 }
 
 void TestPersonDialog::aListChosenWithTheMouseIsStoredInItsOwnField_data()
@@ -484,11 +541,12 @@ void TestPersonDialog::aListChosenWithTheMouseIsStoredInItsOwnField_data()
     QTest::addColumn<int>("nRow");
     QTest::addColumn<int>("nColumn");
     QTest::addColumn<QString>("strKey");
+    QTest::addColumn<QString>("strShown");
     QTest::addColumn<int>("nField");
-    QTest::newRow("Motor Z Initialization") << int(MotorTab) << 4 << 3 << "Up" << 0;
-    QTest::newRow("Laser water protection") << int(LaserTab) << 1 << 1 << "Up" << 1;
-    QTest::newRow("Machine blowing") << int(MachineTab) << 4 << 1 << "Down" << 2;
-    QTest::newRow("Machine zero") << int(MachineTab) << 2 << 1 << "Down" << 3;
+    QTest::newRow("Motor Z Initialization") << int(MotorTab) << 4 << 3 << "Up" << "No" << 0;
+    QTest::newRow("Laser water protection") << int(LaserTab) << 1 << 1 << "Up" << "Close" << 1;
+    QTest::newRow("Machine blowing") << int(MachineTab) << 4 << 1 << "Down" << "Yes" << 2;
+    QTest::newRow("Machine zero") << int(MachineTab) << 2 << 1 << "Down" << "Top Right" << 3;
 }
 
 void TestPersonDialog::aListChosenWithTheMouseIsStoredInItsOwnField()
@@ -497,22 +555,28 @@ void TestPersonDialog::aListChosenWithTheMouseIsStoredInItsOwnField()
     QFETCH(int, nRow);
     QFETCH(int, nColumn);
     QFETCH(QString, strKey);
+    QFETCH(QString, strShown);
     QFETCH(int, nField);
     QVERIFY(ShowTab(nTab));
-    const FactoryParams before = Collected();
+    const Screen before = Read();
     QComboBox* pList = Cell(nTab, nRow, nColumn)->comboBox();
     QVERIFY(m_pInput->Click(CellCentre(nTab, nRow, nColumn)));
     QTRY_VERIFY(pList->view()->isVisible());
     QVERIFY(m_pInput->Key(strKey));
     QVERIFY(m_pInput->Key("Return"));
-    FactoryParams expected = before;
+    // The cell reads the choice, and no other cell changed.
+    Screen expected = before;
+    expected[Key(nTab, nRow, nColumn)] = strShown;
+    QTRY_VERIFY2(Read() == expected, qPrintable(ScreenDifference(expected, Read())));
+    FactoryParams expectedRecord = OpeningAsSent();
     switch (nField) {
-    case 0: expected.motor[2].startupReset = !before.motor[2].startupReset; break;
-    case 1: expected.laser.lasers[0].waterProtect = !before.laser.lasers[0].waterProtect; break;
-    case 2: expected.machine.blow = !before.machine.blow; break;
-    default: expected.machine.machineZero = 1; break;
+    case 0: expectedRecord.motor[2].startupReset = !expectedRecord.motor[2].startupReset; break;
+    case 1: expectedRecord.laser.lasers[0].waterProtect = !expectedRecord.laser.lasers[0].waterProtect; break;
+    case 2: expectedRecord.machine.blow = !expectedRecord.machine.blow; break;
+    default: expectedRecord.machine.machineZero = 1; break;
     }
-    QTRY_VERIFY(FirstDifference(expected, Collected()) < 0);
+    const FactoryParams sent = Uploaded();
+    QVERIFY2(RecordDifference(expectedRecord, sent).isEmpty(), qPrintable(RecordDifference(expectedRecord, sent)));
 }
 
 void TestPersonDialog::refusedValuesShowRedWithTheirValues()
@@ -528,13 +592,18 @@ void TestPersonDialog::refusedValuesShowRedWithTheirValues()
     const QList<Mark> marks{{MotorTab, 10, 1, "1800.00"},  {LaserTab, 4, 1, "90.00"},
                             {ProcessingTab, 0, 1, "900.00"}, {MachineTab, 0, 1, "Screw Servo"},
                             {MachineTab, 1, 1, "55.00"}};
+    int nVisited = 0;
+    int nRed = 0;
     for (int nTab : {MotorTab, LaserTab, ProcessingTab, MachineTab}) {
         QVERIFY(ShowTab(nTab));
         QTableWidget* pTable = Table(nTab);
         for (int r = 0; r < pTable->rowCount(); ++r)
             for (int c = 1; c < pTable->columnCount(); ++c) {
-                if (!Cell(nTab, r, c) || !pTable->viewport()->rect().contains(CellRect(nTab, r, c)))
-                    continue;
+                if (!Cell(nTab, r, c))
+                    continue;   // the sub-heading row has no value
+                QVERIFY2(ScrollIntoView(nTab, r, c),
+                         qPrintable(QStringLiteral("tab %1 cell (%2, %3) cannot be scrolled into view").arg(nTab).arg(r).arg(c)));
+                ++nVisited;
                 const Mark* pMark = nullptr;
                 for (const Mark& m : marks)
                     if (m.nTab == nTab && m.nRow == r && m.nColumn == c)
@@ -542,7 +611,7 @@ void TestPersonDialog::refusedValuesShowRedWithTheirValues()
                 double dRed = 0.0;
                 if (pMark) {
                     // Red filling the cell, the put-back value on it, one line.
-                    QCOMPARE(Cell(nTab, r, c)->shownText(), QString::fromLatin1(pMark->szShown));
+                    QCOMPARE(Read().value(Key(nTab, r, c)), QString::fromLatin1(pMark->szShown));
                     QVERIFY2(WaitForPicture(nTab, r, c,
                                             [](const CellPicture& p) {
                                                 return p.RedShare() > 0.6 && p.InkCount() > 20
@@ -550,14 +619,22 @@ void TestPersonDialog::refusedValuesShowRedWithTheirValues()
                                             },
                                             &dRed),
                              qPrintable(QStringLiteral("tab %1 cell (%2, %3): red share %4").arg(nTab).arg(r).arg(c).arg(dRed)));
+                    ++nRed;
                 } else {
                     QVERIFY2(WaitForPicture(nTab, r, c, [](const CellPicture& p) { return p.RedShare() < 0.01; }, &dRed),
                              qPrintable(QStringLiteral("tab %1 cell (%2, %3): red share %4").arg(nTab).arg(r).arg(c).arg(dRed)));
                 }
             }
     }
-    // The width that has no cell is put back in the dialog too.
-    QCOMPARE(Collected().laser.lasers[0].burningWidth, Opening().laser.lasers[0].burningWidth);
+    // Every value cell was looked at: 14 rows of four axes, one laser's ten,
+    // eleven speeds, five machine options.
+    QCOMPARE(nVisited, 14 * 4 + 10 + 11 + 5);
+    QCOMPARE(nRed, int(marks.size()));
+    // Every refused value, the width that has no cell among them, is put back
+    // in the dialog: the next Upload sends what the dialog opened with.
+    m_controllerLimits = [](FactoryParams&) {};
+    const FactoryParams sent = Uploaded();
+    QVERIFY2(RecordDifference(OpeningAsSent(), sent).isEmpty(), qPrintable(RecordDifference(OpeningAsSent(), sent)));
 }
 
 void TestPersonDialog::anEditClearsItsMarkOnScreen()
@@ -568,19 +645,20 @@ void TestPersonDialog::anEditClearsItsMarkOnScreen()
     const auto white = [](const CellPicture& p) { return p.RedShare() < 0.01; };
     // A number typed over a refused value.
     QVERIFY(ShowTab(MotorTab));
+    QVERIFY(ScrollIntoView(MotorTab, 10, 1));
     QVERIFY(WaitForPicture(MotorTab, 10, 1, red));
     QVERIFY(m_pInput->Click(CellCentre(MotorTab, 10, 1)));
     QVERIFY(m_pInput->Type("1400"));
     QVERIFY(m_pInput->Key("Return"));
     QVERIFY(WaitForPicture(MotorTab, 10, 1, white));
-    QCOMPARE(Collected().motor[0].speedMax, 1400.0);
+    QCOMPARE(Read().value(Key(MotorTab, 10, 1)), QStringLiteral("1400.00"));
     // A list choice over a refused one; the other mark of the table stays.
     QVERIFY(ShowTab(MachineTab));
     QVERIFY(m_pInput->Click(CellCentre(MachineTab, 0, 1)));
     QTRY_VERIFY(Cell(MachineTab, 0, 1)->comboBox()->view()->isVisible());
     QVERIFY(m_pInput->Key("Up"));
     QVERIFY(m_pInput->Key("Return"));
-    QTRY_COMPARE(Collected().machine.motiveMode, 2);
+    QTRY_COMPARE(Read().value(Key(MachineTab, 0, 1)), QStringLiteral("Screw Stepper"));
     QVERIFY(WaitForPicture(MachineTab, 0, 1, white));
     QVERIFY(WaitForPicture(MachineTab, 1, 1, red));
     // The Laser and Processing marks are still there.
@@ -592,7 +670,16 @@ void TestPersonDialog::anEditClearsItsMarkOnScreen()
     QVERIFY(m_pInput->Type("650"));
     QVERIFY(m_pInput->Click(CellCentre(ProcessingTab, 0, 0)));
     QVERIFY(WaitForPicture(ProcessingTab, 0, 1, white));
-    QCOMPARE(Collected().speed.cutSpeedSpace, 650.0);
+    QCOMPARE(Read().value(Key(ProcessingTab, 0, 1)), QStringLiteral("650.00"));
+    // The controller now takes what it is sent: the three edits, and the
+    // put-back values of the rest.
+    m_controllerLimits = [](FactoryParams&) {};
+    FactoryParams expectedRecord = OpeningAsSent();
+    expectedRecord.motor[0].speedMax = 1400.0;
+    expectedRecord.machine.motiveMode = 2;
+    expectedRecord.speed.cutSpeedSpace = 650.0;
+    const FactoryParams sent = Uploaded();
+    QVERIFY2(RecordDifference(expectedRecord, sent).isEmpty(), qPrintable(RecordDifference(expectedRecord, sent)));
 }
 
 void TestPersonDialog::aCleanCheckClearsEveryRed()
@@ -621,24 +708,28 @@ void TestPersonDialog::aCleanCheckClearsEveryRed()
 void TestPersonDialog::everyValueCellShowsOneCentredLine_data()
 {
     QTest::addColumn<int>("nTab");
-    QTest::newRow("Motor") << int(MotorTab);
-    QTest::newRow("Laser") << int(LaserTab);
-    QTest::newRow("Processing") << int(ProcessingTab);
-    QTest::newRow("Machine") << int(MachineTab);
+    QTest::addColumn<int>("nCells");
+    QTest::newRow("Motor") << int(MotorTab) << 14 * 4;
+    QTest::newRow("Laser") << int(LaserTab) << 10;
+    QTest::newRow("Processing") << int(ProcessingTab) << 11;
+    QTest::newRow("Machine") << int(MachineTab) << 5;
 }
 
 void TestPersonDialog::everyValueCellShowsOneCentredLine()
 {
     QFETCH(int, nTab);
+    QFETCH(int, nCells);
     QVERIFY(ShowTab(nTab));
     QTableWidget* pTable = Table(nTab);
     QList<int> lefts;
     for (int r = 0; r < pTable->rowCount(); ++r)
         for (int c = 1; c < pTable->columnCount(); ++c) {
             ComboBox* pCell = Cell(nTab, r, c);
+            if (!pCell)
+                continue;   // the sub-heading row has no value
+            QVERIFY2(ScrollIntoView(nTab, r, c),
+                     qPrintable(QStringLiteral("cell (%1, %2) cannot be scrolled into view").arg(r).arg(c)));
             const QRect rect = CellRect(nTab, r, c);
-            if (!pCell || !pTable->viewport()->rect().contains(rect))
-                continue;
             // The list's arrow at the right is no text. Greyed text of a
             // disabled cell is fainter, and a list's frame is left out for it.
             const bool bEnabled = pCell->isEnabled();
@@ -661,7 +752,7 @@ void TestPersonDialog::everyValueCellShowsOneCentredLine()
                      qPrintable(strWhere + QStringLiteral(": text at %1 of %2").arg(dMiddle).arg(text.height())));
             lefts << picture.InkLeft();
         }
-    QVERIFY(lefts.size() >= 5);
+    QCOMPARE(int(lefts.size()), nCells);
     // One left padding for numbers and choices alike (glyphs differ by a pixel or two).
     const auto [min, max] = std::minmax_element(lefts.begin(), lefts.end());
     QVERIFY2(*max - *min <= 3, qPrintable(QStringLiteral("text starts between %1 and %2 px").arg(*min).arg(*max)));
