@@ -13,6 +13,7 @@
 #include <QScopeGuard>
 #include <QThread>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 
@@ -231,8 +232,12 @@ void TestFactoryMgrApp::parameterTransferWaitsWhileACardCallIsInside()
     m.card.m_bHoldCalls = true;
 
     FactoryParams params;
+    std::atomic<bool> bSecondCalling{false};
     TestThread first([&] { m.app.CardUpgrade(kFirmwarePath); });
-    TestThread second([&] { m.app.WriteFactoryParams(&params); });
+    TestThread second([&] {
+        bSecondCalling = true;
+        m.app.WriteFactoryParams(&params);
+    });
     const auto guard = qScopeGuard([&] {
         m.card.ReleaseAll();
         first.Wait();
@@ -241,6 +246,9 @@ void TestFactoryMgrApp::parameterTransferWaitsWhileACardCallIsInside()
     first.Start();
     QVERIFY(m.card.WaitEntered(5000));
     second.Start();
+    // The second thread is at its call; while the card call is inside, the
+    // write does not reach the device however long it is given.
+    QTRY_VERIFY_WITH_TIMEOUT(bSecondCalling.load(), 5000);
     QVERIFY(!second.Wait(200));
     QCOMPARE(m.device.m_nWrites.load(), 0);
 

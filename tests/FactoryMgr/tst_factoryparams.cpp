@@ -3,7 +3,7 @@
 #include "FactoryParamMissing.h"
 #include "FactoryParams.h"
 
-#include <cstring>
+#include <cstddef>
 
 class TestFactoryParams : public QObject
 {
@@ -14,8 +14,6 @@ private slots:
     void constructorGivesInMemoryDefaultsOnBothLasers();
     void constructorGivesMachineAndSpeedDefaults();
     void missingValuesDifferFromInMemoryDefaultsWhereIntended();
-    void changingOneFieldLeavesEveryOtherByte();
-    void byteCopyReproducesTheRecord();
 };
 
 void TestFactoryParams::recordIs720Bytes()
@@ -120,45 +118,6 @@ void TestFactoryParams::missingValuesDifferFromInMemoryDefaultsWhereIntended()
     QCOMPARE(FactoryParamMissing::kSweepAccX, 800.0);
     QCOMPARE(FactoryParamMissing::kCutSpeedSpace, 50.0);
     QCOMPARE(FactoryParamMissing::kCutAccCorner, 500.0);
-}
-
-void TestFactoryParams::changingOneFieldLeavesEveryOtherByte()
-{
-    FactoryParams before;
-    FactoryParams after;
-    std::memcpy(static_cast<void*>(&after), &before, sizeof(FactoryParams));
-    after.motor[1].pulsePerMm = 123.456;
-
-    const auto* pBefore = reinterpret_cast<const unsigned char*>(&before);
-    const auto* pAfter = reinterpret_cast<const unsigned char*>(&after);
-    const size_t nFieldStart = offsetof(FactoryParams, motor) + sizeof(MotorParams) + offsetof(MotorParams, pulsePerMm);
-    QCOMPARE(nFieldStart, size_t(104 + 24));
-    for (size_t i = 0; i < sizeof(FactoryParams); ++i) {
-        if (i >= nFieldStart && i < nFieldStart + sizeof(double))
-            continue;
-        QVERIFY2(pBefore[i] == pAfter[i], qPrintable(QStringLiteral("byte %1 changed").arg(i)));
-    }
-    QVERIFY(std::memcmp(pBefore + nFieldStart, pAfter + nFieldStart, sizeof(double)) != 0);
-    QCOMPARE(after.motor[0].pulsePerMm, 7.88627);
-    QCOMPARE(after.motor[2].pulsePerMm, 7.88627);
-}
-
-void TestFactoryParams::byteCopyReproducesTheRecord()
-{
-    FactoryParams source;
-    source.motor[3].speedMax = 321.0;
-    source.laser.laserCount = 2;
-    source.laser.lasers[1].type = 3;
-    source.machine.blow = true;
-    source.speed.cutAccWork = 1234.5;
-    FactoryParams copy;
-    std::memcpy(static_cast<void*>(&copy), &source, 720);
-    QCOMPARE(copy.motor[3].speedMax, 321.0);
-    QCOMPARE(copy.laser.laserCount, 2);
-    QCOMPARE(copy.laser.lasers[1].type, 3);
-    QCOMPARE(copy.machine.blow, true);
-    QCOMPARE(copy.speed.cutAccWork, 1234.5);
-    QCOMPARE(std::memcmp(&copy, &source, sizeof(FactoryParams)), 0);
 }
 
 FACTORYMGR_TEST_MAIN(TestFactoryParams)

@@ -98,7 +98,7 @@ void TestIniValue::utf8RoundTrip()
 {
     const QString text = QStringLiteral("/home/用户/cache/adjustpulse.tl");
     const QByteArray bytes = StringToUtf8(text);
-    QCOMPARE(bytes, text.toUtf8());
+    QCOMPARE(bytes, QByteArray("/home/\xE7\x94\xA8\xE6\x88\xB7/cache/adjustpulse.tl"));
     QCOMPARE(Utf8ToString(bytes), text);
 }
 
@@ -112,9 +112,11 @@ void TestIniValue::gbkRoundTrip()
 
 void TestIniValue::local8BitRoundTrip()
 {
-    const QString text = QStringLiteral("plain ASCII path/file.ini");
-    QCOMPARE(StringToLocal8Bit(text), text.toLocal8Bit());
-    QCOMPARE(Local8BitToString(StringToLocal8Bit(text)), text);
+    // File names on this system are UTF-8 bytes, in any locale.
+    const QString text = QStringLiteral("/home/Jürgen/Größe.ini");
+    const QByteArray bytes = StringToLocal8Bit(text);
+    QCOMPARE(bytes, QByteArray("/home/J\xC3\xBCrgen/Gr\xC3\xB6\xC3\x9F" "e.ini"));
+    QCOMPARE(Local8BitToString(bytes), text);
 }
 
 void TestIniValue::boundedCopyShorterSource()
