@@ -68,6 +68,25 @@ QString ModalAnswerer::Describe(const Seen& seen)
     return strLine;
 }
 
+QString ModalAnswerer::DescribeScreen()
+{
+    QStringList lines;
+    for (QWidget* pWindow : QApplication::topLevelWidgets()) {
+        if (!pWindow->isVisible())
+            continue;
+        Seen seen;
+        seen.strClass = QString::fromLatin1(pWindow->metaObject()->className());
+        seen.strTitle = pWindow->windowTitle();
+        if (auto* pBox = qobject_cast<QMessageBox*>(pWindow)) {
+            seen.strText = pBox->text();
+            for (QAbstractButton* pButton : pBox->buttons())
+                seen.buttons << pButton->text();
+        }
+        lines << Describe(seen);
+    }
+    return lines.isEmpty() ? QStringLiteral("no window") : lines.join(QStringLiteral("; "));
+}
+
 QString ModalAnswerer::Described() const
 {
     QStringList lines;

@@ -60,6 +60,9 @@ public:
     // the running test with the reason and cancels the dialog.
     static bool AnswerFileDialog(QFileDialog* pFiles, const QString& strPath);
     static QString Describe(const Seen& seen);
+    // Every visible window, one line each (class, title, a box's text and
+    // buttons), for a helper that did not find what it was waiting for.
+    static QString DescribeScreen();
 
 private:
     void Poll();

@@ -7,7 +7,8 @@ class QWidget;
 
 // Runs the host's calibration and, once the wizard is the modal window (the
 // host may ask something first), hands it to drive; closes it afterwards if
-// drive left it open.
+// drive left it open. When calibration ends without the wizard having come,
+// fails the test with what the screen last showed.
 class WizardDriver
 {
 public:

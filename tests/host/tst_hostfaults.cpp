@@ -189,18 +189,20 @@ bool TestHostFaults::Run(CHostWindow& host, Op op, QStringList* pSeen)
     const int nShownBefore = int(host.Notifier().Shown().size());
     QSignalSpy cut(host.Simulator(), &CSimController::JobCut);
     bool bOk = false;
+    // The host's last report; none at all is no success.
+    const auto lastReport = [&reported] { return reported.isEmpty() ? QString() : reported.last().first().toString(); };
     switch (op) {
     case OpRead:
         host.ReadFromController();
-        bOk = reported.last().first().toString() == "The parameters were read from the controller.";
+        bOk = lastReport() == "The parameters were read from the controller.";
         break;
     case OpUpload:
         host.UploadToController();
-        bOk = reported.last().first().toString().contains("The controller kept every value.\nThe parameters are saved.");
+        bOk = lastReport().contains("The controller kept every value.\nThe parameters are saved.");
         break;
     case OpSave:
         host.SaveParameters();
-        bOk = reported.last().first().toString() == "The parameters are saved.";
+        bOk = lastReport() == "The parameters are saved.";
         break;
     case OpClearCounters:
         pDialog->findChild<QPushButton*>("pushButton_clear")->click();
