@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <string>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -46,14 +47,85 @@ bool XServer::Start(int nWidth, int nHeight)
         return false;
     }
     m_strDisplay = QStringLiteral(":") + QString::fromStdString(strNumber);
-    return true;
+    return StartWindowManager();
+}
+
+namespace {
+// Runs a program to its end with DISPLAY set; its exit status, and what it
+// wrote to standard output in pOutput.
+int RunOnDisplay(const std::string& strDisplay, const char* const* argv, std::string* pOutput)
+{
+    int fds[2];
+    if (pipe(fds) != 0)
+        return -1;
+    const pid_t pid = fork();
+    if (pid < 0)
+        return -1;
+    if (pid == 0) {
+        close(fds[0]);
+        dup2(fds[1], STDOUT_FILENO);
+        setenv("DISPLAY", strDisplay.c_str(), 1);
+        execvp(argv[0], const_cast<char* const*>(argv));
+        _exit(127);
+    }
+    close(fds[1]);
+    char buffer[256];
+    ssize_t nRead = 0;
+    while ((nRead = read(fds[0], buffer, sizeof(buffer))) > 0)
+        pOutput->append(buffer, size_t(nRead));
+    close(fds[0]);
+    int nStatus = 0;
+    waitpid(pid, &nStatus, 0);
+    return WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : -1;
+}
+}
+
+bool XServer::StartWindowManager()
+{
+    const std::string strDisplay = m_strDisplay.toStdString();
+    m_wmPid = fork();
+    if (m_wmPid < 0) {
+        m_strError = QStringLiteral("fork failed");
+        return false;
+    }
+    if (m_wmPid == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
+        setenv("DISPLAY", strDisplay.c_str(), 1);
+        // Its output would mix with the test's.
+        const int nNull = open("/dev/null", O_WRONLY);
+        if (nNull >= 0) {
+            dup2(nNull, STDOUT_FILENO);
+            dup2(nNull, STDERR_FILENO);
+        }
+        execlp("openbox", "openbox", "--sm-disable", static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    // A window manager that manages the screen names its check window on the
+    // root window; until then, windows would be placed and focused without it.
+    const char* const argv[] = {"xprop", "-root", "_NET_SUPPORTING_WM_CHECK", nullptr};
+    for (int nTry = 0; nTry < 200; ++nTry) {
+        std::string strOutput;
+        if (RunOnDisplay(strDisplay, argv, &strOutput) == 0 && strOutput.find("window id") != std::string::npos)
+            return true;
+        int nStatus = 0;
+        if (waitpid(m_wmPid, &nStatus, WNOHANG) == m_wmPid) {
+            m_wmPid = -1;
+            m_strError = QStringLiteral("the window manager openbox ended at its start (scripts/deps installs openbox)");
+            return false;
+        }
+        usleep(50 * 1000);
+    }
+    m_strError = QStringLiteral("the window manager openbox did not take the screen within 10 s");
+    return false;
 }
 
 XServer::~XServer()
 {
-    if (m_pid > 0) {
-        kill(m_pid, SIGTERM);
-        int nStatus = 0;
-        waitpid(m_pid, &nStatus, 0);
+    for (pid_t pid : {m_wmPid, m_pid}) {
+        if (pid > 0) {
+            kill(pid, SIGTERM);
+            int nStatus = 0;
+            waitpid(pid, &nStatus, 0);
+        }
     }
 }
