@@ -15,7 +15,6 @@
 // What assistive technology reads from the settings dialog, through Qt's
 // accessibility interfaces (the ones the desktop's AT-SPI bridge serves).
 namespace {
-const char* const kTables[] = {"tableWidget_motor", "tableWidget_laser", "tableWidget_speed", "tableWidget_machine"};
 const QString kNotKept = QStringLiteral("The controller did not keep this value.");
 
 QAccessibleInterface* CellOf(QTableWidget* pTable, int nRow, int nColumn)
@@ -56,21 +55,14 @@ void TestAccessibility::everyValueCellReadsWhatItShows()
 {
     TabTestFixture f(Record());
     int nCells = 0;
-    for (const char* szTable : kTables) {
-        QTableWidget* pTable = f.Table(szTable);
-        for (int r = 0; r < pTable->rowCount(); ++r)
-            for (int c = 1; c < pTable->columnCount(); ++c) {
-                ComboBox* pCell = TableDriver::Cell(pTable, r, c);
-                if (!pCell)
-                    continue;
-                QAccessibleInterface* pAccess = CellOf(pTable, r, c);
-                QVERIFY(pAccess);
-                const QString strWhere = QStringLiteral("%1 (%2, %3)").arg(szTable).arg(r).arg(c);
-                QVERIFY2(!TableDriver::Shown(pTable, r, c).isEmpty(), qPrintable(strWhere));
-                QCOMPARE(pAccess->text(QAccessible::Name), TableDriver::Shown(pTable, r, c));
-                QCOMPARE(pAccess->text(QAccessible::Description), QString());
-                ++nCells;
-            }
+    for (const TableDriver::ValueCell& cell : TableDriver::ValueCells(f.Dialog())) {
+        QAccessibleInterface* pAccess = CellOf(cell.pTable, cell.nRow, cell.nColumn);
+        QVERIFY(pAccess);
+        const QString strShown = TableDriver::Shown(cell.pTable, cell.nRow, cell.nColumn);
+        QVERIFY2(!strShown.isEmpty(), qPrintable(cell.Where()));
+        QCOMPARE(pAccess->text(QAccessible::Name), strShown);
+        QCOMPARE(pAccess->text(QAccessible::Description), QString());
+        ++nCells;
     }
     QCOMPARE(nCells, 14 * 4 + 10 + 11 + 5);
     // The values themselves, not the form's placeholder or an empty number cell.

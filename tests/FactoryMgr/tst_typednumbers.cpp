@@ -23,8 +23,6 @@
 // number (a comma read as a thousands separator would give 15 for "1,5").
 // This suite also runs under de_DE.UTF-8, where the desktop writes "1,5".
 namespace {
-const char* const kTables[] = {"tableWidget_motor", "tableWidget_laser", "tableWidget_speed", "tableWidget_machine"};
-
 // Two laser columns, the second an RF source, whose pre-ignition cells are
 // open for typing (a glass tube's are not).
 FactoryParams TwoLasers()
@@ -97,28 +95,22 @@ void TestTypedNumbers::noNumberNeverReachesTheRecord()
     QFETCH(bool, bComma);
     TabTestFixture f(TwoLasers());
     int nCells = 0;
-    for (const char* szTable : kTables) {
-        QTableWidget* pTable = f.Table(szTable);
-        for (int r = 0; r < pTable->rowCount(); ++r)
-            for (int c = 1; c < pTable->columnCount(); ++c) {
-                ComboBox* pCell = TableDriver::Cell(pTable, r, c);
-                if (!pCell || !pCell->lineEdit() || !pCell->isEnabled())
-                    continue;
-                const QString strWhere = QStringLiteral("%1 (%2, %3)").arg(szTable).arg(r).arg(c);
-                const FactoryParams before = f.Collected();
-                TableDriver::Type(pTable, r, c, strTyped);
-                if (QTest::currentTestFailed())
-                    return;
-                const FactoryParams after = f.Collected();
-                const QString strNotFinite = NotFinite(after);
-                QVERIFY2(strNotFinite.isEmpty(), qPrintable(strWhere + ": " + strNotFinite));
-                const QList<SParamDifference> changed = CParamDiff::Compare(before, after);
-                QVERIFY2(changed.size() <= 1, qPrintable(strWhere + QStringLiteral(": %1 fields changed").arg(changed.size())));
-                // A number with a comma is refused or counts as 0, never as another number.
-                if (bComma && !changed.isEmpty())
-                    QVERIFY2(changed.first().dB == 0.0, qPrintable(strWhere + ": " + CParamDiff::Describe(changed.first())));
-                ++nCells;
-            }
+    for (const TableDriver::ValueCell& cell : TableDriver::ValueCells(f.Dialog())) {
+        if (!cell.pCell->lineEdit() || !cell.pCell->isEnabled())
+            continue;
+        const FactoryParams before = f.Collected();
+        TableDriver::Type(cell.pTable, cell.nRow, cell.nColumn, strTyped);
+        if (QTest::currentTestFailed())
+            return;
+        const FactoryParams after = f.Collected();
+        const QString strNotFinite = NotFinite(after);
+        QVERIFY2(strNotFinite.isEmpty(), qPrintable(cell.Where() + ": " + strNotFinite));
+        const QList<SParamDifference> changed = CParamDiff::Compare(before, after);
+        QVERIFY2(changed.size() <= 1, qPrintable(cell.Where() + QStringLiteral(": %1 fields changed").arg(changed.size())));
+        // A number with a comma is refused or counts as 0, never as another number.
+        if (bComma && !changed.isEmpty())
+            QVERIFY2(changed.first().dB == 0.0, qPrintable(cell.Where() + ": " + CParamDiff::Describe(changed.first())));
+        ++nCells;
     }
     // Every number cell a person can type into: 14 rows of 4 axes, less the
     // sub-heading and the five lists of each axis; six number rows for the

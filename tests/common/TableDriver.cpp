@@ -9,6 +9,24 @@
 #include <QTableWidget>
 #include <QtTest>
 
+QString TableDriver::ValueCell::Where() const
+{
+    return QStringLiteral("%1 (%2, %3)").arg(pTable->objectName()).arg(nRow).arg(nColumn);
+}
+
+QList<TableDriver::ValueCell> TableDriver::ValueCells(const QWidget* pDialog)
+{
+    QList<ValueCell> cells;
+    for (const char* szTable : {"tableWidget_motor", "tableWidget_laser", "tableWidget_speed", "tableWidget_machine"}) {
+        auto* pTable = pDialog->findChild<QTableWidget*>(QString::fromLatin1(szTable));
+        for (int r = 0; pTable && r < pTable->rowCount(); ++r)
+            for (int c = 1; c < pTable->columnCount(); ++c)
+                if (ComboBox* pCell = Cell(pTable, r, c))
+                    cells << ValueCell{pTable, r, c, pCell};
+    }
+    return cells;
+}
+
 ComboBox* TableDriver::Cell(QTableWidget* pTable, int nRow, int nColumn)
 {
     return qobject_cast<ComboBox*>(pTable->cellWidget(nRow, nColumn));

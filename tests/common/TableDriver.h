@@ -1,15 +1,30 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 
 class ComboBox;
 class QTableWidget;
+class QWidget;
 
 // Drives a property table as a person does: click a cell, type a number and
 // press Return, or pick in a cell's list with the keyboard.
 class TableDriver
 {
 public:
+    struct ValueCell
+    {
+        QTableWidget* pTable;
+        int nRow;
+        int nColumn;
+        ComboBox* pCell;
+        // "tableWidget_motor (10, 1)", for messages.
+        QString Where() const;
+    };
+    // Every cell with a cell editor in the four property tables of pDialog
+    // (Motor, Laser, Processing, Machine), table by table, row by row.
+    static QList<ValueCell> ValueCells(const QWidget* pDialog);
+
     static void Click(QTableWidget* pTable, int nRow, int nColumn);
     // Clicks the cell, types strText into its editor and presses Return.
     static void Type(QTableWidget* pTable, int nRow, int nColumn, const QString& strText);
