@@ -1,4 +1,5 @@
 #include "CHostWindow.h"
+#include "CScreenshotTour.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -29,7 +30,7 @@ int main(int argc, char** argv)
         // Inside the event loop and out through a real quit, as a person's run
         // ends: the plug-in stores what it keeps when the application quits.
         QTimer::singleShot(0, &window, [&] {
-            const bool bOk = window.SaveScreenshots(parser.value(screenshot));
+            const bool bOk = CScreenshotTour(window).Save(parser.value(screenshot));
             std::printf("%s\n", bOk ? "screenshots written" : "screenshots failed");
             QApplication::exit(bOk ? 0 : 1);
         });

@@ -1,5 +1,6 @@
 #include "WizardDriver.h"
 
+#include "CHostSession.h"
 #include "CHostWindow.h"
 #include "ModalAnswerer.h"
 
@@ -25,7 +26,7 @@ void WizardDriver::InWizard(CHostWindow& host, const std::function<void(QWidget*
             pWizard->close();
     });
     poll.start(10);
-    host.CalibrateXyStep();
+    host.Session().CalibrateXyStep();
     if (!bDriven)
         QTest::qFail(qPrintable("the calibration wizard never came; the screen showed: " + strLastSeen), __FILE__,
                      __LINE__);

@@ -1,6 +1,7 @@
 #include "TestMain.h"
 
 #include "CActivityPanel.h"
+#include "CHostSession.h"
 #include "CHostWindow.h"
 #include "CSettingsWindow.h"
 #include "CSimController.h"
@@ -50,11 +51,11 @@ void TestHostActivity::callsReportsAndLogLinesNewestFirst()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.OpenSettings();
-    auto* pMotor = host.SettingsWindow()->Dialog()->findChild<QTableWidget*>("tableWidget_motor");
+    host.Session().OpenSettings();
+    auto* pMotor = host.Session().SettingsWindow()->Dialog()->findChild<QTableWidget*>("tableWidget_motor");
     QTest::mouseClick(pMotor->viewport(), Qt::LeftButton, Qt::NoModifier,
                       pMotor->visualRect(pMotor->model()->index(6, 1)).center());
-    host.UploadToController();
+    host.Session().UploadToController();
     CActivityPanel* pPanel = host.Activity();
     QTRY_VERIFY(IndexOf(pPanel->ShownRows(), "The controller kept every value.") >= 0);
     const QStringList rows = pPanel->ShownRows();
@@ -72,23 +73,23 @@ void TestHostActivity::callsFromTheWorkerThreadAndFailuresWithTheirMeaning()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.Simulator()->SetTaskDuration(0);
-    host.SetUnit(1);
+    host.Session().Simulator()->SetTaskDuration(0);
+    host.Session().SetUnit(1);
     // The cut runs on the progress dialog's worker thread.
     WizardDriver::CutOnce(host);
     CActivityPanel* pPanel = host.Activity();
     QTRY_VERIFY(IndexOf(pPanel->ShownRows(), "\tBacklashAdjust(") >= 0);
     QVERIFY(pPanel->ShownRows()[IndexOf(pPanel->ShownRows(), "\tBacklashAdjust(")].contains("adjustpulse.tl)\t0\tOK\t"));
     // A refusal shows its code and what it means.
-    host.Simulator()->ArmFault(CSimController::FaultFlashError);
+    host.Session().Simulator()->ArmFault(CSimController::FaultFlashError);
     QTimer answer;
     connect(&answer, &QTimer::timeout, this, [] {
         if (QWidget* pBox = QApplication::activeModalWidget())
             pBox->close();
     });
     answer.start(10);
-    host.OpenSettings();
-    host.UploadToController();
+    host.Session().OpenSettings();
+    host.Session().UploadToController();
     QTRY_VERIFY(IndexOf(pPanel->ShownRows(), "\tWriteFactoryParams\t2014\t") >= 0);
     QVERIFY(pPanel->ShownRows()[IndexOf(pPanel->ShownRows(), "\tWriteFactoryParams\t2014\t")].contains(
         "The controller could not store the values in its memory."));
@@ -98,8 +99,8 @@ void TestHostActivity::filterAndCopy()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.OpenSettings();
-    host.UploadToController();
+    host.Session().OpenSettings();
+    host.Session().UploadToController();
     CActivityPanel* pPanel = host.Activity();
     QTRY_VERIFY(IndexOf(pPanel->ShownRows(), "The controller kept every value.") >= 0);
     const int nAll = int(pPanel->ShownRows().size());
@@ -118,8 +119,8 @@ void TestHostActivity::transfersRunBehindTheProgressDialogAndTheWindowKeepsGoing
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.Simulator()->SetTaskDuration(1800);   // a parameter transfer takes 300 ms on the link
-    host.OpenSettings();
+    host.Session().Simulator()->SetTaskDuration(1800);   // a parameter transfer takes 300 ms on the link
+    host.Session().OpenSettings();
     // The GUI thread's own timer, and what is on the screen, while the host reads.
     int nTicks = 0;
     bool bProgressShown = false;
@@ -132,7 +133,7 @@ void TestHostActivity::transfersRunBehindTheProgressDialogAndTheWindowKeepsGoing
     tick.start(20);
     QElapsedTimer timer;
     timer.start();
-    host.ReadFromController();
+    host.Session().ReadFromController();
     const qint64 nElapsed = timer.elapsed();
     tick.stop();
     QVERIFY2(nElapsed >= 550, qPrintable(QString::number(nElapsed)));   // the plug-in's read and the host's
@@ -145,10 +146,10 @@ void TestHostActivity::cardFunctionsWaitOffTheGuiThread()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    CSimController* pSim = host.Simulator();
+    CSimController* pSim = host.Session().Simulator();
     pSim->SetTaskDuration(0);
-    host.OpenSettings();
-    QDialog* pDialog = host.SettingsWindow()->Dialog();
+    host.Session().OpenSettings();
+    QDialog* pDialog = host.Session().SettingsWindow()->Dialog();
     // What the GUI thread does meanwhile: its own timer, what is on the
     // screen, and the boxes it is shown (answered at once).
     int nTicks = 0;
@@ -174,7 +175,7 @@ void TestHostActivity::cardFunctionsWaitOffTheGuiThread()
     // A controller that keeps silent: the window goes on, and says it waits.
     pSim->SetNoAnswerDuration(700);
     pSim->ArmFault(CSimController::FaultNoAnswer);
-    const int nShownBefore = int(host.Notifier().Shown().size());
+    const int nShownBefore = int(host.Session().Notifier().Shown().size());
     nTicks = 0;
     QElapsedTimer timer;
     timer.start();
@@ -184,8 +185,8 @@ void TestHostActivity::cardFunctionsWaitOffTheGuiThread()
     QVERIFY2(nElapsed >= 650, qPrintable(QString::number(nElapsed)));
     QVERIFY(bProgressShown);
     QVERIFY2(nTicks >= nElapsed / 100, qPrintable(QStringLiteral("%1 ticks in %2 ms").arg(nTicks).arg(nElapsed)));
-    QCOMPARE(host.Notifier().Shown().size(), nShownBefore + 1);
-    QCOMPARE(host.Notifier().Shown().last(), int(CSimController::CodeNoAnswer));
+    QCOMPARE(host.Session().Notifier().Shown().size(), nShownBefore + 1);
+    QCOMPARE(host.Session().Notifier().Shown().last(), int(CSimController::CodeNoAnswer));
     QVERIFY(IndexOf(host.Activity()->ShownRows(), "ClearCardInfo") >= 0);
 }
 

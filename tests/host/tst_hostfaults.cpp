@@ -2,6 +2,7 @@
 
 #include "CDeviceRecorder.h"
 #include "CHostNotifier.h"
+#include "CHostSession.h"
 #include "CHostWindow.h"
 #include "CSettingsWindow.h"
 #include "CSimController.h"
@@ -170,9 +171,9 @@ void TestHostFaults::init()
 
 void TestHostFaults::Prepare(CHostWindow& host, Op op)
 {
-    if (!host.SettingsWindow())
-        host.OpenSettings();
-    auto* pTabs = host.SettingsWindow()->Dialog()->findChild<QTabWidget*>("tabWidget");
+    if (!host.Session().SettingsWindow())
+        host.Session().OpenSettings();
+    auto* pTabs = host.Session().SettingsWindow()->Dialog()->findChild<QTabWidget*>("tabWidget");
     pTabs->setCurrentWidget(pTabs->findChild<QWidget*>(op == OpClearCounters || op == OpMainboardUpgrade
                                                                || op == OpPanelUpgrade
                                                            ? "tab_2"
@@ -181,32 +182,32 @@ void TestHostFaults::Prepare(CHostWindow& host, Op op)
 
 bool TestHostFaults::Run(CHostWindow& host, Op op, QStringList* pSeen)
 {
-    QSignalSpy reported(&host, &CHostWindow::Reported);
+    QSignalSpy reported(&host.Session(), &CHostSession::Reported);
     const QString strFirmware = QCoreApplication::applicationDirPath() + "/../Resources/Data/Firmware/"
         + (op == OpMainboardUpgrade ? "QV-MB-3.3.0.upd" : "QV-PN-1.5.0.hmt");
     Answers answers(strFirmware);
-    QDialog* pDialog = host.SettingsWindow()->Dialog();
-    const int nShownBefore = int(host.Notifier().Shown().size());
-    QSignalSpy cut(host.Simulator(), &CSimController::JobCut);
+    QDialog* pDialog = host.Session().SettingsWindow()->Dialog();
+    const int nShownBefore = int(host.Session().Notifier().Shown().size());
+    QSignalSpy cut(host.Session().Simulator(), &CSimController::JobCut);
     bool bOk = false;
     // The host's last report; none at all is no success.
     const auto lastReport = [&reported] { return reported.isEmpty() ? QString() : reported.last().first().toString(); };
     switch (op) {
     case OpRead:
-        host.ReadFromController();
+        host.Session().ReadFromController();
         bOk = lastReport() == "The parameters were read from the controller.";
         break;
     case OpUpload:
-        host.UploadToController();
+        host.Session().UploadToController();
         bOk = lastReport().contains("The controller kept every value.\nThe parameters are saved.");
         break;
     case OpSave:
-        host.SaveParameters();
+        host.Session().SaveParameters();
         bOk = lastReport() == "The parameters are saved.";
         break;
     case OpClearCounters:
         pDialog->findChild<QPushButton*>("pushButton_clear")->click();
-        bOk = host.Notifier().Shown().size() == nShownBefore && host.Simulator()->Info().totalXMove == 0;
+        bOk = host.Session().Notifier().Shown().size() == nShownBefore && host.Session().Simulator()->Info().totalXMove == 0;
         break;
     case OpMainboardUpgrade:
     case OpPanelUpgrade:
@@ -217,15 +218,15 @@ bool TestHostFaults::Run(CHostWindow& host, Op op, QStringList* pSeen)
         break;
     case OpCut: {
         WizardDriver::CutOnce(host);
-        bOk = host.Notifier().Shown().size() == nShownBefore && cut.count() == 1;
+        bOk = host.Session().Notifier().Shown().size() == nShownBefore && cut.count() == 1;
         break;
     }
     }
     QStringList seen = answers.Seen();
     for (const QList<QVariant>& report : reported)
         seen << report.first().toString();
-    for (int i = nShownBefore; i < host.Notifier().Shown().size(); ++i)
-        seen << CHostNotifier::Describe(host.Notifier().Shown()[i]);
+    for (int i = nShownBefore; i < host.Session().Notifier().Shown().size(); ++i)
+        seen << CHostNotifier::Describe(host.Session().Notifier().Shown()[i]);
     *pSeen = seen;
     return bOk;
 }
@@ -247,7 +248,7 @@ void TestHostFaults::everyFaultAgainstEveryOperation()
     const Op op = Op(nOp);
     CHostWindow host;
     QVERIFY(host.Start());
-    CSimController* pSim = host.Simulator();
+    CSimController* pSim = host.Session().Simulator();
     pSim->SetTaskDuration(0);
     pSim->SetRestartDuration(0);
     pSim->SetNoAnswerDuration(50);
@@ -262,10 +263,10 @@ void TestHostFaults::everyFaultAgainstEveryOperation()
     const QByteArray fileBefore = FileContent();
     const FactoryParams heldBefore = pSim->StoredParams();
     const CardInfo infoBefore = pSim->Info();
-    IFactoryMgr* pMgr = host.Mgr();
+    IFactoryMgr* pMgr = host.Session().Mgr();
     FactoryParams recordBefore;
     pMgr->GetFactoryParams(&recordBefore);
-    QDialog* pDialog = host.SettingsWindow()->Dialog();
+    QDialog* pDialog = host.Session().SettingsWindow()->Dialog();
     bool bEdited = true;
 
     pSim->ArmFault(fault);
@@ -318,7 +319,7 @@ void TestHostFaults::aCheckGarbledTwiceIsAFailure()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    CSimController* pSim = host.Simulator();
+    CSimController* pSim = host.Session().Simulator();
     pSim->SetTaskDuration(0);
     Prepare(host, OpUpload);
     {
@@ -326,7 +327,7 @@ void TestHostFaults::aCheckGarbledTwiceIsAFailure()
         QVERIFY(Run(host, OpUpload, &seen));
     }
     FactoryParams sent;
-    host.Mgr()->GetFactoryParams(&sent);
+    host.Session().Mgr()->GetFactoryParams(&sent);
     // The check's read, and its repetition, come garbled; the host's own read between them does not.
     pSim->ArmFault(CSimController::FaultCorruptRead);
     int nReads = 0;
@@ -336,15 +337,15 @@ void TestHostFaults::aCheckGarbledTwiceIsAFailure()
                     pSim->ArmFault(CSimController::FaultCorruptRead);
             },
             Qt::DirectConnection);
-    QSignalSpy reported(&host, &CHostWindow::Reported);
-    host.UploadToController();
+    QSignalSpy reported(&host.Session(), &CHostSession::Reported);
+    host.Session().UploadToController();
     QVERIFY(!reported.isEmpty());
     const QString strReport = reported.last().first().toString();
     QVERIFY2(strReport.contains("did not agree twice") && strReport.contains("red marks cannot be trusted")
                  && !strReport.contains("kept every value"),
              qPrintable(strReport));
     FactoryParams after;
-    host.Mgr()->GetFactoryParams(&after);
+    host.Session().Mgr()->GetFactoryParams(&after);
     QCOMPARE(std::memcmp(&after, &sent, sizeof(FactoryParams)), 0);
     QCOMPARE(nReads, 3);
     QCOMPARE(pSim->ArmedFault(), CSimController::FaultNone);

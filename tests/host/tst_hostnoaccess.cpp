@@ -1,5 +1,6 @@
 #include "TestMain.h"
 
+#include "CHostSession.h"
 #include "CHostWindow.h"
 #include "ModalAnswerer.h"
 
@@ -31,10 +32,10 @@ void TestHostNoAccess::theHostShowsThePluginsBoxEmbedsNothingAndLeaksNothing()
     QVERIFY(host.Start(QStringLiteral(FACTORYMGR_PLUGIN_DIR "/libFactoryMgr.so")));
     ModalAnswerer answerer;
     answerer.AnswerWith("OK");
-    QSignalSpy reported(&host, &CHostWindow::Reported);
+    QSignalSpy reported(&host.Session(), &CHostSession::Reported);
     for (int i = 0; i < 3; ++i) {
-        host.OpenSettings();
-        QVERIFY(!host.SettingsWindow());
+        host.Session().OpenSettings();
+        QVERIFY(!host.Session().SettingsWindow());
         QCOMPARE(LiveDialogs(), 0);
     }
     QCOMPARE(answerer.Count(), 3);
@@ -44,7 +45,7 @@ void TestHostNoAccess::theHostShowsThePluginsBoxEmbedsNothingAndLeaksNothing()
     QCOMPARE(reported.last().first().toString(),
              QStringLiteral("The machine settings are not available on this computer: the access file is missing."));
     // Upload and save have no dialog to take values from, and say what they did.
-    host.ReloadParameters();
+    host.Session().ReloadParameters();
     QCOMPARE(reported.last().first().toString(), QStringLiteral("Nothing was reloaded: open the machine settings first."));
 }
 

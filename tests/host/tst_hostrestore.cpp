@@ -1,5 +1,6 @@
 #include "TestMain.h"
 
+#include "CHostSession.h"
 #include "CHostWindow.h"
 #include "CActivityPanel.h"
 #include "CParamBackups.h"
@@ -68,8 +69,8 @@ bool WithModal(const std::function<void()>& work, const std::function<void(T*)>&
 
 void SetAndShow(CHostWindow& host, const FactoryParams& params)
 {
-    host.Mgr()->SetFactoryParams(&params);
-    QMetaObject::invokeMethod(host.SettingsWindow()->Dialog(), "DataToCtrlSlot", Q_ARG(bool, true));
+    host.Session().Mgr()->SetFactoryParams(&params);
+    QMetaObject::invokeMethod(host.Session().SettingsWindow()->Dialog(), "DataToCtrlSlot", Q_ARG(bool, true));
 }
 }
 
@@ -82,19 +83,19 @@ void TestHostRestore::backupsBeforeEverySaveUploadAndUpgrade()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    CSimController* pSim = host.Simulator();
+    CSimController* pSim = host.Session().Simulator();
     pSim->SetTaskDuration(0);
     pSim->SetRestartDuration(0);
-    host.OpenSettings();
+    host.Session().OpenSettings();
     const FactoryParams heldFirst = pSim->StoredParams();
 
     // An Upload keeps what the controller held before it.
     FactoryParams edited;
-    host.Mgr()->GetFactoryParams(&edited);
+    host.Session().Mgr()->GetFactoryParams(&edited);
     edited.motor[0].speedMax = 700.0;
     SetAndShow(host, edited);
     const int nSavesBefore = int(CParamBackups::List(ParameterFile()).size());
-    host.UploadToController();
+    host.Session().UploadToController();
     QList<CParamBackups::Entry> backups = CParamBackups::List(ParameterFile());
     // Newest first: the save after the check, then what the controller held.
     QCOMPARE(backups.value(0).reason, CParamBackups::ReasonSave);
@@ -110,7 +111,7 @@ void TestHostRestore::backupsBeforeEverySaveUploadAndUpgrade()
         QFile file(ParameterFile());
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }();
-    host.SaveParameters();
+    host.Session().SaveParameters();
     backups = CParamBackups::List(ParameterFile());
     QCOMPARE(backups.first().reason, CParamBackups::ReasonSave);
     QFile saved(backups.first().strPath);
@@ -119,12 +120,12 @@ void TestHostRestore::backupsBeforeEverySaveUploadAndUpgrade()
 
     // A mainboard upgrade keeps what the controller held before it.
     const FactoryParams heldNow = pSim->StoredParams();
-    auto* pTabs = host.SettingsWindow()->Dialog()->findChild<QTabWidget*>("tabWidget");
+    auto* pTabs = host.Session().SettingsWindow()->Dialog()->findChild<QTabWidget*>("tabWidget");
     pTabs->setCurrentWidget(pTabs->findChild<QWidget*>("tab_2"));
     ModalAnswerer answerer;
     answerer.AnswerWith("OK");
     answerer.AnswerFileWith(QCoreApplication::applicationDirPath() + "/../Resources/Data/Firmware/QV-MB-3.3.0.upd");
-    host.SettingsWindow()->Dialog()->findChild<QPushButton*>("pushButton_mainboardUpgrade")->click();
+    host.Session().SettingsWindow()->Dialog()->findChild<QPushButton*>("pushButton_mainboardUpgrade")->click();
     QTRY_VERIFY(CParamBackups::List(ParameterFile()).first().reason == CParamBackups::ReasonBeforeUpgrade);
     QCOMPARE(ReadFactoryParamFile(kept, CParamBackups::List(ParameterFile()).first().strPath), ParamFileStatus::Loaded);
     QVERIFY(CParamDiff::Compare(kept, heldNow).isEmpty());
@@ -134,10 +135,10 @@ void TestHostRestore::restoreShowsTheDifferencesAndAsksFirst()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.Simulator()->SetTaskDuration(0);
-    host.OpenSettings();
+    host.Session().Simulator()->SetTaskDuration(0);
+    host.Session().OpenSettings();
     FactoryParams first;
-    host.Mgr()->GetFactoryParams(&first);
+    host.Session().Mgr()->GetFactoryParams(&first);
     first.motor[0].speedMax = 640.0;
     SetAndShow(host, first);          // the file now holds 640
     FactoryParams second = first;
@@ -172,21 +173,21 @@ void TestHostRestore::restoreShowsTheDifferencesAndAsksFirst()
     QVERIFY(choose("Cancel", &shown));
     QCOMPARE(shown, (QStringList{"Max power(%), Laser 1|75|100|%", "Max Speed(mm/s), X|820|640|mm/s"}));
     FactoryParams now;
-    host.Mgr()->GetFactoryParams(&now);
+    host.Session().Mgr()->GetFactoryParams(&now);
     QVERIFY(Same(now, second));
 
     // Restored: the record, the file and the dialog hold the backup, and
     // what was current is a backup itself now.
-    QSignalSpy reported(&host, &CHostWindow::Reported);
+    QSignalSpy reported(&host.Session(), &CHostSession::Reported);
     shown.clear();
     QVERIFY(choose("Restore", &shown));
-    host.Mgr()->GetFactoryParams(&now);
+    host.Session().Mgr()->GetFactoryParams(&now);
     QVERIFY(CParamDiff::Compare(now, first).isEmpty());
     FactoryParams file;
     QCOMPARE(ReadFactoryParamFile(file, ParameterFile()), ParamFileStatus::Loaded);
     QVERIFY(CParamDiff::Compare(file, first).isEmpty());
     bool bEdited = true;
-    QVERIFY(QMetaObject::invokeMethod(host.SettingsWindow()->Dialog(), "IsEdited", Q_RETURN_ARG(bool, bEdited)));
+    QVERIFY(QMetaObject::invokeMethod(host.Session().SettingsWindow()->Dialog(), "IsEdited", Q_RETURN_ARG(bool, bEdited)));
     QVERIFY(!bEdited);
     FactoryParams undo;
     QCOMPARE(ReadFactoryParamFile(undo, CParamBackups::List(ParameterFile()).first().strPath), ParamFileStatus::Loaded);
@@ -219,17 +220,17 @@ void TestHostRestore::aBackupThatCannotBeKeptStopsNoUpload()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.Simulator()->SetTaskDuration(0);
-    host.OpenSettings();
-    host.SaveParameters();   // a file for the next save to replace
+    host.Session().Simulator()->SetTaskDuration(0);
+    host.Session().OpenSettings();
+    host.Session().SaveParameters();   // a file for the next save to replace
     QVERIFY(QFileInfo::exists(ParameterFile()));
     QDir(CParamBackups::Directory(ParameterFile())).removeRecursively();
     // A file where the backups' folder should be.
     QFile blocker(CParamBackups::Directory(ParameterFile()));
     QVERIFY(blocker.open(QIODevice::WriteOnly));
     blocker.close();
-    QSignalSpy reported(&host, &CHostWindow::Reported);
-    host.UploadToController();
+    QSignalSpy reported(&host.Session(), &CHostSession::Reported);
+    host.Session().UploadToController();
     QVERIFY2(reported.last().first().toString().startsWith("The controller kept every value.\nThe parameters are saved."),
              qPrintable(reported.last().first().toString()));
     // The person sees why in the activity panel's log lines.

@@ -1,5 +1,6 @@
 #include "TestMain.h"
 
+#include "CHostSession.h"
 #include "CHostWindow.h"
 #include "CSettingsWindow.h"
 #include "CSimController.h"
@@ -42,8 +43,8 @@ FactoryParams UserValues()
 void ShowInDialog(CHostWindow& host, const FactoryParams& params)
 {
     // As the host does after a read: into the plug-in, then into the controls.
-    host.Mgr()->SetFactoryParams(&params);
-    QMetaObject::invokeMethod(host.SettingsWindow()->Dialog(), "DataToCtrlSlot", Q_ARG(bool, true));
+    host.Session().Mgr()->SetFactoryParams(&params);
+    QMetaObject::invokeMethod(host.Session().SettingsWindow()->Dialog(), "DataToCtrlSlot", Q_ARG(bool, true));
 }
 }
 
@@ -95,13 +96,13 @@ void TestHostSavePath::uploadCheckSaveAndRestart()
     {
         CHostWindow host;
         QVERIFY(host.Start());
-        host.Simulator()->SetTaskDuration(0);
-        host.OpenSettings();
-        QVERIFY(host.SettingsWindow());
+        host.Session().Simulator()->SetTaskDuration(0);
+        host.Session().OpenSettings();
+        QVERIFY(host.Session().SettingsWindow());
         ShowInDialog(host, UserValues());
 
-        QSignalSpy reported(&host, &CHostWindow::Reported);
-        host.UploadToController();
+        QSignalSpy reported(&host.Session(), &CHostSession::Reported);
+        host.Session().UploadToController();
         QCOMPARE(reported.count(), 1);
         // What the check returned, field by field: sent, kept, put back (the
         // value the dialog opened with).
@@ -115,13 +116,13 @@ void TestHostSavePath::uploadCheckSaveAndRestart()
                      .arg(opened.motor[1].speedMax));
         // The two values the controller did not keep are red, showing what the
         // dialog opened with.
-        QDialog* pDialog = host.SettingsWindow()->Dialog();
+        QDialog* pDialog = host.Session().SettingsWindow()->Dialog();
         auto* pMotor = pDialog->findChild<QTableWidget*>("tableWidget_motor");
         for (const auto& cell : {qMakePair(10, 2), qMakePair(11, 1)})
             QCOMPARE(pMotor->cellWidget(cell.first, cell.second)->styleSheet(), QStringLiteral("background-color: red;"));
         QCOMPARE(pMotor->cellWidget(10, 1)->styleSheet(), QString());
         QCOMPARE(pMotor->cellWidget(10, 2)->findChild<QLabel*>()->text(), QStringLiteral("1000.00"));
-        const FactoryParams stored = host.Simulator()->StoredParams();
+        const FactoryParams stored = host.Session().Simulator()->StoredParams();
         QCOMPARE(stored.motor[1].speedMax, 1000.0);
         QCOMPARE(stored.motor[0].accMax, 30000.0);
         QCOMPARE(stored.motor[0].speedMax, 1400.0);
@@ -131,10 +132,10 @@ void TestHostSavePath::uploadCheckSaveAndRestart()
     CHostWindow host;
     QVERIFY(host.Start());
     FactoryParams fromFile;
-    host.Mgr()->GetFactoryParams(&fromFile);
-    QCOMPARE(host.Mgr()->ReadParamsFromDevice(), 0);
+    host.Session().Mgr()->GetFactoryParams(&fromFile);
+    QCOMPARE(host.Session().Mgr()->ReadParamsFromDevice(), 0);
     FactoryParams fromController;
-    host.Mgr()->GetFactoryParams(&fromController);
+    host.Session().Mgr()->GetFactoryParams(&fromController);
 
     const FactoryParams user = UserValues();
     for (const FactoryParams& back : {fromFile, fromController}) {
@@ -153,18 +154,18 @@ void TestHostSavePath::readShowsTheControllersValues()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.OpenSettings();
+    host.Session().OpenSettings();
     FactoryParams onController;
     onController.motor[3].size = 444.0;
-    QCOMPARE(host.Simulator()->WriteFactoryParams(&onController), 0);
+    QCOMPARE(host.Session().Simulator()->WriteFactoryParams(&onController), 0);
 
-    QSignalSpy reported(&host, &CHostWindow::Reported);
-    host.ReadFromController();
+    QSignalSpy reported(&host.Session(), &CHostSession::Reported);
+    host.Session().ReadFromController();
     QCOMPARE(reported.count(), 1);
     // What the dialog now holds is what it hands on: collect and look.
-    host.Mgr()->SaveToFile(true);
+    host.Session().Mgr()->SaveToFile(true);
     FactoryParams held;
-    host.Mgr()->GetFactoryParams(&held);
+    host.Session().Mgr()->GetFactoryParams(&held);
     QCOMPARE(held.motor[3].size, 444.0);
 }
 
@@ -172,19 +173,19 @@ void TestHostSavePath::aFailedUploadSavesNothingAndSaysSo()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.OpenSettings();
-    host.SaveParameters();
+    host.Session().OpenSettings();
+    host.Session().SaveParameters();
     const QString strFile = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
         + "/Quorvane/Resources/Data/FactoryParam.ini";
     QFile file(strFile);
     QVERIFY(file.open(QIODevice::ReadOnly));
     const QByteArray before = file.readAll();
     file.close();
-    host.Simulator()->SetConnected(false);
+    host.Session().Simulator()->SetConnected(false);
     ModalAnswerer answerer;
     answerer.AnswerWith("OK");
-    QSignalSpy reported(&host, &CHostWindow::Reported);
-    host.UploadToController();
+    QSignalSpy reported(&host.Session(), &CHostSession::Reported);
+    host.Session().UploadToController();
     QCOMPARE(reported.count(), 1);
     const QString strReport = reported.first().first().toString();
     QVERIFY2(strReport.startsWith("The Upload failed: ") && strReport.endsWith(" Nothing was saved."),
@@ -199,21 +200,21 @@ void TestHostSavePath::aSaveThatCannotWriteIsNotReportedAsSaved()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.OpenSettings();
+    host.Session().OpenSettings();
     // A directory where the parameter file should be: no save can replace it.
     const QString strFile = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
         + "/Quorvane/Resources/Data/FactoryParam.ini";
     QFile::remove(strFile);
     QVERIFY(QDir().mkpath(strFile));
     ModalAnswerer answerer;
-    QSignalSpy reported(&host, &CHostWindow::Reported);
-    host.SaveParameters();
+    QSignalSpy reported(&host.Session(), &CHostSession::Reported);
+    host.Session().SaveParameters();
     QCOMPARE(reported.last().first().toString(), QStringLiteral("The parameter file could not be saved."));
-    host.UploadToController();
+    host.Session().UploadToController();
     QVERIFY2(reported.last().first().toString().endsWith("\nThe parameter file could not be saved."),
              qPrintable(reported.last().first().toString()));
     QVERIFY(QDir().rmdir(strFile));
-    host.SaveParameters();
+    host.Session().SaveParameters();
     QCOMPARE(reported.last().first().toString(), QStringLiteral("The parameters are saved."));
 }
 
@@ -221,11 +222,11 @@ void TestHostSavePath::reloadWithoutSettingsReloadsNothingAndSaysSo()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    QSignalSpy reported(&host, &CHostWindow::Reported);
-    host.ReloadParameters();
+    QSignalSpy reported(&host.Session(), &CHostSession::Reported);
+    host.Session().ReloadParameters();
     QCOMPARE(reported.last().first().toString(), QStringLiteral("Nothing was reloaded: open the machine settings first."));
-    host.OpenSettings();
-    host.ReloadParameters();
+    host.Session().OpenSettings();
+    host.Session().ReloadParameters();
     QCOMPARE(reported.last().first().toString(),
              QStringLiteral("The parameters were reloaded from the parameter file."));
 }
@@ -234,9 +235,9 @@ void TestHostSavePath::anUploadTheControllerKeepsSaysSo()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.OpenSettings();
-    QSignalSpy reported(&host, &CHostWindow::Reported);
-    host.UploadToController();
+    host.Session().OpenSettings();
+    QSignalSpy reported(&host.Session(), &CHostSession::Reported);
+    host.Session().UploadToController();
     QCOMPARE(reported.last().first().toString(),
              QStringLiteral("The controller kept every value.\nThe parameters are saved."));
 }
@@ -245,17 +246,17 @@ void TestHostSavePath::errorsAreExplainedToTheUser()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.OpenSettings();
-    host.Simulator()->SetConnected(false);
+    host.Session().OpenSettings();
+    host.Session().Simulator()->SetConnected(false);
     ModalAnswerer answerer;
     answerer.AnswerWith("OK");
-    host.ReadFromController();
-    host.Simulator()->SetConnected(true);
-    host.Simulator()->SetBusy(true);
-    host.UploadToController();
-    host.Simulator()->SetBusy(false);
+    host.Session().ReadFromController();
+    host.Session().Simulator()->SetConnected(true);
+    host.Session().Simulator()->SetBusy(true);
+    host.Session().UploadToController();
+    host.Session().Simulator()->SetBusy(false);
 
-    QCOMPARE(host.Notifier().Shown(), QList<int>({int(CSimController::CodeNotConnected), 1005}));
+    QCOMPARE(host.Session().Notifier().Shown(), QList<int>({int(CSimController::CodeNotConnected), 1005}));
     QCOMPARE(answerer.Count(), 2);
     QCOMPARE(answerer.Boxes()[0].strTitle, QStringLiteral("Error"));
     QVERIFY(answerer.Boxes()[0].strText.startsWith("The controller is not connected."));
@@ -268,8 +269,8 @@ void TestHostSavePath::escapeInTheDialogClosesTheSettingsWindow()
     CHostWindow host;
     QVERIFY(host.Start());
     host.show();
-    host.OpenSettings();
-    CSettingsWindow* pWindow = host.SettingsWindow();
+    host.Session().OpenSettings();
+    CSettingsWindow* pWindow = host.Session().SettingsWindow();
     QVERIFY(QTest::qWaitForWindowExposed(pWindow));
     QDialog* pDialog = pWindow->Dialog();
     QCOMPARE(pDialog->parentWidget()->parentWidget()->parentWidget(), pWindow);
@@ -282,15 +283,15 @@ void TestHostSavePath::languageAndUnitReachThePlugin()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.OpenSettings();
+    host.Session().OpenSettings();
     host.SetLanguage("zh_CN");
     QTRY_COMPARE(host.windowTitle(), QStringLiteral("Quorvane 参考主机"));
-    QTRY_COMPARE(host.SettingsWindow()->windowTitle(), QStringLiteral("机器设置"));
+    QTRY_COMPARE(host.Session().SettingsWindow()->windowTitle(), QStringLiteral("机器设置"));
     host.SetLanguage("en");
-    QTRY_COMPARE(host.SettingsWindow()->windowTitle(), QStringLiteral("Machine Settings"));
+    QTRY_COMPARE(host.Session().SettingsWindow()->windowTitle(), QStringLiteral("Machine Settings"));
 
     // The unit is kept for the next start too.
-    host.SetUnit(0);
+    host.Session().SetUnit(0);
     CHostWindow again;
     QVERIFY(again.Start());
     QAction* pInches = again.findChild<QAction*>("action_inches");
@@ -301,15 +302,15 @@ void TestHostSavePath::systemTabShowsTheController()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.Simulator()->SetTaskDuration(0);
-    host.OpenSettings();
-    QDialog* pDialog = host.SettingsWindow()->Dialog();
+    host.Session().Simulator()->SetTaskDuration(0);
+    host.Session().OpenSettings();
+    QDialog* pDialog = host.Session().SettingsWindow()->Dialog();
     auto* pTabs = pDialog->findChild<QTabWidget*>("tabWidget");
     pTabs->setCurrentWidget(pDialog->findChild<QWidget*>("tab_2"));
     auto* pSystem = pDialog->findChild<QTableWidget*>("tableWidget_system");
-    QCOMPARE(pSystem->item(0, 1)->text(), QString::fromUtf8(host.Simulator()->Info().firmwareVersion));
-    QCOMPARE(pSystem->item(1, 1)->text(), QString::fromUtf8(host.Simulator()->Info().panelVersion));
-    QCOMPARE(pSystem->item(4, 1)->text(), QString::number(host.Simulator()->Info().totalXMove));
+    QCOMPARE(pSystem->item(0, 1)->text(), QString::fromUtf8(host.Session().Simulator()->Info().firmwareVersion));
+    QCOMPARE(pSystem->item(1, 1)->text(), QString::fromUtf8(host.Session().Simulator()->Info().panelVersion));
+    QCOMPARE(pSystem->item(4, 1)->text(), QString::number(host.Session().Simulator()->Info().totalXMove));
 }
 
 namespace {
@@ -365,7 +366,7 @@ QString CalibrateOnce(CHostWindow& host, QSignalSpy& reported)
 QSizeF CutAgain(CHostWindow& host)
 {
     WizardDriver::InWizard(host, [&](QWidget* pWizard) { pWizard->findChild<QPushButton*>("pushButton_cutting")->click(); });
-    return host.Simulator()->LastCut();
+    return host.Session().Simulator()->LastCut();
 }
 }
 
@@ -373,11 +374,11 @@ void TestHostSavePath::calibrationRoundTripCutsTheSquareTrue()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.Simulator()->SetTaskDuration(0);
-    host.SetUnit(1);   // the sizes are typed in millimetres
-    host.OpenSettings();
-    host.UploadToController();   // the controller has the dialog's steps
-    QSignalSpy reported(&host, &CHostWindow::Reported);
+    host.Session().Simulator()->SetTaskDuration(0);
+    host.Session().SetUnit(1);   // the sizes are typed in millimetres
+    host.Session().OpenSettings();
+    host.Session().UploadToController();   // the controller has the dialog's steps
+    QSignalSpy reported(&host.Session(), &CHostSession::Reported);
 
     BoxAnswers answers({"Upload"});
     const QString strCut = CalibrateOnce(host, reported);
@@ -386,29 +387,29 @@ void TestHostSavePath::calibrationRoundTripCutsTheSquareTrue()
     // The host said what changed, old and new, and uploaded on the person's word.
     QVERIFY2(answers.Texts().first().contains("The X step changes from 7.88627 to 7.94989"),
              qPrintable(answers.Texts().first()));
-    QVERIFY(!host.StepsPending());
-    const FactoryParams stored = host.Simulator()->StoredParams();
+    QVERIFY(!host.Session().StepsPending());
+    const FactoryParams stored = host.Session().Simulator()->StoredParams();
     QVERIFY(std::fabs(stored.motor[0].pulsePerMm - 7.95) < 0.001);
     QVERIFY(std::fabs(stored.motor[1].pulsePerMm - 7.80) < 0.001);
     const QSizeF cut = CutAgain(host);
     QVERIFY2(std::fabs(cut.width() - 150.0) <= 0.05 && std::fabs(cut.height() - 150.0) <= 0.05,
              qPrintable(QStringLiteral("%1 x %2").arg(cut.width()).arg(cut.height())));
-    QVERIFY(host.Notifier().Shown().isEmpty());
+    QVERIFY(host.Session().Notifier().Shown().isEmpty());
 }
 
 void TestHostSavePath::calibrationWithoutOpeningTheSettings()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.Simulator()->SetTaskDuration(0);
-    host.SetUnit(1);
-    QVERIFY(!host.SettingsWindow());
-    QSignalSpy reported(&host, &CHostWindow::Reported);
+    host.Session().Simulator()->SetTaskDuration(0);
+    host.Session().SetUnit(1);
+    QVERIFY(!host.Session().SettingsWindow());
+    QSignalSpy reported(&host.Session(), &CHostSession::Reported);
     BoxAnswers answers({"Upload"});
     CalibrateOnce(host, reported);
     // The cut worked (the pattern was converted), and no settings window came up.
-    QVERIFY2(host.Notifier().Shown().isEmpty(), "the cut failed");
-    QVERIFY(!host.SettingsWindow());
+    QVERIFY2(host.Session().Notifier().Shown().isEmpty(), "the cut failed");
+    QVERIFY(!host.Session().SettingsWindow());
     QVERIFY(answers.AllAnswered());
     const QSizeF cut = CutAgain(host);
     QVERIFY2(std::fabs(cut.width() - 150.0) <= 0.05 && std::fabs(cut.height() - 150.0) <= 0.05,
@@ -419,31 +420,31 @@ void TestHostSavePath::calibrationAfterTheSettingsWindowClosedIsKept()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.Simulator()->SetTaskDuration(0);
-    host.SetUnit(1);
-    host.OpenSettings();
-    host.SettingsWindow()->close();
-    QTRY_VERIFY(!host.SettingsWindow()->isVisible());
-    QSignalSpy reported(&host, &CHostWindow::Reported);
+    host.Session().Simulator()->SetTaskDuration(0);
+    host.Session().SetUnit(1);
+    host.Session().OpenSettings();
+    host.Session().SettingsWindow()->close();
+    QTRY_VERIFY(!host.Session().SettingsWindow()->isVisible());
+    QSignalSpy reported(&host.Session(), &CHostSession::Reported);
     BoxAnswers answers({"Later"});
     CalibrateOnce(host, reported);
-    QVERIFY(host.StepsPending());
+    QVERIFY(host.Session().StepsPending());
     // The corrected steps are in the record and the parameter file: a new
     // settings window shows them, and its Upload sends them.
     FactoryParams record;
-    host.Mgr()->GetFactoryParams(&record);
+    host.Session().Mgr()->GetFactoryParams(&record);
     QVERIFY(std::fabs(record.motor[0].pulsePerMm - 7.95) < 0.001);
-    host.OpenSettings();
-    QDialog* pDialog = host.SettingsWindow()->Dialog();
+    host.Session().OpenSettings();
+    QDialog* pDialog = host.Session().SettingsWindow()->Dialog();
     auto* pMotor = pDialog->findChild<QTableWidget*>("tableWidget_motor");
     QCOMPARE(pMotor->cellWidget(5, 1)->findChild<QLabel*>()->text(), QStringLiteral("7.95"));
-    host.UploadToController();
-    QVERIFY(!host.StepsPending());
-    QVERIFY(std::fabs(host.Simulator()->StoredParams().motor[1].pulsePerMm - 7.80) < 0.001);
+    host.Session().UploadToController();
+    QVERIFY(!host.Session().StepsPending());
+    QVERIFY(std::fabs(host.Session().Simulator()->StoredParams().motor[1].pulsePerMm - 7.80) < 0.001);
     // A restart keeps them too.
     CHostWindow again;
     QVERIFY(again.Start());
-    again.Mgr()->GetFactoryParams(&record);
+    again.Session().Mgr()->GetFactoryParams(&record);
     QVERIFY(std::fabs(record.motor[0].pulsePerMm - 7.95) < 0.001);
 }
 
@@ -451,9 +452,9 @@ void TestHostSavePath::calibrationInInches()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.Simulator()->SetTaskDuration(0);
-    host.SetUnit(0);
-    QSignalSpy reported(&host, &CHostWindow::Reported);
+    host.Session().Simulator()->SetTaskDuration(0);
+    host.Session().SetUnit(0);
+    QSignalSpy reported(&host.Session(), &CHostSession::Reported);
     BoxAnswers answers({"Upload"});
     const QString strCut = CalibrateOnce(host, reported);
     // Reported in the unit the wizard asks in: 151.21 mm is 5.95 in.
@@ -469,31 +470,31 @@ void TestHostSavePath::aSecondCalibrationBeforeUploadIsAskedFirst()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.Simulator()->SetTaskDuration(0);
-    host.SetUnit(1);
-    QSignalSpy reported(&host, &CHostWindow::Reported);
+    host.Session().Simulator()->SetTaskDuration(0);
+    host.Session().SetUnit(1);
+    QSignalSpy reported(&host.Session(), &CHostSession::Reported);
     {
         BoxAnswers answers({"Later"});
         CalibrateOnce(host, reported);
     }
-    QVERIFY(host.StepsPending());
+    QVERIFY(host.Session().StepsPending());
     FactoryParams corrected;
-    host.Mgr()->GetFactoryParams(&corrected);
-    const QSizeF firstCut = host.Simulator()->LastCut();
+    host.Session().Mgr()->GetFactoryParams(&corrected);
+    const QSizeF firstCut = host.Session().Simulator()->LastCut();
 
     // Cancelled: no wizard, no cut, the steps stay as corrected once.
     {
         BoxAnswers answers({"Cancel"});
-        host.CalibrateXyStep();
+        host.Session().CalibrateXyStep();
         QVERIFY(answers.AllAnswered());
         QVERIFY2(answers.Texts().first().startsWith("pendingStepsBox: "), qPrintable(answers.Texts().first()));
     }
     QCOMPARE(reported.last().first().toString(),
              QStringLiteral("Calibration cancelled: the corrected steps are not uploaded yet."));
     FactoryParams after;
-    host.Mgr()->GetFactoryParams(&after);
+    host.Session().Mgr()->GetFactoryParams(&after);
     QCOMPARE(after.motor[0].pulsePerMm, corrected.motor[0].pulsePerMm);
-    QCOMPARE(host.Simulator()->LastCut(), firstCut);
+    QCOMPARE(host.Session().Simulator()->LastCut(), firstCut);
 
     // Uploaded first: the next calibration measures a true cut and changes nothing more.
     {
@@ -501,8 +502,8 @@ void TestHostSavePath::aSecondCalibrationBeforeUploadIsAskedFirst()
         CalibrateOnce(host, reported);
         QVERIFY(answers.AllAnswered());
     }
-    QVERIFY(!host.StepsPending());
-    host.Mgr()->GetFactoryParams(&after);
+    QVERIFY(!host.Session().StepsPending());
+    host.Session().Mgr()->GetFactoryParams(&after);
     QVERIFY(std::fabs(after.motor[0].pulsePerMm - corrected.motor[0].pulsePerMm) < 0.001);
 }
 
@@ -530,26 +531,26 @@ void TestHostSavePath::editsAreNotLostWithoutAsking()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.Simulator()->SetTaskDuration(0);
-    host.OpenSettings();
-    QDialog* pDialog = host.SettingsWindow()->Dialog();
-    host.SettingsWindow()->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(host.SettingsWindow()));
+    host.Session().Simulator()->SetTaskDuration(0);
+    host.Session().OpenSettings();
+    QDialog* pDialog = host.Session().SettingsWindow()->Dialog();
+    host.Session().SettingsWindow()->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(host.Session().SettingsWindow()));
     auto* pMotor = pDialog->findChild<QTableWidget*>("tableWidget_motor");
-    const double dOnController = host.Simulator()->StoredParams().motor[0].size;
+    const double dOnController = host.Session().Simulator()->StoredParams().motor[0].size;
     TypeInCell(pMotor, 6, 1, "640");
 
     // Read over an edit: cancelled, nothing changes; discarded, the controller's value.
     {
         BoxAnswers answers({"Cancel"});
-        host.ReadFromController();
+        host.Session().ReadFromController();
         QVERIFY(answers.AllAnswered());
         QVERIFY2(answers.Texts().first().contains("have changes that are not saved"), qPrintable(answers.Texts().first()));
     }
     QCOMPARE(ShownInCell(pMotor, 6, 1), QStringLiteral("640.00"));
     {
         BoxAnswers answers({"Discard"});
-        host.ReadFromController();
+        host.Session().ReadFromController();
         QVERIFY(answers.AllAnswered());
     }
     QCOMPARE(ShownInCell(pMotor, 6, 1), QString::number(dOnController, 'f', 2));
@@ -558,21 +559,21 @@ void TestHostSavePath::editsAreNotLostWithoutAsking()
     TypeInCell(pMotor, 6, 1, "640");
     {
         BoxAnswers answers({"Cancel"});
-        host.SettingsWindow()->close();
+        host.Session().SettingsWindow()->close();
         QVERIFY(answers.AllAnswered());
     }
-    QVERIFY(host.SettingsWindow()->isVisible());
+    QVERIFY(host.Session().SettingsWindow()->isVisible());
     QVERIFY(pDialog->isVisible());
     {
         BoxAnswers answers({"Save"});
-        host.SettingsWindow()->close();
+        host.Session().SettingsWindow()->close();
         QVERIFY(answers.AllAnswered());
     }
-    QVERIFY(!host.SettingsWindow()->isVisible());
+    QVERIFY(!host.Session().SettingsWindow()->isVisible());
     FactoryParams record;
-    host.Mgr()->GetFactoryParams(&record);
+    host.Session().Mgr()->GetFactoryParams(&record);
     QCOMPARE(record.motor[0].size, 640.0);
-    QCOMPARE(host.Simulator()->StoredParams().motor[0].size, dOnController);
+    QCOMPARE(host.Session().Simulator()->StoredParams().motor[0].size, dOnController);
 
     // Quitting with saved values the controller does not have: asked, uploaded.
     host.show();
@@ -582,7 +583,7 @@ void TestHostSavePath::editsAreNotLostWithoutAsking()
         QVERIFY(answers.AllAnswered());
         QVERIFY2(answers.Texts().first().contains("saved, but not uploaded"), qPrintable(answers.Texts().first()));
     }
-    QCOMPARE(host.Simulator()->StoredParams().motor[0].size, 640.0);
+    QCOMPARE(host.Session().Simulator()->StoredParams().motor[0].size, 640.0);
 }
 
 void TestHostSavePath::theWindowComesBackWhereItWasLeft()

@@ -1,5 +1,6 @@
 #include "PersonTestMain.h"
 
+#include "CHostSession.h"
 #include "CHostWindow.h"
 #include "CParamBackups.h"
 #include "CParamDiff.h"
@@ -88,8 +89,8 @@ void TestPersonRestore::aBackupIsChosenWithTheKeyboardAndRestoredWithTheMouse()
 {
     CHostWindow host;
     QVERIFY(host.Start());
-    host.Simulator()->SetTaskDuration(0);
-    IFactoryMgr* pMgr = host.Mgr();
+    host.Session().Simulator()->SetTaskDuration(0);
+    IFactoryMgr* pMgr = host.Session().Mgr();
     // Three states of the parameter file, the last one current.
     FactoryParams oldest;
     pMgr->GetFactoryParams(&oldest);
