@@ -102,10 +102,13 @@ bool XServer::StartWindowManager()
     }
     // A window manager that manages the screen names its check window on the
     // root window; until then, windows would be placed and focused without it.
-    const char* const argv[] = {"xprop", "-root", "_NET_SUPPORTING_WM_CHECK", nullptr};
+    // Openbox names it early in its start, and its theme last: a window mapped
+    // in between was seen never to be shown.
+    const char* const argv[] = {"xprop", "-root", "_NET_SUPPORTING_WM_CHECK", "_OB_THEME", nullptr};
     for (int nTry = 0; nTry < 200; ++nTry) {
         std::string strOutput;
-        if (RunOnDisplay(strDisplay, argv, &strOutput) == 0 && strOutput.find("window id") != std::string::npos)
+        if (RunOnDisplay(strDisplay, argv, &strOutput) == 0 && strOutput.find("window id") != std::string::npos
+            && strOutput.find("_OB_THEME(UTF8_STRING) =") != std::string::npos)
             return true;
         int nStatus = 0;
         if (waitpid(m_wmPid, &nStatus, WNOHANG) == m_wmPid) {
