@@ -11,14 +11,23 @@
 #include "CTranslator.h"
 #include "CUploadReport.h"
 #include "CUiPermissionsManager.h"
+#include "FactoryParamIo.h"
 #include "FactoryParams.h"
+#include "ILog.h"
 
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDialog>
+#include <QDir>
+#include <QFileDialog>
 #include <QFileInfo>
+#include <QKeyEvent>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
+#include <QStorageInfo>
+#include <QTimer>
 
 #include <cstring>
 
@@ -33,12 +42,64 @@ QString UserDataDirectory()
     return CHostPaths::UserDataDirectory(CUiPermissionsManager::GetInstance()->GetThemeName());
 }
 
-// When the plug-in's parameter file was last written, to tell whether a save
-// took place; invalid while there is no file.
-QDateTime ParameterFileWritten()
+QDateTime Written(const QString& strPath)
 {
-    return QFileInfo(CHostSession::ParameterFile()).lastModified();
+    return QFileInfo(strPath).lastModified();
 }
+
+// Why the parameter file at strPath cannot be read; empty when it can (or is not there).
+QString ReadProblem(const QString& strPath, ParamFileStatus status)
+{
+    const QFileInfo info(strPath);
+    if (status == ParamFileStatus::Loaded || !info.exists())
+        return QString();
+    if (info.isDir())
+        return Wording("a folder stands where the file belongs");
+    if (!info.isFile())
+        return Wording("it is not a regular file");
+    if (!info.isReadable())
+        return Wording("permission denied");
+    if (status == ParamFileStatus::TooLarge)
+        return Wording("it is larger than 1 MiB, so it is no parameter file");
+    return Wording("it is not a parameter file (its marker is wrong)");
+}
+
+// Why a file could not be written at strPath, as far as the host can tell.
+QString WriteProblem(const QString& strPath)
+{
+    const QFileInfo info(strPath);
+    const QFileInfo folder(info.absolutePath());
+    if (info.isDir())
+        return Wording("a folder stands where the file belongs");
+    if (!folder.isDir())
+        return Wording("the folder %1 does not exist").arg(folder.absoluteFilePath());
+    if (!folder.isWritable())
+        return Wording("the folder %1 cannot be written").arg(folder.absoluteFilePath());
+    if (info.exists() && !info.isWritable())
+        return Wording("the file is read-only");
+    const QStorageInfo storage(folder.absoluteFilePath());
+    if (storage.isValid() && storage.bytesAvailable() < 64 * 1024)
+        return Wording("the disk is full");
+    return Wording("the write did not go through (the log says more)");
+}
+
+// Codes with which the controller refused before it took anything.
+bool RefusedBeforeWriting(int nCode)
+{
+    return nCode == 1001 || nCode == 1005 || nCode == CSimController::CodeNotConnected;
+}
+}
+
+CHostSession::Busy::Busy(CHostSession& session)
+    : m_session(session)
+{
+    ++m_session.m_nBusy;
+}
+
+CHostSession::Busy::~Busy()
+{
+    if (--m_session.m_nBusy == 0)
+        emit m_session.Idle();
 }
 
 CHostSession::CHostSession(QWidget* pWindow)
@@ -51,6 +112,16 @@ CHostSession::CHostSession(QWidget* pWindow)
     m_pRecorder = new CDeviceRecorder(m_pSim, this);
     m_pRecorder->SetBackupFile(ParameterFile());
     m_nUnit = CHostSettings::Unit();
+    m_account.SetUnit(m_nUnit);
+    // What the dialog's controls hold changes with every keystroke and click
+    // in them; the account follows a little behind, without any signal from
+    // the plug-in.
+    auto* pDialogWatch = new QTimer(this);
+    connect(pDialogWatch, &QTimer::timeout, this, [this] {
+        if (m_pDialog)
+            RefreshDialog();
+    });
+    pDialogWatch->start(300);
 }
 
 CHostSession::~CHostSession()
@@ -77,6 +148,11 @@ bool CHostSession::Start(const QString& strPlugin)
         if (QByteArray(pWidget->metaObject()->className()) == "CDlgCalibrateXyStep")
             connect(pWidget, SIGNAL(CalibrateXyStepSignal(double, double)), this, SLOT(OnStepRatios(double, double)),
                     Qt::UniqueConnection);
+    RefreshFile();
+    if (m_account.IsFileUnreadable())
+        Report(Wording("The parameter file %1 cannot be read: %2. Nothing will be written over it; Save asks where to "
+                       "save instead.")
+                   .arg(QDir::toNativeSeparators(ParameterFile()), m_account.FileProblem()));
     return true;
 }
 
@@ -107,11 +183,110 @@ QWidget* CHostSession::BoxParent() const
 
 void CHostSession::Report(const QString& strText)
 {
+    // Said where the person is looking: in the settings window when it is
+    // open (the main window keeps the history).
+    if (m_pSettings)
+        m_pSettings->ShowReport(strText);
     emit Reported(strText);
+}
+
+void CHostSession::RefreshFile()
+{
+    const QString strPath = ParameterFile();
+    FactoryParams record;
+    const ParamFileStatus status = ReadFactoryParamFile(record, strPath);
+    if (status == ParamFileStatus::Loaded)
+        m_account.SetFile(record, Written(strPath));
+    else if (QFileInfo::exists(strPath))
+        m_account.SetFileUnreadable(ReadProblem(strPath, status));
+    else
+        m_account.SetFileMissing();
+}
+
+void CHostSession::RefreshDialog()
+{
+    // Open is what the person sees: the settings window on the screen.
+    QByteArray collected;
+    if (!m_pDialog || !m_pSettings || !m_pSettings->isVisible()
+        || !QMetaObject::invokeMethod(m_pDialog, "CollectedParams", Q_RETURN_ARG(QByteArray, collected))
+        || collected.size() != int(sizeof(FactoryParams))) {
+        if (m_account.IsDialogOpen())
+            m_account.SetDialogClosed();
+        return;
+    }
+    FactoryParams values;
+    std::memcpy(static_cast<void*>(&values), collected.constData(), sizeof(FactoryParams));
+    if (!m_account.IsDialogOpen() || !CParamDiff::Compare(values, m_account.DialogRecord()).isEmpty())
+        m_account.SetDialog(values);
+}
+
+bool CHostSession::FileHolds(const FactoryParams& record, const QDateTime& before, QString* pWhy)
+{
+    RefreshFile();
+    const QString strPath = ParameterFile();
+    QString strWhy;
+    if (!m_account.HasFile())
+        strWhy = m_account.IsFileUnreadable() ? m_account.FileProblem() : WriteProblem(strPath);
+    else if (before.isValid() && Written(strPath) == before)
+        strWhy = WriteProblem(strPath);
+    else if (!CParamDiff::Compare(m_account.FileRecord(), record).isEmpty())
+        strWhy = Wording("read back, it does not hold the values");
+    if (strWhy.isEmpty())
+        return true;
+    ILog_WriteLogF(1, "The parameter file %s was not saved: %s.", qPrintable(strPath), qPrintable(strWhy));
+    if (pWhy)
+        *pWhy = strWhy;
+    return false;
+}
+
+bool CHostSession::Save(bool bFromDialog, QString* pWhy)
+{
+    if (m_account.IsFileUnreadable()) {
+        *pWhy = Wording("the parameter file cannot be read (%1), and nothing is written over it")
+                    .arg(m_account.FileProblem());
+        return false;
+    }
+    const QDateTime before = Written(ParameterFile());
+    Mgr()->SaveToFile(bFromDialog);
+    FactoryParams record;
+    Mgr()->GetFactoryParams(&record);
+    const bool bSaved = FileHolds(record, before, pWhy);
+    RefreshDialog();
+    return bSaved;
+}
+
+bool CHostSession::PutInPlace(const FactoryParams& params, QString* pWhy)
+{
+    const QDateTime before = Written(ParameterFile());
+    Mgr()->SetFactoryParams(&params);
+    ShowRecordInDialog();
+    return FileHolds(params, before, pWhy);
+}
+
+void CHostSession::ShowRecordInDialog()
+{
+    if (!m_pDialog)
+        return;
+    QMetaObject::invokeMethod(m_pDialog, "DataToCtrlSlot", Q_ARG(bool, true));
+    // Values the host has just put in place are not the ones a check marked.
+    QMetaObject::invokeMethod(m_pDialog, "ClearInvalidMarks");
+    RefreshDialog();
+}
+
+bool CHostSession::RefusedOverUnreadableFile(const QString& strWhat)
+{
+    RefreshFile();
+    if (!m_account.IsFileUnreadable())
+        return false;
+    Report(Wording("%1: the parameter file %2 cannot be read (%3), and nothing is written over it. Move it away or "
+                   "fix it first.")
+               .arg(strWhat, QDir::toNativeSeparators(ParameterFile()), m_account.FileProblem()));
+    return true;
 }
 
 void CHostSession::OpenSettings()
 {
+    const Busy busy(*this);
     if (!Mgr())
         return;
     // A new dialog replaces the one with the edits.
@@ -119,11 +294,24 @@ void CHostSession::OpenSettings()
     if (m_pDialog && !AskBeforeLosingEdits(Wording("Open new settings anyway?"), false))
         return;
     CloseSettings();
-    if (QDialog* pDialog = TakeSettingsDialog()) {
-        m_pSettings = new CSettingsWindow(pDialog);
-        m_pSettings->installEventFilter(this);
-        m_pSettings->show();
+    QDialog* pDialog = TakeSettingsDialog();
+    if (!pDialog)
+        return;
+    m_pSettings = new CSettingsWindow(pDialog);
+    m_pSettings->installEventFilter(this);
+    connect(m_pSettings, &CSettingsWindow::Chosen, this, &CHostSession::OnRefusalChoice);
+    // The first time, beside the main window rather than over its report.
+    if (CHostSettings::Geometry(QStringLiteral("settings")).isEmpty()) {
+        const QRect available = m_pWindow->screen()->availableGeometry();
+        const QRect main = m_pWindow->frameGeometry();
+        QRect place(QPoint(main.right() + 8, main.top()), m_pSettings->size());
+        if (!available.contains(place))
+            place.moveTopLeft(QPoint(main.left(), main.bottom() + 8));
+        if (available.contains(place))
+            m_pSettings->move(place.topLeft());
     }
+    m_pSettings->show();
+    RefreshDialog();
 }
 
 QDialog* CHostSession::TakeSettingsDialog()
@@ -140,6 +328,10 @@ QDialog* CHostSession::TakeSettingsDialog()
     if (!pDialog)
         return nullptr;
     m_pDialog = pDialog;
+    FactoryParams record;
+    Mgr()->GetFactoryParams(&record);
+    m_nDialogLaserCount = record.laser.laserCount;
+    pDialog->installEventFilter(this);
     connect(pDialog, SIGNAL(ReadCurParamsFromDeviceSignal()), this, SLOT(ReadFromController()));
     connect(pDialog, SIGNAL(UploadCurParamsToDeviceSignal()), this, SLOT(UploadToController()));
     connect(pDialog, SIGNAL(CorrectXyStepSignal()), this, SLOT(CalibrateXyStep()));
@@ -154,62 +346,77 @@ void CHostSession::CloseSettings()
     // The dialog belongs to the plug-in, which deletes it when it makes the
     // next one: take it out of the window before the window goes.
     if (m_pDialog) {
+        m_pDialog->removeEventFilter(this);
         m_pDialog->hide();
         m_pDialog->setParent(nullptr);
     }
     delete m_pSettings;
+    RefreshDialog();
 }
 
 void CHostSession::ReadFromController()
 {
-    IFactoryMgr* pMgr = Mgr();
-    if (!AskBeforeLosingEdits(Wording("Read the controller's values over them?")))
+    const Busy busy(*this);
+    if (!Mgr() || !AskBeforeLosingEdits(Wording("Read the controller's values over them?")))
         return;
-    FactoryParams before;
-    pMgr->GetFactoryParams(&before);
-    const int nResult = pMgr->ReadParamsFromDevice();
+    if (RefusedOverUnreadableFile(Wording("Nothing was read")))
+        return;
+    // The controller answers twice, and the two answers must agree: a value
+    // garbled on the line would otherwise go into the dialog and the
+    // parameter file as if it were true. Nothing changes until they do.
+    FactoryParams read;
+    FactoryParams again;
+    int nResult = m_pRecorder->ReadFactoryParams(&read);
+    if (nResult == 0)
+        nResult = m_pRecorder->ReadFactoryParams(&again);
     if (nResult != 0) {
         m_notifier.ShowErrorCode(nResult, 0);
         Report(Wording("Nothing was read: %1").arg(CHostNotifier::Describe(nResult)));
         return;
     }
-    // The controller answers a second time, and the two answers must agree:
-    // a value garbled on the line would otherwise go into the dialog and the
-    // parameter file (which the plug-in writes on every read) as if it were true.
-    FactoryParams read;
-    pMgr->GetFactoryParams(&read);
-    FactoryParams again;
-    const int nAgain = m_pRecorder->ReadFactoryParams(&again);
-    if (nAgain != 0 || std::memcmp(&read, &again, sizeof(FactoryParams)) != 0) {
-        RestoreRecord(before);
-        if (nAgain != 0)
-            m_notifier.ShowErrorCode(nAgain, 0);
-        Report(nAgain != 0 ? Wording("Nothing was read: %1").arg(CHostNotifier::Describe(nAgain))
-                           : Wording("Nothing was read: the controller's answers did not agree, so a value was "
-                                     "garbled on the way. Read again."));
+    if (!CParamDiff::Compare(read, again).isEmpty()) {
+        Report(Wording("Nothing was read: the controller's answers did not agree, so a value was garbled on the way. "
+                       "Read again."));
         return;
     }
+    m_account.SetController(read);
     // What the controller holds replaces any correction not yet uploaded.
     m_bStepsPending = false;
-    m_bNotUploaded = false;
-    // Into the open dialog, and into the parameter file.
-    pMgr->SetFactoryParams(&read);
-    if (m_pDialog)
-        QMetaObject::invokeMethod(m_pDialog, "DataToCtrlSlot", Q_ARG(bool, true));
-    Report(Wording("The parameters were read from the controller."));
+    QString strWhy;
+    const bool bSaved = PutInPlace(read, &strWhy);
+    // A dialog made for another number of lasers has no cells for the
+    // values read: it is made anew, so that the next Upload sends them.
+    if (m_pDialog && read.laser.laserCount != m_nDialogLaserCount) {
+        CloseSettings();
+        if (QDialog* pDialog = TakeSettingsDialog()) {
+            m_pSettings = new CSettingsWindow(pDialog);
+            m_pSettings->installEventFilter(this);
+            connect(m_pSettings, &CSettingsWindow::Chosen, this, &CHostSession::OnRefusalChoice);
+            m_pSettings->show();
+            RefreshDialog();
+        }
+    }
+    Report(bSaved ? Wording("The parameters were read from the controller. They are saved.")
+                  : Wording("The parameters were read from the controller into the settings, but the parameter file "
+                            "could not be written: %1.")
+                        .arg(strWhy));
 }
 
 void CHostSession::UploadToController()
 {
+    const Busy busy(*this);
     IFactoryMgr* pMgr = Mgr();
     const int nResult = pMgr->UploadParamsToDevice();
     if (nResult != 0) {
+        // A write that broke off may have left anything on the controller.
+        if (!RefusedBeforeWriting(nResult))
+            m_account.SetControllerUnknown();
         m_notifier.ShowErrorCode(nResult, 0);
         Report(Wording("The Upload failed: %1 Nothing was saved.").arg(CHostNotifier::Describe(nResult)));
+        RefreshDialog();
         return;
     }
     m_bStepsPending = false;
-    m_bNotUploaded = false;
     FactoryParams sent;
     pMgr->GetFactoryParams(&sent);
     // What the controller kept, read by the host itself: it tells the report
@@ -219,6 +426,7 @@ void CHostSession::UploadToController()
     FactoryParams kept;
     const int nKept = m_pRecorder->ReadFactoryParams(&kept);
     if (nKept != 0) {
+        m_account.SetControllerUnknown();
         m_notifier.ShowErrorCode(nKept, 0);
         Report(Wording("The values were sent, but what the controller kept could not be read back: %1 "
                        "Nothing was saved.")
@@ -231,20 +439,64 @@ void CHostSession::UploadToController()
     QStringList lines = PutBackLines(sent, kept);
     const bool bGarbled = nFlags != 0 && lines.isEmpty();
     if (bGarbled) {
-        RestoreRecord(sent);
+        Mgr()->SetFactoryParams(&sent);
+        ShowRecordInDialog();
         bKept = pMgr->CheckDeviceParams(&nFlags);
         lines = PutBackLines(sent, kept);
         if (nFlags != 0 && lines.isEmpty()) {
-            RestoreRecord(sent);
+            Mgr()->SetFactoryParams(&sent);
+            ShowRecordInDialog();
+            m_account.SetController(kept);
+            RefreshFile();
             Report(Wording("The controller's answers did not agree twice, so the check cannot tell what it kept, and "
                            "its red marks cannot be trusted. The dialog and the parameter file hold the values sent. "
                            "Upload again to check them."));
             return;
         }
     }
-    const QString strText = CUploadReport::Text(bKept, nFlags, lines, Save(true));
-    Report(bGarbled ? Wording("The first answer to the check came garbled; the check was made again.") + "\n" + strText
-                    : strText);
+    m_account.SetController(kept);
+    QString strWhy;
+    const bool bSaved = Save(true, &strWhy);
+    const QString strText = CUploadReport::Text(bKept, nFlags, lines, bSaved ? QString() : strWhy);
+    const QString strReport
+        = bGarbled ? Wording("The first answer to the check came garbled; the check was made again.") + "\n" + strText
+                   : strText;
+    if (!lines.isEmpty() && m_pSettings && m_pSettings->isVisible()) {
+        // The person decides: keep the values the dialog had (the controller
+        // still differs in those fields) or take the controller's.
+        m_pSettings->ShowReport(strReport, Wording("Keep the dialog's values"), Wording("Take the controller's values"));
+        emit Reported(strReport);
+        return;
+    }
+    Report(strReport);
+}
+
+void CHostSession::OnRefusalChoice(int nChoice)
+{
+    const Busy busy(*this);
+    if (!m_pSettings)
+        return;
+    m_pSettings->EndChoice();
+    RefreshFile();
+    if (nChoice == 0) {
+        QStringList fields;
+        for (const SParamDifference& difference : m_account.ControllerDifferences())
+            fields << m_account.Describe(difference, Wording("file"), Wording("controller"));
+        Report(fields.isEmpty() ? Wording("The dialog's values are kept; the controller holds them too.")
+                                : Wording("The dialog's values are kept and saved. The controller still differs in "
+                                          "%1 field(s): %2.")
+                                      .arg(fields.size())
+                                      .arg(fields.join(QStringLiteral("; "))));
+        return;
+    }
+    if (!m_account.IsControllerKnown())
+        return;
+    QString strWhy;
+    const bool bSaved = PutInPlace(m_account.ControllerRecord(), &strWhy);
+    Report(bSaved ? Wording("The controller's values are in the dialog and saved: all three agree.")
+                  : Wording("The controller's values are in the dialog, but the parameter file could not be written: "
+                            "%1.")
+                        .arg(strWhy));
 }
 
 QStringList CHostSession::PutBackLines(const FactoryParams& sent, const FactoryParams& kept)
@@ -254,25 +506,13 @@ QStringList CHostSession::PutBackLines(const FactoryParams& sent, const FactoryP
     return CUploadReport::PutBackLines(sent, kept, putBack);
 }
 
-void CHostSession::RestoreRecord(const FactoryParams& params)
-{
-    Mgr()->SetFactoryParams(&params);
-    if (m_pDialog)
-        QMetaObject::invokeMethod(m_pDialog, "DataToCtrlSlot", Q_ARG(bool, true));
-}
-
-bool CHostSession::Save(bool bFromDialog)
-{
-    const QDateTime before = ParameterFileWritten();
-    Mgr()->SaveToFile(bFromDialog);
-    const QDateTime after = ParameterFileWritten();
-    return after.isValid() && after != before;
-}
-
 void CHostSession::RestoreParameters()
 {
+    const Busy busy(*this);
     IFactoryMgr* pMgr = Mgr();
     if (!pMgr || !AskBeforeLosingEdits(Wording("Restore a backup over them?"), false))
+        return;
+    if (RefusedOverUnreadableFile(Wording("Nothing was restored")))
         return;
     FactoryParams current;
     pMgr->GetFactoryParams(&current);
@@ -282,18 +522,29 @@ void CHostSession::RestoreParameters()
     const qsizetype nChanges = CParamDiff::Compare(current, dialog.Record()).size();
     // Through the plug-in: the record, the parameter file (whose current
     // content goes to the backups first) and the open dialog.
-    RestoreRecord(dialog.Record());
+    QString strWhy;
+    const bool bSaved = PutInPlace(dialog.Record(), &strWhy);
     m_bStepsPending = false;
-    m_bNotUploaded = nChanges > 0 || m_bNotUploaded;
-    Report(Wording("Restored %1: %2 value(s) changed. They are saved, and go to the controller with the next Upload.")
-               .arg(dialog.ChosenText())
-               .arg(nChanges));
+    if (nChanges > 0 && !m_account.IsControllerKnown())
+        m_account.SetChangedSinceController(true);
+    Report(bSaved ? Wording("Restored %1: %2 value(s) changed. They are saved, and go to the controller with the next "
+                            "Upload.")
+                        .arg(dialog.ChosenText())
+                        .arg(nChanges)
+                  : Wording("Restored %1 into the settings (%2 value(s) changed), but the parameter file could not be "
+                            "written: %3. Nothing is saved.")
+                        .arg(dialog.ChosenText())
+                        .arg(nChanges)
+                        .arg(strWhy));
 }
 
 void CHostSession::CalibrateXyStep()
 {
+    const Busy busy(*this);
     IFactoryMgr* pMgr = Mgr();
     if (!pMgr || !UploadPendingStepsFirst())
+        return;
+    if (RefusedOverUnreadableFile(Wording("No calibration")))
         return;
     // The plug-in takes the host's pattern converter, and hands the wizard's
     // result on, only with a settings dialog: one is made, unseen, if none is open.
@@ -311,14 +562,19 @@ void CHostSession::CalibrateXyStep()
     FactoryParams corrected = before;
     corrected.motor[0].pulsePerMm *= m_dRatioW;
     corrected.motor[1].pulsePerMm *= m_dRatioH;
-    pMgr->SetFactoryParams(&corrected);
+    QString strWhy;
+    const bool bSaved = PutInPlace(corrected, &strWhy);
     m_bStepsPending = true;
+    if (!m_account.IsControllerKnown())
+        m_account.SetChangedSinceController(true);
     const QString strSteps = Wording("The X step changes from %1 to %2, the Y step from %3 to %4.")
                                  .arg(before.motor[0].pulsePerMm, 0, 'f', 5)
                                  .arg(corrected.motor[0].pulsePerMm, 0, 'f', 5)
                                  .arg(before.motor[1].pulsePerMm, 0, 'f', 5)
                                  .arg(corrected.motor[1].pulsePerMm, 0, 'f', 5);
-    Report(strSteps + " " + Wording("They are saved, and go to the controller with the next Upload."));
+    Report(strSteps + " "
+           + (bSaved ? Wording("They are saved, and go to the controller with the next Upload.")
+                     : Wording("The parameter file could not be written: %1.").arg(strWhy)));
     QMessageBox box(QMessageBox::Question, Wording("Calibrate XY Step"),
                     strSteps + "\n\n" + Wording("Upload the corrected steps to the controller now?"),
                     QMessageBox::Yes | QMessageBox::No, BoxParent());
@@ -371,26 +627,64 @@ void CHostSession::OnJobCut(double dWidth, double dHeight)
 
 void CHostSession::ImportParameters()
 {
+    const Busy busy(*this);
     if (!m_pSettings)
         OpenSettings();
+    if (!m_pDialog)
+        return;
+    // An import goes into the dialog and the record, not into the file nor to the controller.
     Mgr()->ImportParams(m_pSettings);
-    // An import goes into the record, not to the controller.
-    m_bNotUploaded = true;
+    QMetaObject::invokeMethod(m_pDialog, "ClearInvalidMarks");
+    RefreshDialog();
 }
 
 void CHostSession::ExportParameters()
 {
+    const Busy busy(*this);
     if (!m_pSettings)
         OpenSettings();
-    Mgr()->ExportParams(m_pSettings);
+    if (m_pDialog)
+        Mgr()->ExportParams(m_pSettings);
 }
 
 void CHostSession::SaveParameters()
 {
-    const bool bEdited = IsDialogEdited();
-    const bool bSaved = Save(m_pSettings != nullptr);
-    m_bNotUploaded = m_bNotUploaded || (bSaved && bEdited);
-    Report(bSaved ? Wording("The parameters are saved.") : Wording("The parameter file could not be saved."));
+    const Busy busy(*this);
+    RefreshFile();
+    if (m_account.IsFileUnreadable()) {
+        // Nothing goes over a file that cannot be read: the person says where
+        // the values are to go instead.
+        const QString strPath = QFileDialog::getSaveFileName(
+            BoxParent(),
+            Wording("The parameter file cannot be read (%1): save the values where?").arg(m_account.FileProblem()),
+            QFileInfo(ParameterFile()).absolutePath() + "/FactoryParam-saved.ini", Wording("Parameter files (*.ini)"));
+        if (strPath.isEmpty()) {
+            Report(Wording("Nothing was saved: the parameter file cannot be read (%1).").arg(m_account.FileProblem()));
+            return;
+        }
+        FactoryParams values;
+        if (m_account.IsDialogOpen())
+            values = m_account.DialogRecord();
+        else
+            Mgr()->GetFactoryParams(&values);
+        FactoryParams back;
+        const bool bWritten = WriteFactoryParamFile(values, strPath)
+            && ReadFactoryParamFile(back, strPath) == ParamFileStatus::Loaded && CParamDiff::Compare(back, values).isEmpty();
+        if (!bWritten)
+            ILog_WriteLogF(1, "The parameters were not saved to %s: %s.", qPrintable(strPath),
+                           qPrintable(WriteProblem(strPath)));
+        Report(bWritten ? Wording("The parameters are saved to %1.").arg(QDir::toNativeSeparators(strPath))
+                        : Wording("The parameters could not be saved to %1: %2.")
+                              .arg(QDir::toNativeSeparators(strPath), WriteProblem(strPath)));
+        return;
+    }
+    const bool bChanges = !m_account.UnsavedChanges().isEmpty() || IsDialogEdited();
+    QString strWhy;
+    const bool bSaved = Save(m_pSettings != nullptr, &strWhy);
+    if (bSaved && bChanges && !m_account.IsControllerKnown())
+        m_account.SetChangedSinceController(true);
+    Report(bSaved ? Wording("The parameters are saved.")
+                  : Wording("The parameter file could not be saved: %1.").arg(strWhy));
 }
 
 bool CHostSession::IsDialogEdited() const
@@ -401,19 +695,38 @@ bool CHostSession::IsDialogEdited() const
     return bEdited;
 }
 
+bool CHostSession::IsNotUploaded() const
+{
+    if (m_bStepsPending)
+        return true;
+    return m_account.IsControllerKnown() ? !m_account.ControllerDifferences().isEmpty()
+                                         : m_account.IsChangedSinceController();
+}
+
 bool CHostSession::AskBeforeLosingEdits(const QString& strWhat, bool bNotUploadedToo)
 {
-    const bool bEdited = IsDialogEdited();
-    if ((!bEdited && !(bNotUploadedToo && (m_bNotUploaded || m_bStepsPending))) || m_bAsking)
+    if (m_bAsking || !Mgr())
+        return true;
+    RefreshFile();
+    RefreshDialog();
+    // Values the file does not hold: the dialog's, or the plug-in's record
+    // when a save did not go through.
+    FactoryParams record;
+    Mgr()->GetFactoryParams(&record);
+    const bool bUnsaved = IsDialogEdited() || !m_account.UnsavedChanges().isEmpty()
+        || (m_account.HasFile() && !CParamDiff::Compare(m_account.FileRecord(), record).isEmpty());
+    const bool bNotUploaded = bNotUploadedToo && IsNotUploaded();
+    if (!bUnsaved && !bNotUploaded)
         return true;
     m_bAsking = true;
     QMessageBox box(QMessageBox::Warning, Wording("Machine Settings"),
-                    (bEdited ? Wording("The machine settings have changes that are not saved.")
-                             : Wording("The machine settings are saved, but not uploaded to the controller."))
+                    (bUnsaved ? Wording("The machine settings have changes that are not saved.")
+                              : Wording("The machine settings are saved, but not uploaded to the controller."))
                         + "\n\n" + strWhat,
                     QMessageBox::NoButton, BoxParent());
     box.setObjectName(QStringLiteral("unsavedBox"));
-    QPushButton* pSave = bEdited ? box.addButton(Wording("Save"), QMessageBox::AcceptRole) : nullptr;
+    QPushButton* pSave = bUnsaved && !m_account.IsFileUnreadable() ? box.addButton(Wording("Save"), QMessageBox::AcceptRole)
+                                                                    : nullptr;
     QPushButton* pUpload = box.addButton(Wording("Upload"), QMessageBox::AcceptRole);
     QPushButton* pDiscard = box.addButton(Wording("Discard"), QMessageBox::DestructiveRole);
     QPushButton* pCancel = box.addButton(Wording("Cancel"), QMessageBox::RejectRole);
@@ -421,43 +734,90 @@ bool CHostSession::AskBeforeLosingEdits(const QString& strWhat, bool bNotUploade
     box.exec();
     m_bAsking = false;
     QAbstractButton* pChosen = box.clickedButton();
-    if (pChosen == pDiscard)
+    if (pChosen == pDiscard) {
+        // The dialog is made anew from the file: what was discarded is gone,
+        // and nothing asks about it again.
+        if (m_pDialog && m_account.HasFile()) {
+            Mgr()->ReloadFromFile();
+            QMetaObject::invokeMethod(m_pDialog, "ClearInvalidMarks");
+        }
+        RefreshDialog();
         return true;
+    }
     if (pSave && pChosen == pSave) {
         SaveParameters();
-        return !IsDialogEdited();
+        RefreshFile();
+        Mgr()->GetFactoryParams(&record);
+        return !IsDialogEdited() && m_account.HasFile() && CParamDiff::Compare(m_account.FileRecord(), record).isEmpty();
     }
     if (pChosen == pUpload) {
         UploadToController();
-        return !m_bNotUploaded && !m_bStepsPending && !IsDialogEdited();
+        RefreshFile();
+        Mgr()->GetFactoryParams(&record);
+        return !IsNotUploaded() && !IsDialogEdited() && m_account.HasFile()
+            && CParamDiff::Compare(m_account.FileRecord(), record).isEmpty();
     }
     return false;
 }
 
+void CHostSession::OnEscape()
+{
+    const Busy busy(*this);
+    // A cell being edited: Escape ends the edit (the value goes in as with
+    // Return), and goes no further.
+    QWidget* pFocus = QApplication::focusWidget();
+    if (qobject_cast<QLineEdit*>(pFocus) && pFocus->isVisible() && m_pDialog && m_pDialog->isAncestorOf(pFocus)) {
+        pFocus->clearFocus();
+        RefreshDialog();
+        return;
+    }
+    // Otherwise the settings close: asked first, while the dialog is still
+    // in its window; cancelled, everything stays as it was.
+    if (AskBeforeLosingEdits(Wording("Close the settings anyway?")))
+        CloseSettings();
+}
+
 bool CHostSession::eventFilter(QObject* pWatched, QEvent* event)
 {
-    // Closing the settings window with edits: asked first; cancelled, the
-    // window and its dialog stay (Escape in the dialog has hidden the dialog).
-    // (The event's type first: while the window is destroyed it is no
-    // CSettingsWindow any more, and the guarded pointer may not be read.)
-    if (event->type() == QEvent::Close && pWatched == m_pSettings
-        && !AskBeforeLosingEdits(Wording("Close the settings anyway?"))) {
-        event->ignore();
-        if (m_pDialog)
-            m_pDialog->show();
+    // Escape in the dialog is the host's: the plug-in would take the dialog
+    // out of its window before anyone could ask.
+    if (event->type() == QEvent::KeyPress && pWatched == m_pDialog
+        && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
+        OnEscape();
         return true;
+    }
+    // Closing the settings window: asked first; cancelled, the window and its
+    // dialog stay. (The event's type first: while the window is destroyed it
+    // is no CSettingsWindow any more, and the guarded pointer may not be read.)
+    if (event->type() == QEvent::Close && pWatched == m_pSettings) {
+        if (!AskBeforeLosingEdits(Wording("Close the settings anyway?"))) {
+            event->ignore();
+            return true;
+        }
+        // Closed: the account no longer counts the dialog as open.
+        QTimer::singleShot(0, this, [this] { RefreshDialog(); });
     }
     return QObject::eventFilter(pWatched, event);
 }
 
 void CHostSession::ReloadParameters()
 {
+    const Busy busy(*this);
     // The plug-in reloads only into a settings dialog it keeps.
     if (!m_pDialog) {
         Report(Wording("Nothing was reloaded: open the machine settings first."));
         return;
     }
+    RefreshFile();
+    if (!m_account.HasFile()) {
+        Report(m_account.IsFileUnreadable()
+                   ? Wording("Nothing was reloaded: the parameter file cannot be read (%1).").arg(m_account.FileProblem())
+                   : Wording("Nothing was reloaded: there is no parameter file yet."));
+        return;
+    }
     Mgr()->ReloadFromFile();
+    QMetaObject::invokeMethod(m_pDialog, "ClearInvalidMarks");
+    RefreshDialog();
     Report(Wording("The parameters were reloaded from the parameter file."));
 }
 
@@ -466,7 +826,16 @@ void CHostSession::SetUnit(int nUnit)
     m_nUnit = nUnit;
     if (IFactoryMgr* pMgr = Mgr())
         pMgr->SetUnit(nUnit);
+    m_account.SetUnit(nUnit);
     CHostSettings::SetUnit(nUnit);
+}
+
+void CHostSession::ForgetWhatChangedElsewhere()
+{
+    m_account.SetControllerUnknown();
+    m_account.SetChangedSinceController(false);
+    RefreshFile();
+    RefreshDialog();
 }
 
 bool CHostSession::AskBeforeQuit()

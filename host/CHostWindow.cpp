@@ -4,6 +4,7 @@
 #include "CDeviceRecorder.h"
 #include "CHostSession.h"
 #include "CHostSettings.h"
+#include "CParamAccount.h"
 #include "CSimController.h"
 #include "CTranslator.h"
 #include "CUiPermissionsManager.h"
@@ -33,6 +34,8 @@ CHostWindow::CHostWindow(QWidget* parent)
     connect(pSim, &CSimController::StateChanged, this, &CHostWindow::RefreshStatus, Qt::QueuedConnection);
     connect(pSim, &CSimController::JobCut, this, &CHostWindow::RefreshStatus, Qt::QueuedConnection);
     connect(m_pSession, &CHostSession::Reported, this, &CHostWindow::ShowReport);
+    connect(&m_pSession->Account(), &CParamAccount::Changed, this,
+            [this] { m_pAccount->setText(m_pSession->Account().Sentence()); });
     m_pActivity = new CActivityPanel(this);
     addDockWidget(Qt::BottomDockWidgetArea, m_pActivity);
     connect(m_pSession->Recorder(), &CDeviceRecorder::Called, m_pActivity, &CActivityPanel::AddDeviceCall,
@@ -44,6 +47,11 @@ CHostWindow::CHostWindow(QWidget* parent)
     m_pStatus = new QLabel(pCentral);
     m_pStatus->setObjectName(QStringLiteral("label_status"));
     m_pStatus->setTextFormat(Qt::PlainText);
+    // The three places the parameters live, side by side, in one sentence.
+    m_pAccount = new QLabel(pCentral);
+    m_pAccount->setObjectName(QStringLiteral("label_account"));
+    m_pAccount->setTextFormat(Qt::PlainText);
+    m_pAccount->setWordWrap(true);
     m_pReport = new QLabel(pCentral);
     m_pReport->setObjectName(QStringLiteral("label_report"));
     m_pReport->setWordWrap(true);
@@ -52,6 +60,7 @@ CHostWindow::CHostWindow(QWidget* parent)
     m_pCalibrateButton = new QPushButton(pCentral);
     m_pCalibrateButton->setObjectName(QStringLiteral("pushButton_calibrate"));
     pLayout->addWidget(m_pStatus);
+    pLayout->addWidget(m_pAccount);
     pLayout->addWidget(m_pOpenButton);
     pLayout->addWidget(m_pCalibrateButton);
     pLayout->addWidget(m_pReport);
@@ -106,7 +115,12 @@ void CHostWindow::BuildMenus()
     addAction(pFile, "Reload Parameters", "action_reload", [this] { m_pSession->ReloadParameters(); });
     addAction(pFile, "Restore...", "action_restore", [this] { m_pSession->RestoreParameters(); });
     pFile->addSeparator();
-    addAction(pFile, "Quit", "action_quit", [this] { close(); })->setShortcut(QKeySequence::Quit);
+    addAction(pFile, "Quit", "action_quit", [this] {
+        // From the event loop, not inside the menu's action: the question
+        // asked before quitting must not hold up whoever triggered it (an
+        // assistive technology waits for the action's reply).
+        QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection);
+    })->setShortcut(QKeySequence::Quit);
 
     QMenu* pTools = addMenu(nullptr, "&Tools", "menu_tools");
     addAction(pTools, "Calibrate XY Step...", "action_calibrate", [this] { m_pSession->CalibrateXyStep(); });
@@ -200,6 +214,7 @@ void CHostWindow::RetranslateUi()
         action.first->setText(Wording(action.second));
     m_pOpenButton->setText(Wording("Machine Settings..."));
     m_pCalibrateButton->setText(Wording("Calibrate XY Step..."));
+    m_pAccount->setText(m_pSession->Account().Sentence());
     RefreshStatus();
 }
 
@@ -250,6 +265,13 @@ void CHostWindow::changeEvent(QEvent* event)
 
 void CHostWindow::closeEvent(QCloseEvent* event)
 {
+    // Not in the middle of a flow: the window closes once it has ended.
+    if (m_pSession->IsBusy()) {
+        event->ignore();
+        connect(m_pSession, &CHostSession::Idle, this, &QWidget::close,
+                static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
+        return;
+    }
     if (!m_pSession->AskBeforeQuit()) {
         event->ignore();
         return;

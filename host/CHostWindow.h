@@ -44,6 +44,7 @@ private:
     CHostSession* m_pSession;
     CActivityPanel* m_pActivity = nullptr;
     QLabel* m_pStatus = nullptr;
+    QLabel* m_pAccount = nullptr;
     QLabel* m_pReport = nullptr;
     QPushButton* m_pOpenButton = nullptr;
     QPushButton* m_pCalibrateButton = nullptr;

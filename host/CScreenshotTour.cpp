@@ -120,5 +120,6 @@ bool CScreenshotTour::SaveRefusedUpload(const QString& strPath)
     pMgr->SetFactoryParams(&record);
     if (session.Dialog())
         QMetaObject::invokeMethod(session.Dialog(), "DataToCtrlSlot", Q_ARG(bool, true));
+    session.ForgetWhatChangedElsewhere();
     return bRefused && bSaved;
 }

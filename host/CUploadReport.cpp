@@ -25,7 +25,7 @@ QStringList CUploadReport::PutBackLines(const FactoryParams& sent, const Factory
     return lines;
 }
 
-QString CUploadReport::Text(bool bKept, quint32 nFlags, const QStringList& lines, bool bSaved)
+QString CUploadReport::Text(bool bKept, quint32 nFlags, const QStringList& lines, const QString& strSaveProblem)
 {
     QStringList text;
     if (bKept && nFlags == 0) {
@@ -46,6 +46,7 @@ QString CUploadReport::Text(bool bKept, quint32 nFlags, const QStringList& lines
                                    .arg(sections.join(", ")));
         text << lines;
     }
-    text << (bSaved ? Wording("The parameters are saved.") : Wording("The parameter file could not be saved."));
+    text << (strSaveProblem.isEmpty() ? Wording("The parameters are saved.")
+                                      : Wording("The parameter file could not be saved: %1.").arg(strSaveProblem));
     return text.join('\n');
 }

@@ -19,6 +19,6 @@ public:
     // putBack: the plug-in's record after the check.
     static QStringList PutBackLines(const FactoryParams& sent, const FactoryParams& kept, const FactoryParams& putBack);
     // The report: bKept and nFlags as the check returned them, the lines
-    // above, and whether the parameter file was written.
-    static QString Text(bool bKept, quint32 nFlags, const QStringList& lines, bool bSaved);
+    // above, and why the parameter file was not written (empty: it was).
+    static QString Text(bool bKept, quint32 nFlags, const QStringList& lines, const QString& strSaveProblem);
 };

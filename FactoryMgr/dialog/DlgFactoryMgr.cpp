@@ -261,10 +261,17 @@ bool DlgFactoryMgr::IsEdited() const
     if (!m_pRecord)
         return false;
     FactoryParams collected;
+    std::memcpy(static_cast<void*>(&collected), CollectedParams().constData(), sizeof(FactoryParams));
+    return !ParamsEqual(collected, *m_pRecord);
+}
+
+QByteArray DlgFactoryMgr::CollectedParams() const
+{
+    FactoryParams collected;
     std::memcpy(static_cast<void*>(&collected), &m_displayParams, sizeof(FactoryParams));
     ForceOutgoingFields(collected);
     m_pLaserTab->CollectInto(collected.laser);
-    return !ParamsEqual(collected, *m_pRecord);
+    return QByteArray(reinterpret_cast<const char*>(&collected), sizeof(FactoryParams));
 }
 
 void DlgFactoryMgr::ImportParams()

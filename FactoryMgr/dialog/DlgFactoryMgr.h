@@ -50,8 +50,9 @@ public:
     void ResetCellEditors();
     // The screen scaling service, or null when "Resolution" could not be loaded.
     IResolution* Resolution() const;
-    // Removes every red mark of the read-back check.
-    void ClearInvalidMarks();
+    // Removes every red mark of the read-back check. Invokable, so that a host
+    // that has read the controller's values into the dialog can clear them.
+    Q_INVOKABLE void ClearInvalidMarks();
     // Shows a value the device did not keep, put back, and marks its cell red.
     // nTableKind: 0 Motor, 1 Laser, 2 Processing, 3 Machine. A Laser row is
     // told by its row identifier: the field is the one the row shows.
@@ -64,6 +65,9 @@ public:
     // the dialog was made over (the service object's): edits not yet saved
     // or uploaded. Asked by hosts before they replace or close the dialog.
     Q_INVOKABLE bool IsEdited() const;
+    // What the controls hold, as the record a collection would give (720
+    // bytes), without collecting: hosts count the changes not yet saved.
+    Q_INVOKABLE QByteArray CollectedParams() const;
     // What the tables show and edit: the four sections, between the working
     // record's copy in and collection out.
     FactoryParams& DisplayParams();

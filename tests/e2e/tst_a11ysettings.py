@@ -256,8 +256,18 @@ class Host:
 
         return wait_for(what, find, timeout)
 
-    def quit(self, main_window):
+    def quit(self, main_window, answer=None):
+        """File > Quit; answer names the button to press in the question the host asks first, if any."""
         press(find_one(main_window, "menu item", "Quit"))
+        if answer is not None:
+            try:
+                question = self.window("the question before quitting",
+                                       lambda window: find_all(window, "push button", answer), 20)
+            except Failure as error:
+                raise Failure("%s; QuorvaneHost %s:\n%s" % (
+                    error, "is running" if self.process.poll() is None else "ended with %d" % self.process.returncode,
+                    self.output()))
+            press(find_one(question, "push button", answer))
         try:
             self.process.wait(60)
         except subprocess.TimeoutExpired:
@@ -454,7 +464,9 @@ def run(session, binary):
             failures.append("after Upload Motor cell (%d, %d) reads %r described %r, expected %r undescribed" % (
                 row, column, cell.name, cell.description, text))
     print("after Upload the X max speed cell reads %r, described %r" % speed_cell())
-    host.quit(window)
+    # The parameter file holds the value put back, the controller its own:
+    # the host asks before quitting, and the person lets it go.
+    host.quit(window, "Discard")
     return failures
 
 

@@ -195,7 +195,7 @@ bool TestHostFaults::Run(CHostWindow& host, Op op, QStringList* pSeen)
     switch (op) {
     case OpRead:
         host.Session().ReadFromController();
-        bOk = lastReport() == "The parameters were read from the controller.";
+        bOk = lastReport() == "The parameters were read from the controller. They are saved.";
         break;
     case OpUpload:
         host.Session().UploadToController();

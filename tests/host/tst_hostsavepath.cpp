@@ -206,13 +206,22 @@ void TestHostSavePath::aSaveThatCannotWriteIsNotReportedAsSaved()
         + "/Quorvane/Resources/Data/FactoryParam.ini";
     QFile::remove(strFile);
     QVERIFY(QDir().mkpath(strFile));
+    // A folder is no file the host can read: Save asks where to save
+    // instead, and nothing is saved when the person cancels.
     ModalAnswerer answerer;
+    answerer.CancelFileDialogs();
     QSignalSpy reported(&host.Session(), &CHostSession::Reported);
     host.Session().SaveParameters();
-    QCOMPARE(reported.last().first().toString(), QStringLiteral("The parameter file could not be saved."));
+    QCOMPARE(reported.last().first().toString(),
+             QStringLiteral("Nothing was saved: the parameter file cannot be read (a folder stands where the file "
+                            "belongs)."));
+    QCOMPARE(answerer.Count(), 1);
     host.Session().UploadToController();
-    QVERIFY2(reported.last().first().toString().endsWith("\nThe parameter file could not be saved."),
+    QVERIFY2(reported.last().first().toString().endsWith(
+                 "\nThe parameter file could not be saved: the parameter file cannot be read (a folder stands where "
+                 "the file belongs), and nothing is written over it."),
              qPrintable(reported.last().first().toString()));
+    QVERIFY(QFileInfo(strFile).isDir());
     QVERIFY(QDir().rmdir(strFile));
     host.Session().SaveParameters();
     QCOMPARE(reported.last().first().toString(), QStringLiteral("The parameters are saved."));
@@ -226,6 +235,9 @@ void TestHostSavePath::reloadWithoutSettingsReloadsNothingAndSaysSo()
     host.Session().ReloadParameters();
     QCOMPARE(reported.last().first().toString(), QStringLiteral("Nothing was reloaded: open the machine settings first."));
     host.Session().OpenSettings();
+    host.Session().ReloadParameters();
+    QCOMPARE(reported.last().first().toString(), QStringLiteral("Nothing was reloaded: there is no parameter file yet."));
+    host.Session().SaveParameters();
     host.Session().ReloadParameters();
     QCOMPARE(reported.last().first().toString(),
              QStringLiteral("The parameters were reloaded from the parameter file."));
