@@ -3,6 +3,7 @@
 #include "CHostSession.h"
 #include "CHostWindow.h"
 #include "CParamAccount.h"
+#include "CParamBackups.h"
 #include "CSettingsWindow.h"
 #include "CSimController.h"
 #include "FactoryParamIo.h"
@@ -11,9 +12,15 @@
 #include <QDialog>
 
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
+#include <QTableWidget>
+#include <QTimer>
 #include <QSignalSpy>
 #include <QStandardPaths>
+
+#include <csignal>
+#include <sys/resource.h>
 
 // What the host says about the settings, the parameter file and the
 // controller is what they hold: the account, and the flows that change them.
@@ -31,6 +38,68 @@ FactoryParams FileRecord()
     return record;
 }
 
+QByteArray FileBytes()
+{
+    QFile file(ParameterFile());
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QStringList Backups()
+{
+    return QDir(CParamBackups::Directory(ParameterFile())).entryList(QDir::Files, QDir::Name);
+}
+
+// The red cells of the open dialog's four tables.
+int RedCells(QDialog* pDialog)
+{
+    int nRed = 0;
+    for (QTableWidget* pTable : pDialog->findChildren<QTableWidget*>())
+        for (int r = 0; r < pTable->rowCount(); ++r)
+            for (int c = 0; c < pTable->columnCount(); ++c)
+                if (pTable->item(r, c) && pTable->item(r, c)->background() == QBrush(Qt::red))
+                    ++nRed;
+    return nRed;
+}
+
+// Types a number into a Motor cell: click, keys, Return.
+void TypeInMotorCell(QDialog* pDialog, int nRow, int nColumn, const QString& strText)
+{
+    auto* pTable = pDialog->findChild<QTableWidget*>("tableWidget_motor");
+    QTest::mouseClick(pTable->viewport(), Qt::LeftButton, Qt::NoModifier,
+                      pTable->visualRect(pTable->model()->index(nRow, nColumn)).center());
+    auto* pEdit = pTable->cellWidget(nRow, nColumn)->findChild<QLineEdit*>();
+    QVERIFY(pEdit && pEdit->isVisible());
+    pEdit->selectAll();
+    QTest::keyClicks(pEdit, strText);
+    QTest::keyClick(pEdit, Qt::Key_Return);
+}
+
+// What a Motor cell shows.
+QString MotorCell(QDialog* pDialog, int nRow, int nColumn)
+{
+    auto* pTable = pDialog->findChild<QTableWidget*>("tableWidget_motor");
+    return pTable->cellWidget(nRow, nColumn)->findChild<QLabel*>()->text();
+}
+
+// While it lives, no file of more than nBytes can be written by this
+// process: a user data directory where saves fail, even for root.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t nBytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        rlimit limit = m_before;
+        limit.rlim_cur = nBytes;
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &m_before); }
+
+private:
+    rlimit m_before{};
+};
+
 // Puts values into the plug-in's record, its file and the open dialog, as a restore does.
 void SetAndShow(CHostWindow& host, const FactoryParams& params)
 {
@@ -46,6 +115,14 @@ private slots:
     void init();
     void aPartlyRefusedUploadLetsThePersonChoose_data();
     void aPartlyRefusedUploadLetsThePersonChoose();
+    void aGarbledReadChangesNothing();
+    void aReadClearsTheMarksAndFollowsTheLaserCount();
+    void discardReallyDiscards();
+    void escapeEndsAnEditThenAsksWithTheDialogInItsWindow();
+    void aRefusedUploadLeavesTheEditsUnsaved();
+    void savesThatFailAreNeverCalledSaved();
+    void anUnreadableParameterFileIsNeverWrittenOver();
+    void quittingInTheMiddleOfAnUploadWaitsForItsEnd();
 };
 
 void TestHostAccount::init()
@@ -119,6 +196,305 @@ void TestHostAccount::aPartlyRefusedUploadLetsThePersonChoose()
         QVERIFY(pSettings->close());
         QCOMPARE(answerer.Count(), 0);
     }
+}
+
+void TestHostAccount::aGarbledReadChangesNothing()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    CHostSession& session = host.Session();
+    session.Simulator()->SetTaskDuration(0);
+    session.OpenSettings();
+    session.SaveParameters();
+    const QByteArray fileBefore = FileBytes();
+    const QStringList backupsBefore = Backups();
+    FactoryParams recordBefore;
+    session.Mgr()->GetFactoryParams(&recordBefore);
+    QSignalSpy reported(&session, &CHostSession::Reported);
+    session.Simulator()->ArmFault(CSimController::FaultCorruptRead);
+    session.ReadFromController();
+    QCOMPARE(reported.last().first().toString(),
+             QStringLiteral("Nothing was read: the controller's answers did not agree, so a value was garbled on the "
+                            "way. Read again."));
+    // Not the file (not even its time stamp), not the backups, not the record, not the dialog.
+    QCOMPARE(FileBytes(), fileBefore);
+    QCOMPARE(Backups(), backupsBefore);
+    FactoryParams recordAfter;
+    session.Mgr()->GetFactoryParams(&recordAfter);
+    QVERIFY(CParamDiff::Compare(recordAfter, recordBefore).isEmpty());
+    bool bEdited = true;
+    QVERIFY(QMetaObject::invokeMethod(session.Dialog(), "IsEdited", Q_RETURN_ARG(bool, bEdited)));
+    QVERIFY(!bEdited);
+    QVERIFY(!session.Account().IsControllerKnown());
+    QCOMPARE(session.SettingsWindow()->ReportText(), reported.last().first().toString());
+}
+
+void TestHostAccount::aReadClearsTheMarksAndFollowsTheLaserCount()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    CHostSession& session = host.Session();
+    session.Simulator()->SetTaskDuration(0);
+    session.OpenSettings();
+    FactoryParams record;
+    session.Mgr()->GetFactoryParams(&record);
+    QCOMPARE(record.laser.laserCount, 1);
+    record.motor[0].speedMax = 1800.0;
+    SetAndShow(host, record);
+    session.UploadToController();
+    QCOMPARE(RedCells(session.Dialog()), 1);
+
+    // The controller now holds two lasers (set up at the machine, say).
+    FactoryParams held = session.Simulator()->StoredParams();
+    held.laser.laserCount = 2;
+    held.laser.lasers[1].powerMax = 77.0;
+    QCOMPARE(session.Simulator()->WriteFactoryParams(&held), 0);
+    const QPointer<QDialog> pOld = session.Dialog();
+    ModalAnswerer answerer;
+    answerer.AnswerWith("Discard");   // the refused value is not to be kept
+    session.ReadFromController();
+    // A dialog for two lasers, with no red: what was read, shown.
+    QVERIFY(session.Dialog() && session.Dialog() != pOld.data());
+    QCOMPARE(RedCells(session.Dialog()), 0);
+    QCOMPARE(session.Dialog()->findChild<QTableWidget*>("tableWidget_laser")->columnCount(), 3);
+    QCOMPARE(FileRecord().laser.laserCount, 2);
+    // And the next Upload sends what was read.
+    session.UploadToController();
+    const FactoryParams sent = session.Simulator()->StoredParams();
+    QCOMPARE(sent.laser.laserCount, 2);
+    QCOMPARE(sent.laser.lasers[1].powerMax, 77.0);
+}
+
+void TestHostAccount::discardReallyDiscards()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    CHostSession& session = host.Session();
+    session.OpenSettings();
+    session.SaveParameters();
+    const QString strSaved = MotorCell(session.Dialog(), 6, 1);
+    TypeInMotorCell(session.Dialog(), 6, 1, "640");
+    QCOMPARE(MotorCell(session.Dialog(), 6, 1), QStringLiteral("640.00"));
+    {
+        ModalAnswerer answerer;
+        answerer.AnswerWith("Discard");
+        QVERIFY(session.SettingsWindow()->close());
+        QCOMPARE(answerer.Count(), 1);
+    }
+    // Opened again: the file's value, and nothing asks about the discarded one.
+    ModalAnswerer answerer;
+    session.OpenSettings();
+    QCOMPARE(answerer.Count(), 0);
+    QCOMPARE(MotorCell(session.Dialog(), 6, 1), strSaved);
+    QVERIFY(session.SettingsWindow()->close());
+    QCOMPARE(answerer.Count(), 0);
+    QCOMPARE(FileRecord().motor[0].size, strSaved.toDouble());
+}
+
+void TestHostAccount::escapeEndsAnEditThenAsksWithTheDialogInItsWindow()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    CHostSession& session = host.Session();
+    session.OpenSettings();
+    session.SaveParameters();
+    CSettingsWindow* pSettings = session.SettingsWindow();
+    pSettings->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(pSettings));
+    QDialog* pDialog = session.Dialog();
+    auto* pTable = pDialog->findChild<QTableWidget*>("tableWidget_motor");
+    QTest::mouseClick(pTable->viewport(), Qt::LeftButton, Qt::NoModifier,
+                      pTable->visualRect(pTable->model()->index(6, 1)).center());
+    auto* pEdit = pTable->cellWidget(6, 1)->findChild<QLineEdit*>();
+    QVERIFY(pEdit && pEdit->hasFocus());
+    pEdit->selectAll();
+    QTest::keyClicks(pEdit, "640");
+    // Escape with an edit in progress: the edit ends, the window stays, nothing asked.
+    ModalAnswerer answerer;
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    QCOMPARE(answerer.Count(), 0);
+    QVERIFY(pSettings->isVisible() && pDialog->isVisible());
+    QCOMPARE(MotorCell(pDialog, 6, 1), QStringLiteral("640.00"));
+
+    // Escape again: asked, while the dialog is still in its window.
+    bool bDialogInWindow = false;
+    QTimer::singleShot(0, this, [&] {
+        bDialogInWindow = pDialog->isVisible() && pSettings->isAncestorOf(pDialog);
+    });
+    answerer.AnswerWith("Cancel");
+    QTest::keyClick(pDialog, Qt::Key_Escape);
+    QCOMPARE(answerer.Count(), 1);
+    QVERIFY2(answerer.Boxes().first().strText.startsWith("The machine settings have changes that are not saved."),
+             qPrintable(answerer.Described()));
+    QVERIFY(bDialogInWindow);
+    // Cancelled: everything as it was.
+    QVERIFY(session.SettingsWindow() && pSettings->isVisible() && pDialog->isVisible());
+    QCOMPARE(MotorCell(pDialog, 6, 1), QStringLiteral("640.00"));
+    // Discarded: the window goes, and the file keeps its value.
+    answerer.AnswerWith("Discard");
+    QTest::keyClick(pDialog, Qt::Key_Escape);
+    QCOMPARE(answerer.Count(), 2);
+    QVERIFY(!session.SettingsWindow());
+    QVERIFY(FileRecord().motor[0].size != 640.0);
+}
+
+void TestHostAccount::aRefusedUploadLeavesTheEditsUnsaved()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    CHostSession& session = host.Session();
+    session.Simulator()->SetTaskDuration(0);
+    session.OpenSettings();
+    session.SaveParameters();
+    const double dSaved = FileRecord().motor[0].size;
+    TypeInMotorCell(session.Dialog(), 6, 1, "640");
+    session.Simulator()->SetBusy(true);
+    {
+        ModalAnswerer answerer;
+        answerer.AnswerWith("OK");   // the notifier's error box
+        session.UploadToController();
+        QCOMPARE(answerer.Count(), 1);
+    }
+    session.Simulator()->SetBusy(false);
+    QCOMPARE(FileRecord().motor[0].size, dSaved);
+    // Closing: the edit is not saved, and Save is offered.
+    ModalAnswerer answerer;
+    answerer.AnswerWith("Save");
+    QVERIFY(session.SettingsWindow()->close());
+    QCOMPARE(answerer.Count(), 1);
+    QVERIFY2(answerer.Boxes().first().strText.startsWith("The machine settings have changes that are not saved."),
+             qPrintable(answerer.Described()));
+    QVERIFY(answerer.Boxes().first().buttons.contains("Save"));
+    QCOMPARE(FileRecord().motor[0].size, 640.0);
+}
+
+void TestHostAccount::savesThatFailAreNeverCalledSaved()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    CHostSession& session = host.Session();
+    session.Simulator()->SetTaskDuration(0);
+    session.OpenSettings();
+    FactoryParams first;
+    session.Mgr()->GetFactoryParams(&first);
+    first.motor[0].speedMax = 640.0;
+    SetAndShow(host, first);
+    FactoryParams second = first;
+    second.motor[0].speedMax = 820.0;
+    SetAndShow(host, second);   // 640 goes to the backups
+    const QByteArray fileBefore = FileBytes();
+    QSignalSpy reported(&session, &CHostSession::Reported);
+
+    // A restore while no file can be written: said plainly, not "saved".
+    {
+        FileSizeLimit limit(512);
+        ModalAnswerer answerer;
+        answerer.AnswerInTurn({"Restore"});
+        answerer.LeaveAlone("CRestoreDialog");
+        QTimer::singleShot(0, this, [] {
+            auto* pDialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            QVERIFY(pDialog);
+            pDialog->findChild<QPushButton*>("pushButton_restore")->click();
+        });
+        session.RestoreParameters();
+    }
+    const QString strRestored = reported.last().first().toString();
+    QVERIFY2(strRestored.contains("but the parameter file could not be written") && strRestored.endsWith("Nothing is saved.")
+                 && !strRestored.contains("They are saved"),
+             qPrintable(strRestored));
+    QCOMPARE(FileBytes(), fileBefore);
+    QVERIFY2(session.Account().Sentence().startsWith("Settings: 1 change(s) not saved"),
+             qPrintable(session.Account().Sentence()));
+
+    // A Read likewise.
+    {
+        FileSizeLimit limit(512);
+        ModalAnswerer answerer;
+        answerer.AnswerWith("Discard");
+        session.ReadFromController();
+    }
+    QVERIFY2(reported.last().first().toString().startsWith(
+                 "The parameters were read from the controller into the settings, but the parameter file could not "
+                 "be written"),
+             qPrintable(reported.last().first().toString()));
+    QCOMPARE(FileBytes(), fileBefore);
+
+    // Quitting with values the file does not hold offers to save them.
+    ModalAnswerer answerer;
+    answerer.AnswerWith("Cancel");
+    QVERIFY(!host.close());
+    QCOMPARE(answerer.Count(), 1);
+    QVERIFY2(answerer.Boxes().first().strText.startsWith("The machine settings have changes that are not saved."),
+             qPrintable(answerer.Described()));
+    QVERIFY(answerer.Boxes().first().buttons.contains("Save"));
+}
+
+void TestHostAccount::anUnreadableParameterFileIsNeverWrittenOver()
+{
+    QDir().mkpath(QFileInfo(ParameterFile()).absolutePath());
+    {
+        QFile file(ParameterFile());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[FACTORY_PARAM]\nFILE_FLAG=__SOMETHING_ELSE__\n");
+    }
+    const QByteArray strange = FileBytes();
+    CHostWindow host;
+    {
+        ModalAnswerer answerer;
+        answerer.AnswerWith("OK");   // the plug-in's "File ID is incorrect!"
+        QVERIFY(host.Start());
+    }
+    CHostSession& session = host.Session();
+    session.Simulator()->SetTaskDuration(0);
+    QVERIFY(session.Account().IsFileUnreadable());
+    auto* pSentence = host.findChild<QLabel*>("label_account");
+    QVERIFY2(pSentence->text().contains("File: cannot be read (it is not a parameter file (its marker is wrong))"),
+             qPrintable(pSentence->text()));
+    session.OpenSettings();
+    QSignalSpy reported(&session, &CHostSession::Reported);
+    // Read, Restore and calibration refuse to write over it.
+    session.ReadFromController();
+    QVERIFY2(reported.last().first().toString().startsWith("Nothing was read: the parameter file"),
+             qPrintable(reported.last().first().toString()));
+    // Save asks where to save instead, and saves there.
+    const QString strElsewhere = QFileInfo(ParameterFile()).absolutePath() + "/elsewhere.ini";
+    {
+        ModalAnswerer answerer;
+        answerer.AnswerFileWith(strElsewhere);
+        session.SaveParameters();
+        QCOMPARE(answerer.Count(), 1);
+    }
+    QCOMPARE(reported.last().first().toString(),
+             QStringLiteral("The parameters are saved to %1.").arg(QDir::toNativeSeparators(strElsewhere)));
+    FactoryParams saved;
+    QCOMPARE(ReadFactoryParamFile(saved, strElsewhere), ParamFileStatus::Loaded);
+    // An Upload sends, and says the file was not saved.
+    session.UploadToController();
+    QVERIFY2(reported.last().first().toString().contains("The parameter file could not be saved"),
+             qPrintable(reported.last().first().toString()));
+    QCOMPARE(FileBytes(), strange);
+}
+
+void TestHostAccount::quittingInTheMiddleOfAnUploadWaitsForItsEnd()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    CHostSession& session = host.Session();
+    session.Simulator()->SetTaskDuration(400);
+    host.show();
+    session.OpenSettings();
+    session.SaveParameters();
+    bool bClosedInTheMiddle = true;
+    QTimer::singleShot(100, &host, [&] {
+        QVERIFY(session.IsBusy());
+        host.close();
+        bClosedInTheMiddle = !host.isVisible();
+    });
+    session.UploadToController();
+    QVERIFY(!bClosedInTheMiddle);
+    // Once the Upload has ended, the host goes: nothing was at stake.
+    QTRY_VERIFY(!host.isVisible());
+    QCOMPARE(session.Simulator()->StoredParams().motor[0].size, FileRecord().motor[0].size);
 }
 
 FACTORYMGR_TEST_MAIN(TestHostAccount)
