@@ -8,6 +8,7 @@
 #include "CSystemTab.h"
 #include "CPropertyTable.h"
 #include "CThemeTab.h"
+#include "CTipsBox.h"
 #include "ComboBox.h"
 #include "CTranslator.h"
 #include "FactoryParamFile.h"
@@ -18,6 +19,7 @@
 
 #include <QComboBox>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QLineEdit>
 #include <QKeyEvent>
 #include <QPointer>
@@ -283,6 +285,19 @@ void DlgFactoryMgr::ImportParams()
     const QString strPath = QFileDialog::getOpenFileName(this, Wording("Open"), QString(), "files (*.ini);");
     if (strPath.isNull() || !pAlive)
         return;
+    // A file that cannot be opened at all is said so here; what is in a file
+    // the reader judges, with its own box.
+    const QFileInfo file(strPath);
+    const QString strWhy = !file.exists()   ? Wording("it does not exist")
+        : !file.isFile()                    ? Wording("it is not a file")
+        : !file.isReadable()                ? Wording("permission denied")
+                                            : QString();
+    if (!strWhy.isEmpty()) {
+        ILog_WriteLogF(1, "Import of %s failed: %s.", QFile::encodeName(strPath).constData(), strWhy.toUtf8().constData());
+        CTipsBox::Show(this, Wording("Tips"), Wording("Import failed: %1 cannot be read (%2).").arg(strPath, strWhy),
+                       Wording("OK"));
+        return;
+    }
     LoadFactoryParams(m_workParams, strPath);
     if (!pAlive)
         return;
@@ -299,7 +314,10 @@ void DlgFactoryMgr::ExportParams()
     if (strPath.isNull() || !pAlive)
         return;
     DataToCtrlSlot(false);
-    SaveFactoryParams(m_workParams, strPath);
+    QString strWhy;
+    if (!SaveFactoryParams(m_workParams, strPath, &strWhy) && pAlive)
+        CTipsBox::Show(this, Wording("Tips"), Wording("Export failed: %1 could not be written (%2).").arg(strPath, strWhy),
+                       Wording("OK"));
 }
 
 void DlgFactoryMgr::ApplyXyStepRatio(double dRatioW, double dRatioH)

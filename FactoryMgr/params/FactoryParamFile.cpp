@@ -40,7 +40,7 @@ bool LoadFactoryParams(FactoryParams& record, const QString& strPath)
     return false;
 }
 
-bool SaveFactoryParams(const FactoryParams& record, const QString& strPath)
+bool SaveFactoryParams(const FactoryParams& record, const QString& strPath, QString* pError)
 {
     const QString strFile = ResolvePath(strPath);
     // The default file is the one the machine builder lives with: what it
@@ -51,5 +51,12 @@ bool SaveFactoryParams(const FactoryParams& record, const QString& strPath)
         if (!CParamBackups::KeepFile(strFile, CParamBackups::ReasonSave, &strError))
             ILog_WriteLogF(1, "No backup was kept before saving the parameters: %s", strError.toUtf8().constData());
     }
-    return WriteFactoryParamFile(record, strFile);
+    QString strWhy;
+    if (WriteFactoryParamFile(record, strFile, &strWhy))
+        return true;
+    ILog_WriteLogF(1, "The parameters were not saved to %s: %s.", QFile::encodeName(strFile).constData(),
+                   strWhy.toUtf8().constData());
+    if (pError)
+        *pError = strWhy;
+    return false;
 }

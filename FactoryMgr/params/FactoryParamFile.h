@@ -15,9 +15,10 @@ bool LoadFactoryParams(FactoryParams& record, const QString& strPath);
 
 // Writes record as a complete new file and only then puts it in place of the
 // old one, so a save that fails at any point leaves the previous file whole.
-// The file holds exactly the keys written. False when it cannot be written.
+// The file holds exactly the keys written. False when it cannot be written;
+// the reason is logged and given in pError.
 // Before the default file is replaced, its content is kept in the backups
 // (CParamBackups); a backup that cannot be made is logged and the save goes on.
-bool SaveFactoryParams(const FactoryParams& record, const QString& strPath);
+bool SaveFactoryParams(const FactoryParams& record, const QString& strPath, QString* pError = nullptr);
 
 QString DefaultFactoryParamPath();

@@ -14,6 +14,7 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -129,12 +130,19 @@ bool RenameOver(const QString& strFrom, const QString& strTo)
 }
 }
 
-bool WriteFactoryParamFile(const FactoryParams& record, const QString& strFile)
+bool WriteFactoryParamFile(const FactoryParams& record, const QString& strFile, QString* pError)
 {
     // The new file is written in full beside the old one, checked, and only
     // then renamed over it in one step: a save that fails at any point leaves
     // the previous file whole. A fresh file never carries stale keys.
+    const auto fail = [&](const QString& strWhy) {
+        if (pError)
+            *pError = strWhy;
+        return false;
+    };
     const QFileInfo info(strFile);
+    if (info.isDir())
+        return fail(QStringLiteral("a folder stands where the file belongs"));
     RemoveLeftovers(info.absolutePath());
     const QString strStem = info.absolutePath() + "/" + NewWorkingName();
     const QString strNew = strStem + ".saving";
@@ -142,7 +150,7 @@ bool WriteFactoryParamFile(const FactoryParams& record, const QString& strFile)
     {
         QFile probe(strNew);
         if (!probe.open(QIODevice::ReadWrite))
-            return false;
+            return fail(QStringLiteral("no file can be made in %1: %2").arg(info.absolutePath(), probe.errorString()));
     }
 
     FactoryParams values;
@@ -161,10 +169,16 @@ bool WriteFactoryParamFile(const FactoryParams& record, const QString& strFile)
     }
     const bool bWritten = EndBatchWrite();
 
-    if (bWritten && RenameOver(strNew, strCheck) && HoldsExactly(strCheck, values, strTime)
-        && RenameOver(strCheck, strFile))
+    QString strWhy;
+    if (!bWritten)
+        strWhy = QStringLiteral("the file could not be written in full (a full disk, or a size limit)");
+    else if (!RenameOver(strNew, strCheck) || !HoldsExactly(strCheck, values, strTime))
+        strWhy = QStringLiteral("read back, the new file does not hold the values written");
+    else if (!RenameOver(strCheck, strFile))
+        strWhy = QStringLiteral("it could not be put in place of the old file: %1").arg(QString::fromLocal8Bit(std::strerror(errno)));
+    else
         return true;
     QFile::remove(strNew);
     QFile::remove(strCheck);
-    return false;
+    return fail(strWhy);
 }

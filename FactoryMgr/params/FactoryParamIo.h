@@ -27,8 +27,9 @@ ParamFileStatus ReadFactoryParamFile(FactoryParams& record, const QString& strPa
 
 // Writes record as a complete new file and only then puts it in place of the
 // old one, so a write that fails at any point leaves the previous file whole.
-// The file holds exactly the keys written. False when it cannot be written.
-bool WriteFactoryParamFile(const FactoryParams& record, const QString& strPath);
+// The file holds exactly the keys written. False when it cannot be written,
+// with the reason in pError.
+bool WriteFactoryParamFile(const FactoryParams& record, const QString& strPath, QString* pError = nullptr);
 
 // Whether strPath holds the parameter file marker (and is small enough to look at).
 ParamFileStatus ParamFileKind(const QString& strPath);

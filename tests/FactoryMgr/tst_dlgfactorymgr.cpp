@@ -8,6 +8,7 @@
 #include "FactoryParamFile.h"
 #include "FakeCard.h"
 #include "FakeDevice.h"
+#include "FileSizeLimit.h"
 #include "ModalAnswerer.h"
 #include "ParamFileTestData.h"
 #include "ThreadDialogRun.h"
@@ -26,6 +27,7 @@
 #include <QTableWidget>
 
 #include <cstring>
+#include <sys/stat.h>
 #include <limits>
 
 using namespace ParamFileTestData;
@@ -110,6 +112,8 @@ private slots:
     void exportWithTwoLasersOnACardThatHasThem();
     void importOverwritesTheCallersRecordAtOnce();
     void cancelledFileDialogsChangeNothing();
+    void anExportThatCannotBeWrittenSaysWhy();
+    void anImportOfWhatIsNoFileSaysWhy();
     void deletedWhileARefusedImportIsTold();
     void applyXyStepRatio();
     void aBadRatioLeavesBothSteps_data();
@@ -458,6 +462,51 @@ void TestDlgFactoryMgr::importOverwritesTheCallersRecordAtOnce()
     QCOMPARE(accepted.count(), 0);
     QCOMPARE(finished.count(), 0);
     QVERIFY(ReadBytes(CLogWriter::GetInstance()->FilePath()).contains("[0] pushButton_import was clicked."));
+}
+
+void TestDlgFactoryMgr::anExportThatCannotBeWrittenSaysWhy()
+{
+    DlgFactoryMgr dialog(&m_caller);
+    const QString strPath = m_strDir + "/exported.ini";
+    ModalAnswerer answerer;
+    answerer.AnswerFileWith(strPath);
+    answerer.AnswerWith("OK");
+    {
+        // A parameter file is some 4 KB: it cannot be written in full.
+        FileSizeLimit limit(2048);
+        dialog.ExportParams();
+    }
+    QCOMPARE(answerer.Count(), 2);
+    const ModalAnswerer::Seen box = answerer.Boxes()[1];
+    QCOMPARE(box.strTitle, QStringLiteral("Tips"));
+    QCOMPARE(box.buttons, QStringList{"OK"});
+    QCOMPARE(box.strText,
+             QStringLiteral("Export failed: %1 could not be written (read back, the new file does not hold the values "
+                            "written).")
+                 .arg(strPath));
+    QVERIFY(!QFileInfo::exists(strPath));
+    const QByteArray log = ReadBytes(CLogWriter::GetInstance()->FilePath());
+    QVERIFY2(log.contains("The parameters were not saved to " + QFile::encodeName(strPath)), log.constData());
+    // Nothing is left behind in the folder.
+    QCOMPARE(QDir(m_strDir).entryList(QDir::Files), QStringList());
+}
+
+void TestDlgFactoryMgr::anImportOfWhatIsNoFileSaysWhy()
+{
+    const QString strPath = m_strDir + "/pipe.ini";
+    QCOMPARE(mkfifo(QFile::encodeName(strPath).constData(), 0600), 0);
+    DlgFactoryMgr dialog(&m_caller);
+    const FactoryParams before = m_caller;
+    ModalAnswerer answerer;
+    answerer.AnswerFileWith(strPath);
+    answerer.AnswerWith("OK");
+    dialog.ImportParams();
+    QCOMPARE(answerer.Count(), 2);
+    QCOMPARE(answerer.Boxes()[1].strTitle, QStringLiteral("Tips"));
+    QCOMPARE(answerer.Boxes()[1].strText,
+             QStringLiteral("Import failed: %1 cannot be read (it is not a file).").arg(strPath));
+    QCOMPARE(std::memcmp(&m_caller, &before, sizeof(FactoryParams)), 0);
+    QVERIFY(ReadBytes(CLogWriter::GetInstance()->FilePath()).contains("Import of " + QFile::encodeName(strPath)));
 }
 
 void TestDlgFactoryMgr::cancelledFileDialogsChangeNothing()

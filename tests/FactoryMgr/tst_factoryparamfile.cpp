@@ -617,8 +617,14 @@ void TestFactoryParamFile::notANumberAndInfinityRoundTrip()
 void TestFactoryParamFile::saveToMissingDirectoryFails()
 {
     const QString strPath = m_strDir + "/not/there/FactoryParam.ini";
-    QVERIFY(!SaveFactoryParams(FactoryParams(), strPath));
+    QString strWhy;
+    QVERIFY(!SaveFactoryParams(FactoryParams(), strPath, &strWhy));
     QVERIFY(!QFileInfo::exists(m_strDir + "/not"));
+    // The reason is given, and logged.
+    QVERIFY2(strWhy.startsWith("no file can be made in " + m_strDir + "/not/there: "), qPrintable(strWhy));
+    const QByteArray log = ReadBytes(CLogWriter::GetInstance()->FilePath());
+    QVERIFY2(log.contains("[1] The parameters were not saved to " + QFile::encodeName(strPath) + ": " + strWhy.toUtf8()),
+             log.constData());
 }
 
 void TestFactoryParamFile::saveDropsStaleKeys()

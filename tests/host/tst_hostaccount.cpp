@@ -6,6 +6,7 @@
 #include "CParamBackups.h"
 #include "CSettingsWindow.h"
 #include "CSimController.h"
+#include "FileSizeLimit.h"
 #include "FactoryParamIo.h"
 #include "ModalAnswerer.h"
 
@@ -18,9 +19,6 @@
 #include <QTimer>
 #include <QSignalSpy>
 #include <QStandardPaths>
-
-#include <csignal>
-#include <sys/resource.h>
 
 // What the host says about the settings, the parameter file and the
 // controller is what they hold: the account, and the flows that change them.
@@ -80,25 +78,6 @@ QString MotorCell(QDialog* pDialog, int nRow, int nColumn)
     auto* pTable = pDialog->findChild<QTableWidget*>("tableWidget_motor");
     return pTable->cellWidget(nRow, nColumn)->findChild<QLabel*>()->text();
 }
-
-// While it lives, no file of more than nBytes can be written by this
-// process: a user data directory where saves fail, even for root.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t nBytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        rlimit limit = m_before;
-        limit.rlim_cur = nBytes;
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &m_before); }
-
-private:
-    rlimit m_before{};
-};
 
 // Puts values into the plug-in's record, its file and the open dialog, as a restore does.
 void SetAndShow(CHostWindow& host, const FactoryParams& params)
