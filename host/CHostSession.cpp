@@ -126,7 +126,13 @@ CHostSession::CHostSession(QWidget* pWindow)
 
 CHostSession::~CHostSession()
 {
-    delete m_pSettings;
+    CloseSettings();
+    // The device, card and notifier the plug-in was handed go with this
+    // session: it forgets them (a dialog it made earlier would otherwise
+    // reach for them), and the dialog it made for this session goes too.
+    if (IFactoryMgr* pMgr = Mgr())
+        pMgr->Init(nullptr, nullptr);
+    delete m_pDialog.data();
 }
 
 QString CHostSession::ParameterFile()

@@ -1,5 +1,6 @@
 #include "FactoryParamIo.h"
 
+#include "CParamFileLock.h"
 #include "FactoryParamKeys.h"
 #include "FactoryParams.h"
 #include "IniValue.h"
@@ -44,20 +45,26 @@ ParamFileStatus ParamFileKind(const QString& strPath)
 
 ParamFileStatus ReadFactoryParamFile(FactoryParams& record, const QString& strPath)
 {
+    // Not in the middle of another process's save. (A writer that holds the
+    // lock for ten seconds is stuck: the file it would replace is whole, as
+    // saves rename a complete file over it, and is read as it stands.)
+    const CParamFileLock lock(strPath);
     const ParamFileStatus status = ParamFileKind(strPath);
     if (status != ParamFileStatus::Loaded)
         return status;
-    // Read into a copy so that the record changes only as a whole. Each value
-    // is looked up in the file as it is on disk.
+    // Read into a copy so that the record changes only as a whole, and every
+    // value from one reading of the file.
+    const QSettings file(strPath, QSettings::IniFormat);
     FactoryParams loaded;
     std::memcpy(static_cast<void*>(&loaded), &record, sizeof(FactoryParams));
     for (const FactoryParamKey& key : FactoryParamKey::ForRecord(loaded)) {
+        const QVariant value = file.value(key.strSection + "/" + key.strKey, key.dMissing);
         if (key.pDouble)
-            *key.pDouble = ReadIniDouble(key.strSection, key.strKey, key.dMissing, strPath);
+            *key.pDouble = value.toDouble();
         else if (key.pInt)
-            *key.pInt = ReadIniInt(key.strSection, key.strKey, int(key.dMissing), strPath);
+            *key.pInt = value.toInt();
         else
-            *key.pBool = ReadIniInt(key.strSection, key.strKey, int(key.dMissing), strPath) != 0;
+            *key.pBool = value.toInt() != 0;
     }
     std::memcpy(static_cast<void*>(&record), &loaded, sizeof(FactoryParams));
     return ParamFileStatus::Loaded;
@@ -143,6 +150,10 @@ bool WriteFactoryParamFile(const FactoryParams& record, const QString& strFile, 
     const QFileInfo info(strFile);
     if (info.isDir())
         return fail(QStringLiteral("a folder stands where the file belongs"));
+    // One writer at a time, and no reader in the middle of it.
+    const CParamFileLock lock(strFile);
+    if (!lock.Taken())
+        return fail(QStringLiteral("%1 has been saving it for 10 s").arg(lock.Holder()));
     RemoveLeftovers(info.absolutePath());
     const QString strStem = info.absolutePath() + "/" + NewWorkingName();
     const QString strNew = strStem + ".saving";

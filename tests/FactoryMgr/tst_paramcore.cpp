@@ -6,12 +6,17 @@
 #include "FactoryParamIo.h"
 #include "FactoryParamKeys.h"
 #include "FactoryParams.h"
+#include "CParamFileLock.h"
 #include "ParamFileTestData.h"
+#include "TestThread.h"
 
 #include <QDir>
 #include <QSettings>
 #include <QTemporaryDir>
 
+#include <QThread>
+
+#include <atomic>
 #include <cmath>
 #include <limits>
 
@@ -37,6 +42,8 @@ private slots:
     void checkOfACleanFileFindsNothing();
     void checkFindsEachKindOfProblem();
     void checkOfWhatIsNoParameterFile();
+    void aReaderDuringSavesSeesOneSaveOrTheOther();
+    void aWriterWaitsForTheLockAndSaysWhoHoldsIt();
 
 private:
     QString Write(const QString& strName, const QByteArray& content);
@@ -314,6 +321,74 @@ void TestParamCore::checkOfWhatIsNoParameterFile()
         Write("huge.ini", "[FACTORY_PARAM]\nFILE_FLAG=__FACTORY_PARAM__\n" + QByteArray(2 * 1024 * 1024, '#')));
     QCOMPARE(huge.size(), 1);
     QVERIFY(huge[0].strWhat.startsWith("larger than 1048576 bytes"));
+}
+
+void TestParamCore::aReaderDuringSavesSeesOneSaveOrTheOther()
+{
+    // Two records that differ in every field the file stores.
+    FactoryParams first;
+    FactoryParams second;
+    for (const FactoryParamKey& key : FactoryParamKey::ForRecord(second))
+        key.SetValue(key.pBool ? (key.Value() != 0.0 ? 0.0 : 1.0) : key.Value() + 1.0);
+    QCOMPARE(CParamDiff::Compare(first, second).size(), FactoryParamKey::ForRecord(first).size());
+    const QString strPath = m_pDir->filePath("shared.ini");
+    QVERIFY(WriteFactoryParamFile(first, strPath));
+
+    std::atomic<bool> bWriting{true};
+    std::atomic<int> nSaves{0};
+    TestThread writer([&] {
+        for (int i = 0; i < 60; ++i)
+            if (WriteFactoryParamFile(i % 2 ? first : second, strPath))
+                ++nSaves;
+        bWriting = false;
+    });
+    writer.Start();
+    int nReads = 0;
+    while (bWriting) {
+        FactoryParams read;
+        QCOMPARE(ReadFactoryParamFile(read, strPath), ParamFileStatus::Loaded);
+        const qsizetype nFromFirst = CParamDiff::Compare(read, first).size();
+        const qsizetype nFromSecond = CParamDiff::Compare(read, second).size();
+        QVERIFY2(nFromFirst == 0 || nFromSecond == 0,
+                 qPrintable(QStringLiteral("read %1: %2 fields from the one save, %3 from the other")
+                                .arg(nReads)
+                                .arg(nFromSecond)
+                                .arg(nFromFirst)));
+        ++nReads;
+    }
+    QVERIFY(writer.Wait(60000));
+    QCOMPARE(nSaves.load(), 60);
+    QVERIFY(nReads > 0);
+    // No lock and no working file is left behind.
+    QCOMPARE(QDir(m_pDir->path()).entryList(QDir::Files | QDir::Hidden), QStringList{"shared.ini"});
+}
+
+void TestParamCore::aWriterWaitsForTheLockAndSaysWhoHoldsIt()
+{
+    const QString strPath = m_pDir->filePath("held.ini");
+    QVERIFY(WriteFactoryParamFile(FactoryParams(), strPath));
+    FactoryParams changed;
+    changed.motor[0].size = 777.0;
+    std::atomic<bool> bHolding{false};
+    std::atomic<bool> bRelease{false};
+    // Another holder of the lock: a thread of this process stands in for another process.
+    TestThread holder([&] {
+        const CParamFileLock lock(strPath);
+        bHolding = lock.Taken();
+        while (!bRelease)
+            QThread::msleep(5);
+    });
+    holder.Start();
+    QTRY_VERIFY(bHolding.load());
+    QString strWhy;
+    QVERIFY(!WriteFactoryParamFile(changed, strPath, &strWhy));
+    QVERIFY2(strWhy.startsWith("process ") && strWhy.endsWith("has been saving it for 10 s"), qPrintable(strWhy));
+    FactoryParams read;
+    QCOMPARE(ReadFactoryParamFile(read, strPath), ParamFileStatus::Loaded);
+    QCOMPARE(read.motor[0].size, FactoryParams().motor[0].size);
+    bRelease = true;
+    QVERIFY(holder.Wait(10000));
+    QVERIFY(WriteFactoryParamFile(changed, strPath, &strWhy));
 }
 
 FACTORYMGR_TEST_MAIN(TestParamCore)

@@ -38,6 +38,7 @@ private slots:
     void setChangesCheckedValuesAndKeepsABackup();
     void setWritesNothingWhenAnyAssignmentIsBad();
     void setToATargetThatCannotBeWrittenLeavesItWhole();
+    void twoWritersInTwoProcessesNeverCombine();
     void fleetCountsTheMachinesPerField();
     void fleetJson();
 
@@ -305,6 +306,55 @@ void TestParamsTool::setChangesCheckedValuesAndKeepsABackup()
     QCOMPARE(ReadBytes(backups[0].strPath), before);
 }
 
+void TestParamsTool::twoWritersInTwoProcessesNeverCombine()
+{
+    // Each writer sets a pair of fields to one value of its own: a file in
+    // which the pair differs combines the two, or was read in the middle of
+    // a save (set reads, changes and writes).
+    FactoryParams record;
+    record.motor[0].zeroOffset = 5.0;
+    record.motor[1].zeroOffset = 5.0;
+    const QString strPath = Write("shared.ini", record);
+    QList<QProcess*> writers;
+    for (const char* szValue : {"11", "22"}) {
+        auto* pWriter = new QProcess(this);
+        pWriter->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        const QString strCommand = QStringLiteral("for i in $(seq 25); do \"$0\" set \"$1\" MOTOR_ZERO_OFFSET_1=%1 "
+                                                  "MOTOR_ZERO_OFFSET_2=%1 >/dev/null || exit 1; done")
+                                       .arg(QString::fromLatin1(szValue));
+        pWriter->start("/bin/sh", {"-c", strCommand, QCoreApplication::applicationDirPath() + "/factoryparams", strPath});
+        writers << pWriter;
+    }
+    int nReads = 0;
+    const auto running = [&] {
+        for (QProcess* pWriter : writers)
+            if (pWriter->state() != QProcess::NotRunning)
+                return true;
+        return false;
+    };
+    while (running()) {
+        FactoryParams read;
+        QCOMPARE(ReadFactoryParamFile(read, strPath), ParamFileStatus::Loaded);
+        QVERIFY2(read.motor[0].zeroOffset == read.motor[1].zeroOffset,
+                 qPrintable(QStringLiteral("read %1: X offset %2, Y offset %3")
+                                .arg(nReads)
+                                .arg(read.motor[0].zeroOffset)
+                                .arg(read.motor[1].zeroOffset)));
+        ++nReads;
+        // Reading now and then, as a host does, not holding the lock all the time.
+        QTest::qWait(5);
+    }
+    for (QProcess* pWriter : writers) {
+        QCOMPARE(pWriter->exitStatus(), QProcess::NormalExit);
+        QCOMPARE(pWriter->exitCode(), 0);
+    }
+    FactoryParams last;
+    QCOMPARE(ReadFactoryParamFile(last, strPath), ParamFileStatus::Loaded);
+    QCOMPARE(last.motor[0].zeroOffset, last.motor[1].zeroOffset);
+    QVERIFY(last.motor[0].zeroOffset == 11.0 || last.motor[0].zeroOffset == 22.0);
+    QVERIFY(nReads > 0);
+}
+
 void TestParamsTool::setWritesNothingWhenAnyAssignmentIsBad()
 {
     const QString strPath = Write("machine.ini", FactoryParams());
@@ -329,7 +379,9 @@ void TestParamsTool::setToATargetThatCannotBeWrittenLeavesItWhole()
     // The new file cannot be written in full.
     const Run run = Tool({"set", strPath, "MOTOR_SPEED_MAX_1=1200"}, 512);
     QCOMPARE(run.nExit, 2);
-    QVERIFY2(run.strErr.contains("cannot be written; it is unchanged"), qPrintable(run.strErr));
+    QVERIFY2(run.strErr.contains("cannot be written (read back, the new file does not hold the values written); it is "
+                                 "unchanged"),
+             qPrintable(run.strErr));
     QCOMPARE(ReadBytes(strPath), before);
     QCOMPARE(QDir(m_pDir->path()).entryList(QDir::Files | QDir::Hidden), QStringList{"machine.ini"});
 }

@@ -348,8 +348,8 @@ int CParamsTool::Set(const QStringList& arguments)
     QString strError;
     if (!CParamBackups::KeepFile(strPath, CParamBackups::ReasonSave, &strError))
         Complain(QStringLiteral("warning: no backup was kept: %1").arg(strError));
-    if (!WriteFactoryParamFile(record, strPath)) {
-        Complain(QStringLiteral("%1: cannot be written; it is unchanged").arg(strPath));
+    if (!WriteFactoryParamFile(record, strPath, &strError)) {
+        Complain(QStringLiteral("%1: cannot be written (%2); it is unchanged").arg(strPath, strError));
         return ExitFailed;
     }
     for (const SParamDifference& d : CParamDiff::Compare(before, record))
