@@ -23,6 +23,7 @@
 #include <QFileInfo>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QLockFile>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScreen>
@@ -142,8 +143,30 @@ QString CHostSession::ParameterFile()
 
 bool CHostSession::Start(const QString& strPlugin)
 {
-    if (!m_plugin.Load(strPlugin.isEmpty() ? QCoreApplication::applicationDirPath() + "/libFactoryMgr.so" : strPlugin))
+    // One host at a time on a user data directory: two would write the same
+    // parameter file, backups and controller flash behind each other's back.
+    // (The lock of a host that died is taken over; a running host's lock
+    // never goes stale, however long it runs.)
+    QDir().mkpath(UserDataDirectory() + "/Data");
+    m_pHostLock = std::make_unique<QLockFile>(UserDataDirectory() + "/Data/Host.lock");
+    m_pHostLock->setStaleLockTime(0);
+    if (!m_pHostLock->tryLock(0) && m_pHostLock->error() == QLockFile::LockFailedError) {
+        qint64 nPid = 0;
+        QString strHost;
+        QString strApplication;
+        m_pHostLock->getLockInfo(&nPid, &strHost, &strApplication);
+        m_strError = Wording("Another host (%1, process %2) is using %3. Close it first: two hosts would write the same "
+                             "parameter file.")
+                         .arg(strApplication)
+                         .arg(nPid)
+                         .arg(QDir::toNativeSeparators(UserDataDirectory()));
+        m_pHostLock.reset();
         return false;
+    }
+    if (!m_plugin.Load(strPlugin.isEmpty() ? QCoreApplication::applicationDirPath() + "/libFactoryMgr.so" : strPlugin)) {
+        m_strError = m_plugin.ErrorString();
+        return false;
+    }
     IFactoryMgr* pMgr = m_plugin.Mgr();
     pMgr->Init(m_pRecorder, &m_notifier);
     pMgr->SetUnit(m_nUnit);
@@ -164,7 +187,7 @@ bool CHostSession::Start(const QString& strPlugin)
 
 QString CHostSession::ErrorString() const
 {
-    return m_plugin.ErrorString();
+    return m_strError;
 }
 
 IFactoryMgr* CHostSession::Mgr() const

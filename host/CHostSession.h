@@ -7,10 +7,13 @@
 #include <QObject>
 #include <QPointer>
 
+#include <memory>
+
 class CDeviceRecorder;
 class CSettingsWindow;
 class CSimController;
 class QDialog;
+class QLockFile;
 class QWidget;
 
 // One run of the reference host with the plug-in: it owns the plug-in, the
@@ -28,7 +31,8 @@ public:
     ~CHostSession() override;
 
     // Loads the plug-in (by default the one beside the executable) and hands
-    // it the simulated controller. False, with the reason in ErrorString().
+    // it the simulated controller. False, with the reason in ErrorString(),
+    // also when another host is using the same user data directory.
     bool Start(const QString& strPlugin = QString());
     QString ErrorString() const;
 
@@ -149,6 +153,9 @@ private:
     void OnEscape();
 
     QWidget* m_pWindow;
+    // Held while this host uses the user data directory.
+    std::unique_ptr<QLockFile> m_pHostLock;
+    QString m_strError;
     CPluginHost m_plugin;
     CSimController* m_pSim = nullptr;
     // What the plug-in is handed as device, card and task state: the

@@ -102,6 +102,7 @@ private slots:
     void savesThatFailAreNeverCalledSaved();
     void anUnreadableParameterFileIsNeverWrittenOver();
     void quittingInTheMiddleOfAnUploadWaitsForItsEnd();
+    void aSecondHostOnTheSameDirectoryIsToldAndWritesNothing();
 };
 
 void TestHostAccount::init()
@@ -474,6 +475,34 @@ void TestHostAccount::quittingInTheMiddleOfAnUploadWaitsForItsEnd()
     // Once the Upload has ended, the host goes: nothing was at stake.
     QTRY_VERIFY(!host.isVisible());
     QCOMPARE(session.Simulator()->StoredParams().motor[0].size, FileRecord().motor[0].size);
+}
+
+void TestHostAccount::aSecondHostOnTheSameDirectoryIsToldAndWritesNothing()
+{
+    CHostWindow first;
+    QVERIFY(first.Start());
+    first.Session().OpenSettings();
+    first.Session().SaveParameters();
+    const QByteArray fileBefore = FileBytes();
+    {
+        CHostWindow second;
+        ModalAnswerer answerer;
+        answerer.AnswerWith("OK");
+        QVERIFY(!second.Start());
+        QCOMPARE(answerer.Count(), 1);
+        QCOMPARE(answerer.Boxes().first().strTitle, QStringLiteral("Error"));
+        QCOMPARE(answerer.Boxes().first().strText,
+                 QStringLiteral("Another host (%1, process %2) is using %3. Close it first: two hosts would write the "
+                                "same parameter file.")
+                     .arg(QCoreApplication::applicationName())
+                     .arg(QCoreApplication::applicationPid())
+                     .arg(QFileInfo(QFileInfo(ParameterFile()).absolutePath()).absolutePath()));
+        QVERIFY(!second.Session().Mgr());
+    }
+    QCOMPARE(FileBytes(), fileBefore);
+    // The first host goes on as before, and once it has gone another may start.
+    first.Session().SaveParameters();
+    QVERIFY(first.close());
 }
 
 FACTORYMGR_TEST_MAIN(TestHostAccount)

@@ -282,28 +282,30 @@ void TestHostSavePath::escapeInTheDialogClosesTheSettingsWindow()
     QVERIFY(host.Start());
     host.show();
     host.Session().OpenSettings();
-    CSettingsWindow* pWindow = host.Session().SettingsWindow();
+    const QPointer<CSettingsWindow> pWindow = host.Session().SettingsWindow();
     QVERIFY(QTest::qWaitForWindowExposed(pWindow));
     QDialog* pDialog = pWindow->Dialog();
     QCOMPARE(pDialog->parentWidget()->parentWidget()->parentWidget(), pWindow);
     QTest::keyClick(pDialog, Qt::Key_Escape);
-    QVERIFY(!pWindow->isVisible());
+    QVERIFY(!pWindow || !pWindow->isVisible());
     QVERIFY(host.isVisible());
 }
 
 void TestHostSavePath::languageAndUnitReachThePlugin()
 {
-    CHostWindow host;
-    QVERIFY(host.Start());
-    host.Session().OpenSettings();
-    host.SetLanguage("zh_CN");
-    QTRY_COMPARE(host.windowTitle(), QStringLiteral("Quorvane 参考主机"));
-    QTRY_COMPARE(host.Session().SettingsWindow()->windowTitle(), QStringLiteral("机器设置"));
-    host.SetLanguage("en");
-    QTRY_COMPARE(host.Session().SettingsWindow()->windowTitle(), QStringLiteral("Machine Settings"));
+    {
+        CHostWindow host;
+        QVERIFY(host.Start());
+        host.Session().OpenSettings();
+        host.SetLanguage("zh_CN");
+        QTRY_COMPARE(host.windowTitle(), QStringLiteral("Quorvane 参考主机"));
+        QTRY_COMPARE(host.Session().SettingsWindow()->windowTitle(), QStringLiteral("机器设置"));
+        host.SetLanguage("en");
+        QTRY_COMPARE(host.Session().SettingsWindow()->windowTitle(), QStringLiteral("Machine Settings"));
 
-    // The unit is kept for the next start too.
-    host.Session().SetUnit(0);
+        // The unit is kept for the next start too.
+        host.Session().SetUnit(0);
+    }
     CHostWindow again;
     QVERIFY(again.Start());
     QAction* pInches = again.findChild<QAction*>("action_inches");
@@ -430,29 +432,31 @@ void TestHostSavePath::calibrationWithoutOpeningTheSettings()
 
 void TestHostSavePath::calibrationAfterTheSettingsWindowClosedIsKept()
 {
-    CHostWindow host;
-    QVERIFY(host.Start());
-    host.Session().Simulator()->SetTaskDuration(0);
-    host.Session().SetUnit(1);
-    host.Session().OpenSettings();
-    host.Session().SettingsWindow()->close();
-    QTRY_VERIFY(!host.Session().SettingsWindow()->isVisible());
-    QSignalSpy reported(&host.Session(), &CHostSession::Reported);
-    BoxAnswers answers({"Later"});
-    CalibrateOnce(host, reported);
-    QVERIFY(host.Session().StepsPending());
-    // The corrected steps are in the record and the parameter file: a new
-    // settings window shows them, and its Upload sends them.
     FactoryParams record;
-    host.Session().Mgr()->GetFactoryParams(&record);
-    QVERIFY(std::fabs(record.motor[0].pulsePerMm - 7.95) < 0.001);
-    host.Session().OpenSettings();
-    QDialog* pDialog = host.Session().SettingsWindow()->Dialog();
-    auto* pMotor = pDialog->findChild<QTableWidget*>("tableWidget_motor");
-    QCOMPARE(pMotor->cellWidget(5, 1)->findChild<QLabel*>()->text(), QStringLiteral("7.95"));
-    host.Session().UploadToController();
-    QVERIFY(!host.Session().StepsPending());
-    QVERIFY(std::fabs(host.Session().Simulator()->StoredParams().motor[1].pulsePerMm - 7.80) < 0.001);
+    {
+        CHostWindow host;
+        QVERIFY(host.Start());
+        host.Session().Simulator()->SetTaskDuration(0);
+        host.Session().SetUnit(1);
+        host.Session().OpenSettings();
+        host.Session().SettingsWindow()->close();
+        QTRY_VERIFY(!host.Session().SettingsWindow()->isVisible());
+        QSignalSpy reported(&host.Session(), &CHostSession::Reported);
+        BoxAnswers answers({"Later"});
+        CalibrateOnce(host, reported);
+        QVERIFY(host.Session().StepsPending());
+        // The corrected steps are in the record and the parameter file: a new
+        // settings window shows them, and its Upload sends them.
+        host.Session().Mgr()->GetFactoryParams(&record);
+        QVERIFY(std::fabs(record.motor[0].pulsePerMm - 7.95) < 0.001);
+        host.Session().OpenSettings();
+        QDialog* pDialog = host.Session().SettingsWindow()->Dialog();
+        auto* pMotor = pDialog->findChild<QTableWidget*>("tableWidget_motor");
+        QCOMPARE(pMotor->cellWidget(5, 1)->findChild<QLabel*>()->text(), QStringLiteral("7.95"));
+        host.Session().UploadToController();
+        QVERIFY(!host.Session().StepsPending());
+        QVERIFY(std::fabs(host.Session().Simulator()->StoredParams().motor[1].pulsePerMm - 7.80) < 0.001);
+    }
     // A restart keeps them too.
     CHostWindow again;
     QVERIFY(again.Start());
