@@ -141,6 +141,31 @@ QString CHostSession::ParameterFile()
     return UserDataDirectory() + "/Data/FactoryParam.ini";
 }
 
+QString CHostSession::AccessFile()
+{
+    return CHostPaths::ResourceDirectory() + "/Data/FactoryPsw.ini";
+}
+
+bool CHostSession::IsAdmitted()
+{
+    return QFileInfo::exists(AccessFile());
+}
+
+QString CHostSession::NotAdmittedText(const QString& strCommand)
+{
+    return Wording("%1 needs the access file %2, as the machine settings do: without it nothing on this computer "
+                   "changes the factory parameters.")
+        .arg(strCommand, QDir::toNativeSeparators(AccessFile()));
+}
+
+bool CHostSession::RefusedWithoutAccess(const QString& strCommand)
+{
+    if (IsAdmitted())
+        return false;
+    Report(NotAdmittedText(strCommand));
+    return true;
+}
+
 bool CHostSession::Start(const QString& strPlugin)
 {
     // One host at a time on a user data directory: two would write the same
@@ -347,7 +372,7 @@ QDialog* CHostSession::TakeSettingsDialog()
 {
     // Without the access file the plug-in says so in a box of its own and
     // hands over a dialog it does not keep: nothing to show, the host's to delete.
-    const bool bAdmitted = QFileInfo::exists(CHostPaths::ResourceDirectory() + "/Data/FactoryPsw.ini");
+    const bool bAdmitted = IsAdmitted();
     QDialog* pDialog = FactoryDialog(Mgr()->ShowFactoryDlg(&CPatternConverter::ConvertPattern));
     if (!bAdmitted) {
         delete pDialog;
@@ -539,7 +564,8 @@ void CHostSession::RestoreParameters()
 {
     const Busy busy(*this);
     IFactoryMgr* pMgr = Mgr();
-    if (!pMgr || !AskBeforeLosingEdits(Wording("Restore a backup over them?"), false))
+    if (!pMgr || RefusedWithoutAccess(Wording("Restore"))
+        || !AskBeforeLosingEdits(Wording("Restore a backup over them?"), false))
         return;
     if (RefusedOverUnreadableFile(Wording("Nothing was restored")))
         return;
@@ -571,7 +597,7 @@ void CHostSession::CalibrateXyStep()
 {
     const Busy busy(*this);
     IFactoryMgr* pMgr = Mgr();
-    if (!pMgr || !UploadPendingStepsFirst())
+    if (!pMgr || RefusedWithoutAccess(Wording("Calibration")) || !UploadPendingStepsFirst())
         return;
     if (RefusedOverUnreadableFile(Wording("No calibration")))
         return;
@@ -657,6 +683,8 @@ void CHostSession::OnJobCut(double dWidth, double dHeight)
 void CHostSession::ImportParameters()
 {
     const Busy busy(*this);
+    if (RefusedWithoutAccess(Wording("Import")))
+        return;
     if (!m_pSettings)
         OpenSettings();
     if (!m_pDialog)

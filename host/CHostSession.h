@@ -61,6 +61,12 @@ public:
 
     // The plug-in's parameter file at its default place.
     static QString ParameterFile();
+    // The access file that admits the machine settings; it admits every
+    // command that changes the factory parameters too.
+    static QString AccessFile();
+    static bool IsAdmitted();
+    // Why a command that changes the factory parameters is not available here.
+    static QString NotAdmittedText(const QString& strCommand);
 
 public slots:
     void OpenSettings();
@@ -141,6 +147,8 @@ private:
     bool IsDialogEdited() const;
     // The file holds values the controller does not (as far as the host knows).
     bool IsNotUploaded() const;
+    // True, with a report, when strCommand is not available without the access file.
+    bool RefusedWithoutAccess(const QString& strCommand);
     // Nothing may be written over a parameter file that cannot be read: true
     // (with a report) when one is there.
     bool RefusedOverUnreadableFile(const QString& strWhat);

@@ -86,6 +86,20 @@ bool CHostWindow::Start(const QString& strPlugin)
         QMessageBox::critical(this, Wording("Error"), m_pSession->ErrorString());
         return false;
     }
+    // What changes the factory parameters needs the access file, as the
+    // settings do: without it the commands are off, and say why.
+    const bool bAdmitted = CHostSession::IsAdmitted();
+    for (const auto& [szName, szCommand] : {std::pair{"action_restore", "Restore"}, std::pair{"action_import", "Import"},
+                                            std::pair{"action_calibrate", "Calibration"}}) {
+        if (auto* pAction = findChild<QAction*>(QString::fromLatin1(szName))) {
+            pAction->setEnabled(bAdmitted);
+            const QString strWhy = bAdmitted ? QString() : CHostSession::NotAdmittedText(Wording(szCommand));
+            pAction->setToolTip(strWhy);
+            pAction->setStatusTip(strWhy);
+        }
+    }
+    m_pCalibrateButton->setEnabled(bAdmitted);
+    m_pCalibrateButton->setToolTip(bAdmitted ? QString() : CHostSession::NotAdmittedText(Wording("Calibration")));
     RefreshStatus();
     return true;
 }
