@@ -1,6 +1,7 @@
 #include "CHostSession.h"
 
 #include "CDeviceRecorder.h"
+#include "CDisplayUnit.h"
 #include "CHostPaths.h"
 #include "CHostSettings.h"
 #include "CParamDiff.h"
@@ -557,7 +558,7 @@ QStringList CHostSession::PutBackLines(const FactoryParams& sent, const FactoryP
 {
     FactoryParams putBack;
     Mgr()->GetFactoryParams(&putBack);
-    return CUploadReport::PutBackLines(sent, kept, putBack);
+    return CUploadReport::PutBackLines(sent, kept, putBack, m_nUnit);
 }
 
 void CHostSession::RestoreParameters()
@@ -571,7 +572,7 @@ void CHostSession::RestoreParameters()
         return;
     FactoryParams current;
     pMgr->GetFactoryParams(&current);
-    CRestoreDialog dialog(ParameterFile(), current, m_pWindow);
+    CRestoreDialog dialog(ParameterFile(), current, m_nUnit, m_pWindow);
     if (dialog.exec() != QDialog::Accepted)
         return;
     const qsizetype nChanges = CParamDiff::Compare(current, dialog.Record()).size();
@@ -670,14 +671,12 @@ void CHostSession::OnStepRatios(double dRatioW, double dRatioH)
 
 void CHostSession::OnJobCut(double dWidth, double dHeight)
 {
-    // In the unit the wizard asks in.
-    const bool bInch = m_nUnit == 0 || m_nUnit == 2;
-    const double dScale = bInch ? 1.0 / 25.4 : 1.0;
-    const QString strUnit = bInch ? Wording("in") : Wording("mm");
+    // In the unit the wizard asks in, with the two decimals it takes.
+    const QString strMm = QStringLiteral("mm");
     Report(Wording("The machine cut the calibration square at %1 %3 x %2 %3. Enter these as the measured width and height.")
-               .arg(dWidth * dScale, 0, 'f', 2)
-               .arg(dHeight * dScale, 0, 'f', 2)
-               .arg(strUnit));
+               .arg(CDisplayUnit::Convert(dWidth, strMm, m_nUnit), 0, 'f', 2)
+               .arg(CDisplayUnit::Convert(dHeight, strMm, m_nUnit), 0, 'f', 2)
+               .arg(Wording(qPrintable(CDisplayUnit::Unit(strMm, m_nUnit)))));
 }
 
 void CHostSession::ImportParameters()

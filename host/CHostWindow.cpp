@@ -2,6 +2,7 @@
 
 #include "CActivityPanel.h"
 #include "CDeviceRecorder.h"
+#include "CDisplayUnit.h"
 #include "CHostSession.h"
 #include "CHostSettings.h"
 #include "CParamAccount.h"
@@ -254,7 +255,11 @@ void CHostWindow::RefreshStatus()
     lines << Wording("Panel Version") + ": " + QString::fromUtf8(info.panelVersion);
     const QSizeF cut = m_pSession->Simulator()->LastCut();
     if (!cut.isEmpty())
-        lines << Wording("Last cut:") + QStringLiteral(" %1 mm x %2 mm").arg(cut.width(), 0, 'f', 2).arg(cut.height(), 0, 'f', 2);
+        lines << Wording("Last cut:")
+                + QStringLiteral(" %1 %3 x %2 %3")
+                      .arg(CDisplayUnit::Convert(cut.width(), QStringLiteral("mm"), m_pSession->Unit()), 0, 'f', 2)
+                      .arg(CDisplayUnit::Convert(cut.height(), QStringLiteral("mm"), m_pSession->Unit()), 0, 'f', 2)
+                      .arg(CDisplayUnit::Unit(QStringLiteral("mm"), m_pSession->Unit()));
     m_pStatus->setText(lines.join('\n'));
 }
 

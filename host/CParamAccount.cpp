@@ -1,5 +1,6 @@
 #include "CParamAccount.h"
 
+#include "CDisplayUnit.h"
 #include "CTranslator.h"
 
 namespace {
@@ -95,18 +96,9 @@ QList<SParamDifference> CParamAccount::ControllerDifferences() const
 
 QString CParamAccount::Describe(const SParamDifference& difference, const QString& strA, const QString& strB) const
 {
-    double dA = difference.dA;
-    double dB = difference.dB;
-    QString strUnit = difference.strUnit;
-    // Lengths, speeds and accelerations in inches where the person works in inches.
-    if ((m_nUnit == 0 || m_nUnit == 2) && strUnit.startsWith(QLatin1String("mm"))) {
-        dA /= 25.4;
-        dB /= 25.4;
-        strUnit = QStringLiteral("in") + strUnit.mid(2);
-    }
-    const QString strSuffix = strUnit.isEmpty() ? QString() : " " + strUnit;
-    return QStringLiteral("%1: %2 %3%4, %5 %6%4")
-        .arg(CParamDiff::Name(difference), strA, CParamDiff::Number(dA), strSuffix, strB, CParamDiff::Number(dB));
+    return QStringLiteral("%1: %2 %3, %4 %5")
+        .arg(CParamDiff::Name(difference), strA, CDisplayUnit::Value(difference.dA, difference.strUnit, m_nUnit), strB,
+             CDisplayUnit::Value(difference.dB, difference.strUnit, m_nUnit));
 }
 
 QString CParamAccount::Sentence() const

@@ -1,5 +1,6 @@
 #include "CRestoreDialog.h"
 
+#include "CDisplayUnit.h"
 #include "CParamDiff.h"
 #include "CTranslator.h"
 #include "FactoryParamIo.h"
@@ -30,9 +31,11 @@ QString When(const QDateTime& when)
 }
 }
 
-CRestoreDialog::CRestoreDialog(const QString& strParameterFile, const FactoryParams& current, QWidget* parent)
+CRestoreDialog::CRestoreDialog(const QString& strParameterFile, const FactoryParams& current, int nUnit,
+                               QWidget* parent)
     : QDialog(parent)
     , m_current(current)
+    , m_nUnit(nUnit)
 {
     setObjectName(QStringLiteral("restoreDialog"));
     setWindowTitle(Wording("Restore Parameters"));
@@ -106,8 +109,10 @@ void CRestoreDialog::ShowDifferences()
     m_pCaption->setText(differences.isEmpty() ? Wording("This backup holds the current parameters.")
                                               : Wording("What this backup holds against the current parameters:"));
     for (const SParamDifference& difference : differences)
-        new QTreeWidgetItem(m_pDifferences, {CParamDiff::Name(difference), CParamDiff::Number(difference.dA),
-                                             CParamDiff::Number(difference.dB), difference.strUnit});
+        new QTreeWidgetItem(m_pDifferences,
+                            {CParamDiff::Name(difference), CDisplayUnit::Number(difference.dA, difference.strUnit, m_nUnit),
+                             CDisplayUnit::Number(difference.dB, difference.strUnit, m_nUnit),
+                             CDisplayUnit::Unit(difference.strUnit, m_nUnit)});
 }
 
 void CRestoreDialog::Restore()

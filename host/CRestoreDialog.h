@@ -18,7 +18,8 @@ class CRestoreDialog : public QDialog
 {
     Q_OBJECT
 public:
-    CRestoreDialog(const QString& strParameterFile, const FactoryParams& current, QWidget* parent = nullptr);
+    // nUnit: the display unit lengths are shown in.
+    CRestoreDialog(const QString& strParameterFile, const FactoryParams& current, int nUnit, QWidget* parent = nullptr);
 
     // The record of the backup chosen; valid after the dialog was accepted.
     const FactoryParams& Record() const { return m_chosen; }
@@ -36,6 +37,7 @@ private:
         FactoryParams record;
     };
     FactoryParams m_current;
+    int m_nUnit;
     QList<Backup> m_backups;
     FactoryParams m_chosen;
     int m_nChosen = -1;

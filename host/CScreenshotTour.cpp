@@ -66,7 +66,7 @@ bool CScreenshotTour::Save(const QString& strDir)
     // The backups the saves and Uploads above have kept, as File > Restore... lists them.
     FactoryParams current;
     session.Mgr()->GetFactoryParams(&current);
-    CRestoreDialog restore(CHostSession::ParameterFile(), current, &m_window);
+    CRestoreDialog restore(CHostSession::ParameterFile(), current, session.Unit(), &m_window);
     restore.show();
     // The first backup that differs from now, with its differences.
     if (auto* pList = restore.findChild<QTreeWidget*>(QStringLiteral("treeWidget_backups"))) {

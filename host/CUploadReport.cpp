@@ -1,5 +1,6 @@
 #include "CUploadReport.h"
 
+#include "CDisplayUnit.h"
 #include "CParamDiff.h"
 #include "CTranslator.h"
 #include "FactoryParamKeys.h"
@@ -13,15 +14,15 @@ QString Wording(const char* szText)
 }
 
 QStringList CUploadReport::PutBackLines(const FactoryParams& sent, const FactoryParams& kept,
-                                        const FactoryParams& putBack)
+                                        const FactoryParams& putBack, int nUnit)
 {
     QStringList lines;
     const auto translate = [](const QString& strText) { return CTranslator::GetInstance()->GetWording(strText); };
-    for (const SParamDifference& difference : CParamDiff::Compare(sent, kept, translate))
+    for (const SParamDifference& d : CParamDiff::Compare(sent, kept, translate))
         lines << Wording("%1: sent %2, the controller kept %3, put back %4")
-                     .arg(CParamDiff::Name(difference), CParamDiff::Number(difference.dA),
-                          CParamDiff::Number(difference.dB),
-                          CParamDiff::Number(FactoryParamKey::ValueOf(putBack, difference.strKey)));
+                     .arg(CParamDiff::Name(d), CDisplayUnit::Value(d.dA, d.strUnit, nUnit),
+                          CDisplayUnit::Value(d.dB, d.strUnit, nUnit),
+                          CDisplayUnit::Value(FactoryParamKey::ValueOf(putBack, d.strKey), d.strUnit, nUnit));
     return lines;
 }
 

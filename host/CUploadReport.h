@@ -16,8 +16,10 @@ class CUploadReport
 {
 public:
     // sent: the record the Upload sent; kept: the controller's after it;
-    // putBack: the plug-in's record after the check.
-    static QStringList PutBackLines(const FactoryParams& sent, const FactoryParams& kept, const FactoryParams& putBack);
+    // putBack: the plug-in's record after the check. Values with their unit,
+    // lengths in the display unit nUnit.
+    static QStringList PutBackLines(const FactoryParams& sent, const FactoryParams& kept, const FactoryParams& putBack,
+                                    int nUnit);
     // The report: bKept and nFlags as the check returned them, the lines
     // above, and why the parameter file was not written (empty: it was).
     static QString Text(bool bKept, quint32 nFlags, const QStringList& lines, const QString& strSaveProblem);

@@ -4,6 +4,8 @@
 #include "CHostWindow.h"
 #include "CParamAccount.h"
 #include "CParamBackups.h"
+#include "CPatternConverter.h"
+#include "CRestoreDialog.h"
 #include "CSettingsWindow.h"
 #include "CSimController.h"
 #include "FileSizeLimit.h"
@@ -17,6 +19,7 @@
 #include <QPushButton>
 #include <QTableWidget>
 #include <QTimer>
+#include <QTreeWidget>
 #include <QSignalSpy>
 #include <QStandardPaths>
 
@@ -79,6 +82,17 @@ QString MotorCell(QDialog* pDialog, int nRow, int nColumn)
     return pTable->cellWidget(nRow, nColumn)->findChild<QLabel*>()->text();
 }
 
+// A cut of the calibration square straight on the simulated controller, as
+// the wizard's cut does it.
+void WizardlessCut(CHostSession& session)
+{
+    QTemporaryDir dir;
+    const QString strJob = dir.path() + "/job.tl";
+    const QString strPattern = QCoreApplication::applicationDirPath() + "/../Resources/Data/adjustpulse.lcpx";
+    QCOMPARE(CPatternConverter::ConvertPattern(strPattern.toUtf8().constData(), strJob.toUtf8().constData(), 10.0), 0);
+    QCOMPARE(session.Simulator()->CallFunction("BacklashAdjust", QVariant(strJob)), 0);
+}
+
 // Puts values into the plug-in's record, its file and the open dialog, as a restore does.
 void SetAndShow(CHostWindow& host, const FactoryParams& params)
 {
@@ -103,6 +117,7 @@ private slots:
     void anUnreadableParameterFileIsNeverWrittenOver();
     void quittingInTheMiddleOfAnUploadWaitsForItsEnd();
     void aSecondHostOnTheSameDirectoryIsToldAndWritesNothing();
+    void inInchesEveryLengthShownIsInInches();
 };
 
 void TestHostAccount::init()
@@ -135,7 +150,7 @@ void TestHostAccount::aPartlyRefusedUploadLetsThePersonChoose()
     // is the one the dialog opened with.)
     CSettingsWindow* pSettings = session.SettingsWindow();
     const QString strReport = pSettings->ReportText();
-    QVERIFY2(strReport.contains("Max Speed(mm/s), X: sent 1800, the controller kept 1500, put back 1000"),
+    QVERIFY2(strReport.contains("Max Speed(mm/s), X: sent 1800 mm/s, the controller kept 1500 mm/s, put back 1000 mm/s"),
              qPrintable(strReport));
     auto* pKeep = pSettings->findChild<QPushButton*>("pushButton_reportFirst");
     auto* pTake = pSettings->findChild<QPushButton*>("pushButton_reportSecond");
@@ -503,6 +518,44 @@ void TestHostAccount::aSecondHostOnTheSameDirectoryIsToldAndWritesNothing()
     // The first host goes on as before, and once it has gone another may start.
     first.Session().SaveParameters();
     QVERIFY(first.close());
+}
+
+void TestHostAccount::inInchesEveryLengthShownIsInInches()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    CHostSession& session = host.Session();
+    session.Simulator()->SetTaskDuration(0);
+    session.SetUnit(0);
+    session.OpenSettings();
+    FactoryParams record;
+    session.Mgr()->GetFactoryParams(&record);
+    record.motor[0].speedMax = 1800.0;
+    SetAndShow(host, record);
+    session.UploadToController();
+    // 1800, 1500 and 1000 mm/s.
+    QVERIFY2(session.SettingsWindow()->ReportText().contains(
+                 "Max Speed(mm/s), X: sent 70.87 in/s, the controller kept 59.06 in/s, put back 39.37 in/s"),
+             qPrintable(session.SettingsWindow()->ReportText()));
+    QVERIFY2(session.Account().Sentence().endsWith("(Max Speed(mm/s), X: file 39.37 in/s, controller 59.06 in/s)"),
+             qPrintable(session.Account().Sentence()));
+    // The restore dialog's differences: 640 mm/s now, 1000 in the backup.
+    record.motor[0].speedMax = 640.0;
+    SetAndShow(host, record);
+    FactoryParams current;
+    session.Mgr()->GetFactoryParams(&current);
+    CRestoreDialog restore(ParameterFile(), current, session.Unit());
+    auto* pBackups = restore.findChild<QTreeWidget*>("treeWidget_backups");
+    auto* pDifferences = restore.findChild<QTreeWidget*>("treeWidget_differences");
+    pBackups->setCurrentItem(pBackups->topLevelItem(0));
+    QCOMPARE(pDifferences->topLevelItemCount(), 1);
+    const QTreeWidgetItem* pItem = pDifferences->topLevelItem(0);
+    QCOMPARE(QStringList({pItem->text(1), pItem->text(2), pItem->text(3)}), QStringList({"25.2", "39.37", "in/s"}));
+    // The last cut, on the main window.
+    session.Simulator()->SetTrueSteps(7.88627, 7.88627);
+    WizardlessCut(session);
+    auto* pStatus = host.findChild<QLabel*>("label_status");
+    QTRY_VERIFY2(pStatus->text().contains("Last cut: 5.91 in x 5.91 in"), qPrintable(pStatus->text()));
 }
 
 FACTORYMGR_TEST_MAIN(TestHostAccount)

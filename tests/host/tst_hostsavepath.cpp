@@ -109,8 +109,8 @@ void TestHostSavePath::uploadCheckSaveAndRestart()
         const FactoryParams opened;
         QCOMPARE(reported.first().first().toString(),
                  QStringLiteral("The controller did not keep 2 value(s) (Motor); they are put back and marked red:\n"
-                                "Max Acc(mm/s²), X: sent 35000, the controller kept 30000, put back %1\n"
-                                "Max Speed(mm/s), Y: sent 1200, the controller kept 1000, put back %2\n"
+                                "Max Acc(mm/s²), X: sent 35000 mm/s², the controller kept 30000 mm/s², put back %1 mm/s²\n"
+                                "Max Speed(mm/s), Y: sent 1200 mm/s, the controller kept 1000 mm/s, put back %2 mm/s\n"
                                 "The parameters are saved.")
                      .arg(opened.motor[0].accMax)
                      .arg(opened.motor[1].speedMax));

@@ -1,0 +1,40 @@
+#include "CDisplayUnit.h"
+
+#include "CParamDiff.h"
+
+#include <cmath>
+
+namespace {
+bool IsLength(const QString& strUnit)
+{
+    return strUnit.startsWith(QLatin1String("mm"));
+}
+}
+
+bool CDisplayUnit::IsInch(int nUnit)
+{
+    return nUnit == 0 || nUnit == 2;
+}
+
+double CDisplayUnit::Convert(double dValue, const QString& strUnit, int nUnit)
+{
+    return IsInch(nUnit) && IsLength(strUnit) ? dValue / 25.4 : dValue;
+}
+
+QString CDisplayUnit::Number(double dValue, const QString& strUnit, int nUnit)
+{
+    if (!IsInch(nUnit) || !IsLength(strUnit) || !std::isfinite(dValue))
+        return CParamDiff::Number(dValue);
+    return CParamDiff::Number(std::round(Convert(dValue, strUnit, nUnit) * 100.0) / 100.0);
+}
+
+QString CDisplayUnit::Unit(const QString& strUnit, int nUnit)
+{
+    return IsInch(nUnit) && IsLength(strUnit) ? QStringLiteral("in") + strUnit.mid(2) : strUnit;
+}
+
+QString CDisplayUnit::Value(double dValue, const QString& strUnit, int nUnit)
+{
+    const QString strShown = Unit(strUnit, nUnit);
+    return strShown.isEmpty() ? Number(dValue, strUnit, nUnit) : Number(dValue, strUnit, nUnit) + " " + strShown;
+}
