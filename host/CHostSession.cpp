@@ -16,6 +16,7 @@
 #include "FactoryParams.h"
 #include "ILog.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDialog>
@@ -823,7 +824,14 @@ void CHostSession::OnEscape()
     // Return), and goes no further.
     QWidget* pFocus = QApplication::focusWidget();
     if (qobject_cast<QLineEdit*>(pFocus) && pFocus->isVisible() && m_pDialog && m_pDialog->isAncestorOf(pFocus)) {
-        pFocus->clearFocus();
+        // The keyboard stays in the table the cell belongs to.
+        QWidget* pTable = pFocus->parentWidget();
+        while (pTable && !qobject_cast<QAbstractItemView*>(pTable))
+            pTable = pTable->parentWidget();
+        if (pTable)
+            pTable->setFocus(Qt::OtherFocusReason);
+        else
+            pFocus->clearFocus();
         RefreshDialog();
         return;
     }
@@ -835,9 +843,10 @@ void CHostSession::OnEscape()
 
 bool CHostSession::eventFilter(QObject* pWatched, QEvent* event)
 {
-    // Escape in the dialog is the host's: the plug-in would take the dialog
-    // out of its window before anyone could ask.
-    if (event->type() == QEvent::KeyPress && pWatched == m_pDialog
+    // Escape in the settings window is the host's: the plug-in would take the
+    // dialog out of its window before anyone could ask. (The window sees it
+    // when nothing in the dialog has the keyboard.)
+    if (event->type() == QEvent::KeyPress && (pWatched == m_pDialog || pWatched == m_pSettings)
         && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
         OnEscape();
         return true;

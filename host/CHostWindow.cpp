@@ -122,6 +122,8 @@ void CHostWindow::BuildMenus()
     };
 
     QMenu* pFile = addMenu(nullptr, "&File", "menu_file");
+    // An item that is off says why where the pointer rests on it.
+    pFile->setToolTipsVisible(true);
     addAction(pFile, "Machine Settings...", "action_openSettings", [this] { m_pSession->OpenSettings(); })->setShortcut(Qt::CTRL | Qt::Key_M);
     pFile->addSeparator();
     addAction(pFile, "Import Parameters...", "action_import", [this] { m_pSession->ImportParameters(); });
@@ -138,6 +140,7 @@ void CHostWindow::BuildMenus()
     })->setShortcut(QKeySequence::Quit);
 
     QMenu* pTools = addMenu(nullptr, "&Tools", "menu_tools");
+    pTools->setToolTipsVisible(true);
     addAction(pTools, "Calibrate XY Step...", "action_calibrate", [this] { m_pSession->CalibrateXyStep(); });
 
     QMenu* pView = addMenu(nullptr, "&View", "menu_view");

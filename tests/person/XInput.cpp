@@ -62,6 +62,16 @@ bool XInput::DoubleClick(const QPoint& at)
         && Drain();
 }
 
+bool XInput::Drag(const QPoint& from, const QPoint& to)
+{
+    // At a person's pace: the window manager follows a drag as the motion comes.
+    const QPoint middle = (from + to) / 2;
+    return Run({"mousemove", QString::number(from.x()), QString::number(from.y()), "mousedown", "1", "sleep", "0.1",
+                "mousemove", QString::number(middle.x()), QString::number(middle.y()), "sleep", "0.1", "mousemove",
+                QString::number(to.x()), QString::number(to.y()), "sleep", "0.1", "mouseup", "1"})
+        && Drain();
+}
+
 bool XInput::Wheel(const QPoint& at, int nSteps)
 {
     // X buttons 4 and 5 are the wheel's steps up and down.
@@ -84,6 +94,10 @@ bool XInput::Drain()
 {
     // Two spots, taken in turn, so that every drain is a real move.
     const QPoint spot = (++m_nDrains % 2) ? QPoint(6, 6) : QPoint(16, 16);
+    // Counted before the move: the move's own events may run a drain nested
+    // in this one (a box that earlier input opened, answered from inside its
+    // loop), whose pointer then stands elsewhere.
+    const int nCompletedBefore = m_nCompletedDrains;
     if (!Run({"mousemove", QString::number(spot.x()), QString::number(spot.y())}))
         return false;
     // An open popup (a list's choices) holds the pointer: the probe sees
@@ -91,7 +105,6 @@ bool XInput::Drain()
     // A drain nested in this one (input given from inside a modal dialog's
     // loop that this input opened) moves the pointer on before this one
     // looks; its arrival, queued behind this move, says as much.
-    const int nCompletedBefore = m_nCompletedDrains;
     const auto done = [&] {
         return m_lastProbeMove == spot || m_nCompletedDrains > nCompletedBefore || QApplication::activePopupWidget();
     };
@@ -105,7 +118,8 @@ bool XInput::Drain()
                          .arg(m_lastProbeMove.x())
                          .arg(m_lastProbeMove.y())
                          .arg(m_nCompletedDrains)
-                         .arg(m_nDrains);
+                         .arg(m_nDrains)
+                   + (m_pProbe->isVisible() ? QString() : QStringLiteral("; the probe window is hidden"));
         return false;
     }
     ++m_nCompletedDrains;

@@ -26,6 +26,9 @@ public:
     // Wheel steps at a point: positive away from the person (up), negative towards.
     bool Wheel(const QPoint& at, int nSteps);
     bool MoveTo(const QPoint& at);
+    // Presses the left button at from, moves to to with it held, releases:
+    // a window dragged by its title bar, say.
+    bool Drag(const QPoint& from, const QPoint& to);
     // Types text on the keyboard.
     bool Type(const QString& strText);
     // Presses and releases keys named as X keysyms ("Return", "Escape", "Tab").

@@ -8,6 +8,7 @@
 #include "CSimController.h"
 #include "FactoryParamIo.h"
 #include "IFactoryMgr.h"
+#include "PersonSteps.h"
 #include "XInput.h"
 
 #include <QDialogButtonBox>
@@ -34,14 +35,15 @@ private slots:
     void cleanupTestCase();
 
 private:
-    // Clicks the middle of a widget.
-    bool ClickOn(QWidget* pWidget);
-    // Runs step (once) as soon as a modal widget of class T shows, from
-    // within whatever event loop is running then.
+    bool ClickOn(QWidget* pWidget) { return m_pSteps->ClickOn(pWidget); }
     template <typename T>
-    void WhenModal(const std::function<void(T*)>& step);
+    void WhenModal(const std::function<void(T*)>& step)
+    {
+        m_pSteps->WhenModal<T>(step);
+    }
 
     std::unique_ptr<XInput> m_pInput;
+    std::unique_ptr<PersonSteps> m_pSteps;
 };
 
 namespace {
@@ -55,6 +57,7 @@ QString ParameterFile()
 void TestPersonRestore::initTestCase()
 {
     m_pInput = std::make_unique<XInput>();
+    m_pSteps = std::make_unique<PersonSteps>(*m_pInput);
     QVERIFY2(m_pInput->Error().isEmpty(), qPrintable(m_pInput->Error()));
     QVERIFY2(m_pInput->Drain(), qPrintable(m_pInput->Error()));
 }
@@ -62,27 +65,8 @@ void TestPersonRestore::initTestCase()
 void TestPersonRestore::cleanupTestCase()
 {
     // The probe window goes before the application's windows are swept up.
+    m_pSteps.reset();
     m_pInput.reset();
-}
-
-bool TestPersonRestore::ClickOn(QWidget* pWidget)
-{
-    return pWidget && m_pInput->Click(pWidget->mapToGlobal(pWidget->rect().center()));
-}
-
-template <typename T>
-void TestPersonRestore::WhenModal(const std::function<void(T*)>& step)
-{
-    auto* pPoll = new QTimer(this);
-    connect(pPoll, &QTimer::timeout, this, [pPoll, step] {
-        auto* pModal = qobject_cast<T*>(QApplication::activeModalWidget());
-        if (!pModal || !pModal->isVisible() || !pModal->isActiveWindow())
-            return;
-        pPoll->stop();
-        pPoll->deleteLater();
-        step(pModal);
-    });
-    pPoll->start(20);
 }
 
 void TestPersonRestore::aBackupIsChosenWithTheKeyboardAndRestoredWithTheMouse()

@@ -1,0 +1,494 @@
+#include "PersonTestMain.h"
+
+#include "CHostSession.h"
+#include "CHostWindow.h"
+#include "CParamAccount.h"
+#include "CParamBackups.h"
+#include "CParamDiff.h"
+#include "CRestoreDialog.h"
+#include "CSettingsWindow.h"
+#include "CSimController.h"
+#include "FactoryParamIo.h"
+#include "FileSizeLimit.h"
+#include "IFactoryMgr.h"
+#include "PersonSteps.h"
+#include "XInput.h"
+
+#include <QDialog>
+#include <QFileDialog>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QSignalSpy>
+#include <QStandardPaths>
+
+#include <memory>
+
+// The reference host as a person meets it on a desktop (a real X server, a
+// window manager, pointer and keys from the X server only): each flow is
+// checked by what the person sees (which window, which text) and by what
+// the parameter file and the simulated controller hold afterwards.
+namespace {
+QString ParameterFile()
+{
+    return CHostSession::ParameterFile();
+}
+
+QByteArray FileBytes()
+{
+    QFile file(ParameterFile());
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+FactoryParams FileRecord()
+{
+    FactoryParams record;
+    if (ReadFactoryParamFile(record, ParameterFile()) != ParamFileStatus::Loaded)
+        QTest::qFail("the parameter file cannot be read", __FILE__, __LINE__);
+    return record;
+}
+
+QTableWidget* Motor(CHostWindow& host)
+{
+    return host.Session().Dialog() ? host.Session().Dialog()->findChild<QTableWidget*>("tableWidget_motor") : nullptr;
+}
+
+// What a Motor value cell shows on the screen.
+QString MotorCell(CHostWindow& host, int nRow, int nColumn)
+{
+    QTableWidget* pTable = Motor(host);
+    QWidget* pCell = pTable ? pTable->cellWidget(nRow, nColumn) : nullptr;
+    auto* pLabel = pCell ? pCell->findChild<QLabel*>() : nullptr;
+    return pLabel ? pLabel->text() : QString();
+}
+
+QString ReportStrip(CHostWindow& host)
+{
+    CSettingsWindow* pSettings = host.Session().SettingsWindow();
+    return pSettings ? pSettings->ReportText() : QString();
+}
+
+QString AccountLine(CHostWindow& host)
+{
+    return host.findChild<QLabel*>("label_account")->text();
+}
+}
+
+class TestPersonHost : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void cleanupTestCase();
+
+    void theSettingsWindowOpensBesideTheReportAndWhereItWasLeft();
+    void escapeEndsTheEditThenAsksAndEachAnswerDoesWhatItSays();
+    void closingAndQuittingAskThenSaveOrUpload();
+    void aRefusedUploadThenAPartlyRefusedOneWithItsChoice();
+    void aGarbledReadChangesNothing();
+    void twoLasersReadIntoAOneLaserDialogGoOutWithTheNextUpload();
+    void restoreAndReadWhileNoFileCanBeWritten();
+    void anUnreadableParameterFileIsNeverWrittenOver();
+    void aSecondHostIsToldAtItsStart();
+
+private:
+    // Starts host on the screen, its main window active.
+    bool Start(CHostWindow& host);
+    // Opens the settings with a click on the main window's button.
+    bool OpenSettings(CHostWindow& host);
+    QPoint CellCentre(CHostWindow& host, int nRow, int nColumn) const;
+    // Clicks a Motor cell, types strText, presses Return.
+    bool TypeInMotorCell(CHostWindow& host, int nRow, int nColumn, const QString& strText);
+    bool ClickInDialog(CHostWindow& host, const char* szButton);
+
+    std::unique_ptr<XInput> m_pInput;
+    std::unique_ptr<PersonSteps> m_pSteps;
+};
+
+void TestPersonHost::initTestCase()
+{
+    m_pInput = std::make_unique<XInput>();
+    m_pSteps = std::make_unique<PersonSteps>(*m_pInput);
+    QVERIFY2(m_pInput->Error().isEmpty(), qPrintable(m_pInput->Error()));
+    QVERIFY2(m_pInput->Drain(), qPrintable(m_pInput->Error()));
+}
+
+void TestPersonHost::init()
+{
+    QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + "/Quorvane").removeRecursively();
+}
+
+void TestPersonHost::cleanup()
+{
+    QVERIFY2(m_pSteps->DropPending(), qPrintable(m_pSteps->Error()));
+}
+
+void TestPersonHost::cleanupTestCase()
+{
+    // The probe window goes before the application's windows are swept up.
+    m_pSteps.reset();
+    m_pInput.reset();
+}
+
+bool TestPersonHost::Start(CHostWindow& host)
+{
+    if (!host.Start())
+        return false;
+    host.Session().Simulator()->SetTaskDuration(0);
+    // Clear of the input probe in the screen's corner; small enough that
+    // the settings window fits beside it.
+    host.setGeometry(60, 60, 520, 480);
+    host.show();
+    host.activateWindow();
+    return QTest::qWaitForWindowActive(&host) && m_pInput->Drain();
+}
+
+bool TestPersonHost::OpenSettings(CHostWindow& host)
+{
+    if (!m_pSteps->ClickOn(host.findChild<QPushButton*>("pushButton_openSettings")))
+        return false;
+    return QTest::qWaitFor([&] { return host.Session().SettingsWindow() && host.Session().SettingsWindow()->isActiveWindow(); },
+                           10000);
+}
+
+QPoint TestPersonHost::CellCentre(CHostWindow& host, int nRow, int nColumn) const
+{
+    QTableWidget* pTable = Motor(host);
+    return pTable->viewport()->mapToGlobal(pTable->visualRect(pTable->model()->index(nRow, nColumn)).center());
+}
+
+bool TestPersonHost::TypeInMotorCell(CHostWindow& host, int nRow, int nColumn, const QString& strText)
+{
+    return m_pInput->Click(CellCentre(host, nRow, nColumn)) && m_pInput->Type(strText) && m_pInput->Key("Return");
+}
+
+bool TestPersonHost::ClickInDialog(CHostWindow& host, const char* szButton)
+{
+    return host.Session().Dialog()
+        && m_pSteps->ClickOn(host.Session().Dialog()->findChild<QPushButton*>(QString::fromLatin1(szButton)));
+}
+
+void TestPersonHost::theSettingsWindowOpensBesideTheReportAndWhereItWasLeft()
+{
+    CHostWindow host;
+    QVERIFY(Start(host));
+    QVERIFY(OpenSettings(host));
+    CSettingsWindow* pSettings = host.Session().SettingsWindow();
+    QWidget* pReport = host.findChild<QLabel*>("label_report");
+    const QRect report(pReport->mapToGlobal(QPoint(0, 0)), pReport->size());
+    QVERIFY2(!pSettings->frameGeometry().intersects(report),
+             qPrintable(QStringLiteral("the settings window at %1,%2 %3x%4 covers the report")
+                            .arg(pSettings->frameGeometry().x())
+                            .arg(pSettings->frameGeometry().y())
+                            .arg(pSettings->frameGeometry().width())
+                            .arg(pSettings->frameGeometry().height())));
+    // The person drags it by its title bar elsewhere, closes it, opens it again.
+    const QPoint title(pSettings->frameGeometry().center().x(), pSettings->frameGeometry().top() + 8);
+    const QPoint before = pSettings->pos();
+    QVERIFY2(m_pInput->Drag(title, title + QPoint(-40, 90)), qPrintable(m_pInput->Error()));
+    QTRY_COMPARE(pSettings->pos(), before + QPoint(-40, 90));
+    const QPoint moved = pSettings->pos();
+    QVERIFY(m_pInput->Key("alt+F4"));
+    QTRY_VERIFY(!host.Session().SettingsWindow() || !host.Session().SettingsWindow()->isVisible());
+    QVERIFY(OpenSettings(host));
+    QTRY_COMPARE(host.Session().SettingsWindow()->pos(), moved);
+}
+
+void TestPersonHost::escapeEndsTheEditThenAsksAndEachAnswerDoesWhatItSays()
+{
+    CHostWindow host;
+    QVERIFY(Start(host));
+    host.Session().SaveParameters();   // the file the discarded edit is measured against
+    const double dSaved = FileRecord().motor[0].size;
+    QVERIFY(OpenSettings(host));
+    CSettingsWindow* pSettings = host.Session().SettingsWindow();
+    QDialog* pDialog = host.Session().Dialog();
+
+    // Escape while typing: the edit ends and goes in; nothing is asked.
+    QVERIFY(m_pInput->Click(CellCentre(host, 6, 1)));
+    QVERIFY(m_pInput->Type("640"));
+    QVERIFY(m_pInput->Key("Escape"));
+    QTRY_COMPARE(MotorCell(host, 6, 1), QStringLiteral("640.00"));
+    QVERIFY(!QApplication::activeModalWidget());
+    QVERIFY(pSettings->isVisible());
+
+    // Escape again: asked while the dialog is still in its window; Cancel keeps everything.
+    QString strAsked;
+    bool bDialogInWindow = false;
+    m_pSteps->WhenModal<QMessageBox>([&](QMessageBox* pBox) {
+        strAsked = pBox->text();
+        bDialogInWindow = pDialog->isVisible() && pSettings->isAncestorOf(pDialog);
+        for (QAbstractButton* pButton : pBox->buttons())
+            if (pButton->text() == "Cancel")
+                m_pSteps->ClickOn(pButton);
+    });
+    QVERIFY(m_pInput->Key("Escape"));
+    QTRY_VERIFY(!strAsked.isEmpty());
+    QVERIFY2(strAsked.startsWith("The machine settings have changes that are not saved."), qPrintable(strAsked));
+    QVERIFY(bDialogInWindow);
+    QTRY_VERIFY(!QApplication::activeModalWidget());
+    QVERIFY(host.Session().SettingsWindow() && pSettings->isVisible() && pDialog->isVisible());
+    QCOMPARE(MotorCell(host, 6, 1), QStringLiteral("640.00"));
+    QCOMPARE(FileRecord().motor[0].size, dSaved);
+
+    // Discard: the window goes, the file keeps its value, and the main window says so.
+    QString strSeen;
+    m_pSteps->AnswerNextBox("Discard", &strSeen);
+    QVERIFY(m_pInput->Key("Escape"));
+    QTRY_VERIFY(!host.Session().SettingsWindow());
+    QVERIFY2(m_pSteps->Error().isEmpty(), qPrintable(m_pSteps->Error()));
+    QCOMPARE(FileRecord().motor[0].size, dSaved);
+    QTRY_VERIFY2(AccountLine(host).startsWith("Settings: closed"), qPrintable(AccountLine(host)));
+    // Opened again: the file's value, and nothing asks about what was discarded.
+    QVERIFY(OpenSettings(host));
+    QCOMPARE(MotorCell(host, 6, 1), QString::number(dSaved, 'f', 2));
+    QVERIFY(!QApplication::activeModalWidget());
+}
+
+void TestPersonHost::closingAndQuittingAskThenSaveOrUpload()
+{
+    CHostWindow host;
+    QVERIFY(Start(host));
+    QVERIFY(OpenSettings(host));
+    const double dOnController = host.Session().Simulator()->StoredParams().motor[0].size;
+    QVERIFY(TypeInMotorCell(host, 6, 1, "640"));
+    QTRY_COMPARE(MotorCell(host, 6, 1), QStringLiteral("640.00"));
+
+    // The window manager's close: asked, and Save saves.
+    QString strSeen;
+    m_pSteps->AnswerNextBox("Save", &strSeen);
+    QVERIFY(m_pInput->Key("alt+F4"));
+    QTRY_VERIFY(!host.Session().SettingsWindow() || !host.Session().SettingsWindow()->isVisible());
+    QVERIFY2(strSeen.startsWith("Machine Settings: The machine settings have changes that are not saved."),
+             qPrintable(strSeen + m_pSteps->Error()));
+    QCOMPARE(FileRecord().motor[0].size, 640.0);
+    QCOMPARE(host.Session().Simulator()->StoredParams().motor[0].size, dOnController);
+
+    // Quit (Ctrl+Q in the main window): the controller does not have the
+    // saved value; Upload sends it, and the host goes.
+    strSeen.clear();
+    m_pSteps->AnswerNextBox("Upload", &strSeen);
+    host.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&host));
+    QVERIFY2(m_pInput->Key("ctrl+q"), qPrintable(m_pSteps->Error()));
+    QTRY_VERIFY(!host.isVisible());
+    QVERIFY2(strSeen.startsWith("Machine Settings: The machine settings are saved, but not uploaded to the controller."),
+             qPrintable(strSeen + m_pSteps->Error()));
+    QCOMPARE(host.Session().Simulator()->StoredParams().motor[0].size, 640.0);
+}
+
+void TestPersonHost::aRefusedUploadThenAPartlyRefusedOneWithItsChoice()
+{
+    CHostWindow host;
+    QVERIFY(Start(host));
+    QVERIFY(OpenSettings(host));
+    host.Session().SaveParameters();
+    const QByteArray fileBefore = FileBytes();
+    const FactoryParams heldBefore = host.Session().Simulator()->StoredParams();
+    QVERIFY2(m_pSteps->ChooseInMenu(&host, "menu_device", "action_busy"), qPrintable(m_pSteps->Error()));
+    QTRY_VERIFY(host.Session().Simulator()->IsBusy());
+    host.Session().SettingsWindow()->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(host.Session().SettingsWindow()));
+    QVERIFY(TypeInMotorCell(host, 6, 1, "640"));
+
+    // Refused: the controller's error, and the settings window says what became of the Upload.
+    QString strError;
+    m_pSteps->AnswerNextBox("OK", &strError);
+    QVERIFY(ClickInDialog(host, "pushButton_upload"));
+    QTRY_VERIFY(ReportStrip(host).startsWith("The Upload failed: "));
+    QVERIFY2(strError.startsWith("Error: The controller is busy with a job."), qPrintable(strError));
+    QVERIFY2(ReportStrip(host).endsWith("Nothing was saved."), qPrintable(ReportStrip(host)));
+    QCOMPARE(FileBytes(), fileBefore);
+    QVERIFY(CParamDiff::Compare(host.Session().Simulator()->StoredParams(), heldBefore).isEmpty());
+
+    // Partly refused: X Max Speed 1800, which the controller takes only up to 1500.
+    QVERIFY2(m_pSteps->ChooseInMenu(&host, "menu_device", "action_busy"), qPrintable(m_pSteps->Error()));
+    QTRY_VERIFY(!host.Session().Simulator()->IsBusy());
+    host.Session().SettingsWindow()->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(host.Session().SettingsWindow()));
+    QVERIFY(TypeInMotorCell(host, 10, 1, "1800"));
+    QVERIFY(ClickInDialog(host, "pushButton_upload"));
+    QTRY_VERIFY(ReportStrip(host).startsWith("The controller did not keep 1 value(s) (Motor)"));
+    QVERIFY2(ReportStrip(host).contains("Max Speed(mm/s), X: sent 1800 mm/s, the controller kept 1500 mm/s, put back "
+                                        "1000 mm/s"),
+             qPrintable(ReportStrip(host)));
+    auto* pTake = host.Session().SettingsWindow()->findChild<QPushButton*>("pushButton_reportSecond");
+    QCOMPARE(pTake->text(), QStringLiteral("Take the controller's values"));
+    QTRY_VERIFY2(AccountLine(host).contains("Controller: differs in 1 field(s)"), qPrintable(AccountLine(host)));
+    QVERIFY(m_pSteps->ClickOn(pTake));
+    QTRY_COMPARE(MotorCell(host, 10, 1), QStringLiteral("1500.00"));
+    QCOMPARE(ReportStrip(host), QStringLiteral("The controller's values are in the dialog and saved: all three agree."));
+    QCOMPARE(FileRecord().motor[0].speedMax, 1500.0);
+    QCOMPARE(FileRecord().motor[0].size, 640.0);
+    QCOMPARE(host.Session().Simulator()->StoredParams().motor[0].speedMax, 1500.0);
+    QTRY_VERIFY2(AccountLine(host).endsWith("Controller: same as the file"), qPrintable(AccountLine(host)));
+}
+
+void TestPersonHost::aGarbledReadChangesNothing()
+{
+    CHostWindow host;
+    QVERIFY(Start(host));
+    QVERIFY(OpenSettings(host));
+    host.Session().SaveParameters();
+    const QByteArray fileBefore = FileBytes();
+    const QStringList backupsBefore = QDir(CParamBackups::Directory(ParameterFile())).entryList(QDir::Files);
+    QVERIFY2(m_pSteps->ChooseInMenu(&host, "menu_device", "action_fault_corrupt-read", "menu_faults"), qPrintable(m_pSteps->Error()));
+    QTRY_COMPARE(host.Session().Simulator()->ArmedFault(), CSimController::FaultCorruptRead);
+    host.Session().SettingsWindow()->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(host.Session().SettingsWindow()));
+    const QString strShown = MotorCell(host, 6, 1);
+    QVERIFY(ClickInDialog(host, "pushButton_read"));
+    QTRY_COMPARE(ReportStrip(host),
+                 QStringLiteral("Nothing was read: the controller's answers did not agree, so a value was garbled on "
+                                "the way. Read again."));
+    QCOMPARE(FileBytes(), fileBefore);
+    QCOMPARE(QDir(CParamBackups::Directory(ParameterFile())).entryList(QDir::Files), backupsBefore);
+    QCOMPARE(MotorCell(host, 6, 1), strShown);
+    QVERIFY2(AccountLine(host).endsWith("Controller: not read yet"), qPrintable(AccountLine(host)));
+}
+
+void TestPersonHost::twoLasersReadIntoAOneLaserDialogGoOutWithTheNextUpload()
+{
+    CHostWindow host;
+    QVERIFY(Start(host));
+    // The machine has two lasers, set up at the controller.
+    FactoryParams held = host.Session().Simulator()->StoredParams();
+    held.laser.laserCount = 2;
+    held.laser.lasers[1].powerMax = 77.0;
+    QCOMPARE(host.Session().Simulator()->WriteFactoryParams(&held), 0);
+    QVERIFY(OpenSettings(host));
+    QCOMPARE(host.Session().Dialog()->findChild<QTableWidget*>("tableWidget_laser")->columnCount(), 2);
+    const QPointer<QDialog> pOld = host.Session().Dialog();
+    QVERIFY(ClickInDialog(host, "pushButton_read"));
+    QTRY_VERIFY(host.Session().Dialog() && host.Session().Dialog() != pOld.data());
+    QTRY_VERIFY(host.Session().SettingsWindow() && host.Session().SettingsWindow()->isActiveWindow());
+    // A two-laser dialog on the screen: laser 2's column is there.
+    QCOMPARE(host.Session().Dialog()->findChild<QTableWidget*>("tableWidget_laser")->columnCount(), 3);
+    QCOMPARE(ReportStrip(host), QStringLiteral("The parameters were read from the controller. They are saved."));
+    QVERIFY(m_pInput->Drain());
+    QVERIFY(ClickInDialog(host, "pushButton_upload"));
+    QTRY_VERIFY(ReportStrip(host).startsWith("The controller kept every value."));
+    QCOMPARE(host.Session().Simulator()->StoredParams().laser.laserCount, 2);
+    QCOMPARE(host.Session().Simulator()->StoredParams().laser.lasers[1].powerMax, 77.0);
+}
+
+void TestPersonHost::restoreAndReadWhileNoFileCanBeWritten()
+{
+    CHostWindow host;
+    QVERIFY(Start(host));
+    QVERIFY(OpenSettings(host));
+    // Two saves: the first goes to the backups.
+    FactoryParams record;
+    host.Session().Mgr()->GetFactoryParams(&record);
+    record.motor[0].speedMax = 640.0;
+    host.Session().Mgr()->SetFactoryParams(&record);
+    record.motor[0].speedMax = 820.0;
+    host.Session().Mgr()->SetFactoryParams(&record);
+    QMetaObject::invokeMethod(host.Session().Dialog(), "DataToCtrlSlot", Q_ARG(bool, true));
+    host.Session().ForgetWhatChangedElsewhere();
+    const QByteArray fileBefore = FileBytes();
+    QSignalSpy reported(&host.Session(), &CHostSession::Reported);
+    {
+        // No file larger than 512 bytes can be written now.
+        const FileSizeLimit limit(512);
+        host.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&host));
+        QString strConfirmed;
+        m_pSteps->WhenModal<CRestoreDialog>([&](CRestoreDialog* pDialog) {
+            m_pSteps->AnswerNextBox("Restore", &strConfirmed);
+            m_pSteps->ClickOn(pDialog->findChild<QPushButton*>("pushButton_restore"));
+        });
+        QVERIFY2(m_pSteps->ChooseInMenu(&host, "menu_file", "action_restore"), qPrintable(m_pSteps->Error()));
+        QTRY_VERIFY(!reported.isEmpty());
+        QVERIFY2(!strConfirmed.isEmpty(), qPrintable(m_pSteps->Error()));
+        const QString strRestored = reported.last().first().toString();
+        QVERIFY2(strRestored.contains("but the parameter file could not be written") && strRestored.endsWith("Nothing is saved."),
+                 qPrintable(strRestored));
+        QCOMPARE(ReportStrip(host), strRestored);
+        QCOMPARE(FileBytes(), fileBefore);
+
+        // Read likewise.
+        host.Session().SettingsWindow()->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(host.Session().SettingsWindow()));
+        QString strAsked;
+        m_pSteps->AnswerNextBox("Discard", &strAsked);
+        QVERIFY(ClickInDialog(host, "pushButton_read"));
+        QTRY_VERIFY(ReportStrip(host).startsWith("The parameters were read from the controller into the settings, but "
+                                                 "the parameter file could not be written"));
+        QCOMPARE(FileBytes(), fileBefore);
+    }
+    // Quitting: the values the file does not hold are not called saved.
+    QString strAsked;
+    m_pSteps->AnswerNextBox("Cancel", &strAsked);
+    QVERIFY2(m_pSteps->ChooseInMenu(&host, "menu_file", "action_quit"), qPrintable(m_pSteps->Error()));
+    QTRY_VERIFY(!strAsked.isEmpty());
+    QVERIFY2(strAsked.startsWith("Machine Settings: The machine settings have changes that are not saved."),
+             qPrintable(strAsked));
+    QTRY_VERIFY(!QApplication::activeModalWidget());
+    QVERIFY(host.isVisible());
+}
+
+void TestPersonHost::anUnreadableParameterFileIsNeverWrittenOver()
+{
+    QDir().mkpath(QFileInfo(ParameterFile()).absolutePath());
+    {
+        QFile file(ParameterFile());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[FACTORY_PARAM]\nFILE_FLAG=__SOMETHING_ELSE__\n");
+    }
+    const QByteArray strange = FileBytes();
+    CHostWindow host;
+    // The plug-in's own box, at its start.
+    QString strBox;
+    m_pSteps->AnswerNextBox("OK", &strBox);
+    QVERIFY(Start(host));
+    QCOMPARE(strBox, QStringLiteral("Tips: File ID is incorrect!"));
+    QVERIFY2(AccountLine(host).contains("File: cannot be read (it is not a parameter file (its marker is wrong))"),
+             qPrintable(AccountLine(host)));
+    QVERIFY(OpenSettings(host));
+    // Save asks where instead; the person types a name there.
+    const QString strElsewhere = QFileInfo(ParameterFile()).absolutePath() + "/elsewhere.ini";
+    QString strTitle;
+    m_pSteps->WhenModal<QFileDialog>([&](QFileDialog* pFiles) {
+        strTitle = pFiles->windowTitle();
+        m_pInput->Key("ctrl+a");
+        m_pInput->Type(strElsewhere);
+        m_pInput->Key("Return");
+    });
+    QSignalSpy reported(&host.Session(), &CHostSession::Reported);
+    host.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&host));
+    QVERIFY2(m_pSteps->ChooseInMenu(&host, "menu_file", "action_save"), qPrintable(m_pSteps->Error()));
+    QTRY_VERIFY(!reported.isEmpty());
+    QVERIFY2(strTitle.startsWith("The parameter file cannot be read (it is not a parameter file (its marker is wrong))"),
+             qPrintable(strTitle));
+    QCOMPARE(reported.last().first().toString(),
+             QStringLiteral("The parameters are saved to %1.").arg(QDir::toNativeSeparators(strElsewhere)));
+    FactoryParams saved;
+    QCOMPARE(ReadFactoryParamFile(saved, strElsewhere), ParamFileStatus::Loaded);
+    QCOMPARE(FileBytes(), strange);
+}
+
+void TestPersonHost::aSecondHostIsToldAtItsStart()
+{
+    CHostWindow first;
+    QVERIFY(Start(first));
+    first.Session().SaveParameters();
+    const QByteArray fileBefore = FileBytes();
+    CHostWindow second;
+    QString strBox;
+    m_pSteps->AnswerNextBox("OK", &strBox);
+    QVERIFY(!second.Start());
+    QVERIFY2(strBox.startsWith(QStringLiteral("Error: Another host (%1, process %2) is using ")
+                                   .arg(QCoreApplication::applicationName())
+                                   .arg(QCoreApplication::applicationPid())),
+             qPrintable(strBox + m_pSteps->Error()));
+    QCOMPARE(FileBytes(), fileBefore);
+    QVERIFY(first.isVisible());
+}
+
+FACTORYMGR_PERSON_TEST_MAIN(TestPersonHost)
+#include "tst_personhost.moc"
