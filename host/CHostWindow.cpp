@@ -79,7 +79,12 @@ CHostWindow::CHostWindow(QWidget* parent)
     restoreState(CHostSettings::State());
 }
 
-CHostWindow::~CHostWindow() = default;
+CHostWindow::~CHostWindow()
+{
+    // The session goes first, while this window can still take what it says
+    // on its way out.
+    delete m_pSession;
+}
 
 bool CHostWindow::Start(const QString& strPlugin)
 {
