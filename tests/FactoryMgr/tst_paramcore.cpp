@@ -355,6 +355,8 @@ void TestParamCore::aReaderDuringSavesSeesOneSaveOrTheOther()
                                 .arg(nFromSecond)
                                 .arg(nFromFirst)));
         ++nReads;
+        // Reading again at once, but not holding the lock all the time.
+        QThread::msleep(1);
     }
     QVERIFY(writer.Wait(60000));
     QCOMPARE(nSaves.load(), 60);
