@@ -10,6 +10,7 @@
 #include <QApplication>
 #include <QDialog>
 #include <QDir>
+#include <QFileInfo>
 #include <QPointer>
 #include <QPushButton>
 #include <QTabWidget>
@@ -112,7 +113,8 @@ bool CScreenshotTour::SaveRefusedUpload(const QString& strPath)
     pUpload->click();
     QApplication::processEvents();
     const bool bRefused = pSim->LastLimitedCount() >= 2;
-    const bool bSaved = session.SettingsWindow() && session.SettingsWindow()->grab().save(strPath);
+    const bool bSaved = session.SettingsWindow() && session.SettingsWindow()->grab().save(strPath)
+        && m_window.grab().save(QFileInfo(strPath).absolutePath() + "/main-window-account.png");
 
     // The controller's flash, the record and the parameter file go back to
     // what they held, so that taking screenshots leaves no trace of this.

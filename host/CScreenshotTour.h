@@ -6,8 +6,9 @@ class CHostWindow;
 
 // The unattended tour behind --screenshot: the main window, every tab of the
 // settings dialog, the Motor tab after an Upload the controller partly
-// refused, the activity panel after a fault, the calibration wizard's pages
-// and the restore dialog, each rendered to a PNG file.
+// refused and the main window's account of it, the activity panel after a
+// fault, the calibration wizard's pages and the restore dialog, each
+// rendered to a PNG file.
 class CScreenshotTour
 {
 public:
