@@ -350,9 +350,12 @@ void CHostSession::OpenSettings()
     if (m_pDialog && !AskBeforeLosingEdits(Wording("Open new settings anyway?"), false))
         return;
     CloseSettings();
-    QDialog* pDialog = TakeSettingsDialog();
-    if (!pDialog)
-        return;
+    if (QDialog* pDialog = TakeSettingsDialog())
+        ShowInSettingsWindow(pDialog);
+}
+
+void CHostSession::ShowInSettingsWindow(QDialog* pDialog)
+{
     m_pSettings = new CSettingsWindow(pDialog);
     m_pSettings->installEventFilter(this);
     connect(m_pSettings, &CSettingsWindow::Chosen, this, &CHostSession::OnRefusalChoice);
@@ -368,6 +371,22 @@ void CHostSession::OpenSettings()
     }
     m_pSettings->show();
     RefreshDialog();
+}
+
+void CHostSession::FollowLaserCount()
+{
+    // A dialog made for another number of lasers than the record now holds
+    // has no cells for some of its values, and its Upload would not send
+    // them: it is made anew over the record.
+    FactoryParams record;
+    Mgr()->GetFactoryParams(&record);
+    if (!m_pDialog || record.laser.laserCount == m_nDialogLaserCount)
+        return;
+    const bool bShown = m_pSettings && m_pSettings->isVisible();
+    CloseSettings();
+    QDialog* pDialog = TakeSettingsDialog();
+    if (pDialog && bShown)
+        ShowInSettingsWindow(pDialog);
 }
 
 QDialog* CHostSession::TakeSettingsDialog()
@@ -440,18 +459,7 @@ void CHostSession::ReadFromController()
     m_bStepsPending = false;
     QString strWhy;
     const bool bSaved = PutInPlace(read, &strWhy);
-    // A dialog made for another number of lasers has no cells for the
-    // values read: it is made anew, so that the next Upload sends them.
-    if (m_pDialog && read.laser.laserCount != m_nDialogLaserCount) {
-        CloseSettings();
-        if (QDialog* pDialog = TakeSettingsDialog()) {
-            m_pSettings = new CSettingsWindow(pDialog);
-            m_pSettings->installEventFilter(this);
-            connect(m_pSettings, &CSettingsWindow::Chosen, this, &CHostSession::OnRefusalChoice);
-            m_pSettings->show();
-            RefreshDialog();
-        }
-    }
+    FollowLaserCount();
     Report(bSaved ? Wording("The parameters were read from the controller. They are saved.")
                   : Wording("The parameters were read from the controller into the settings, but the parameter file "
                             "could not be written: %1.")
@@ -691,7 +699,9 @@ void CHostSession::ImportParameters()
         return;
     // An import goes into the dialog and the record, not into the file nor to the controller.
     Mgr()->ImportParams(m_pSettings);
-    QMetaObject::invokeMethod(m_pDialog, "ClearInvalidMarks");
+    if (m_pDialog)
+        QMetaObject::invokeMethod(m_pDialog, "ClearInvalidMarks");
+    FollowLaserCount();
     RefreshDialog();
 }
 
@@ -882,6 +892,7 @@ void CHostSession::ReloadParameters()
     }
     Mgr()->ReloadFromFile();
     QMetaObject::invokeMethod(m_pDialog, "ClearInvalidMarks");
+    FollowLaserCount();
     RefreshDialog();
     Report(Wording("The parameters were reloaded from the parameter file."));
 }

@@ -134,6 +134,11 @@ private:
     // A settings dialog from the plug-in, its signals connected; null, with a
     // report, when the plug-in does not admit the settings here.
     QDialog* TakeSettingsDialog();
+    // Shows pDialog in a new settings window (the first time beside the main window).
+    void ShowInSettingsWindow(QDialog* pDialog);
+    // Makes the dialog anew when the record holds another number of lasers
+    // than the dialog was made for (after a Read, a Reload, an Import).
+    void FollowLaserCount();
     // Asks before a calibration that would correct steps not yet uploaded;
     // false when the calibration is not to go ahead.
     bool UploadPendingStepsFirst();

@@ -118,6 +118,8 @@ private slots:
     void quittingInTheMiddleOfAnUploadWaitsForItsEnd();
     void aSecondHostOnTheSameDirectoryIsToldAndWritesNothing();
     void inInchesEveryLengthShownIsInInches();
+    void anImportOrReloadOfTwoLasersMakesTheDialogAnew_data();
+    void anImportOrReloadOfTwoLasersMakesTheDialogAnew();
 };
 
 void TestHostAccount::init()
@@ -556,6 +558,46 @@ void TestHostAccount::inInchesEveryLengthShownIsInInches()
     WizardlessCut(session);
     auto* pStatus = host.findChild<QLabel*>("label_status");
     QTRY_VERIFY2(pStatus->text().contains("Last cut: 5.91 in x 5.91 in"), qPrintable(pStatus->text()));
+}
+
+void TestHostAccount::anImportOrReloadOfTwoLasersMakesTheDialogAnew_data()
+{
+    QTest::addColumn<bool>("bImport");
+    QTest::newRow("import") << true;
+    QTest::newRow("reload") << false;
+}
+
+void TestHostAccount::anImportOrReloadOfTwoLasersMakesTheDialogAnew()
+{
+    QFETCH(bool, bImport);
+    CHostWindow host;
+    QVERIFY(host.Start());
+    CHostSession& session = host.Session();
+    session.Simulator()->SetTaskDuration(0);
+    session.OpenSettings();
+    session.SaveParameters();
+    QCOMPARE(session.Dialog()->findChild<QTableWidget*>("tableWidget_laser")->columnCount(), 2);
+    FactoryParams twoLasers = FileRecord();
+    twoLasers.laser.laserCount = 2;
+    twoLasers.laser.lasers[1].powerMax = 66.0;
+    const QString strFile = bImport ? QFileInfo(ParameterFile()).absolutePath() + "/two.ini" : ParameterFile();
+    QVERIFY(WriteFactoryParamFile(twoLasers, strFile));
+    const QPointer<QDialog> pOld = session.Dialog();
+    if (bImport) {
+        ModalAnswerer answerer;
+        answerer.AnswerFileWith(strFile);
+        session.ImportParameters();
+        QCOMPARE(answerer.Count(), 1);
+    } else {
+        session.ReloadParameters();
+    }
+    QVERIFY(session.Dialog() && session.Dialog() != pOld.data());
+    QVERIFY(session.SettingsWindow() && session.SettingsWindow()->isVisible());
+    QCOMPARE(session.Dialog()->findChild<QTableWidget*>("tableWidget_laser")->columnCount(), 3);
+    // The next Upload sends the two lasers.
+    session.UploadToController();
+    QCOMPARE(session.Simulator()->StoredParams().laser.laserCount, 2);
+    QCOMPARE(session.Simulator()->StoredParams().laser.lasers[1].powerMax, 66.0);
 }
 
 FACTORYMGR_TEST_MAIN(TestHostAccount)

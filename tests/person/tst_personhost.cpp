@@ -87,6 +87,8 @@ private slots:
     void theSettingsWindowOpensBesideTheReportAndWhereItWasLeft();
     void escapeEndsTheEditThenAsksAndEachAnswerDoesWhatItSays();
     void closingAndQuittingAskThenSaveOrUpload();
+    void closingUploadsAndQuittingSaves();
+    void aPartlyRefusedUploadKeptAsTheDialogHadIt();
     void aRefusedUploadThenAPartlyRefusedOneWithItsChoice();
     void aGarbledReadChangesNothing();
     void twoLasersReadIntoAOneLaserDialogGoOutWithTheNextUpload();
@@ -278,6 +280,65 @@ void TestPersonHost::closingAndQuittingAskThenSaveOrUpload()
     QVERIFY2(strSeen.startsWith("Machine Settings: The machine settings are saved, but not uploaded to the controller."),
              qPrintable(strSeen + m_pSteps->Error()));
     QCOMPARE(host.Session().Simulator()->StoredParams().motor[0].size, 640.0);
+}
+
+void TestPersonHost::closingUploadsAndQuittingSaves()
+{
+    CHostWindow host;
+    QVERIFY(Start(host));
+    QVERIFY(OpenSettings(host));
+    host.Session().SaveParameters();
+    QVERIFY(TypeInMotorCell(host, 6, 1, "640"));
+    QTRY_COMPARE(MotorCell(host, 6, 1), QStringLiteral("640.00"));
+
+    // The window manager's close: Upload sends the value, and saves it.
+    QString strSeen;
+    m_pSteps->AnswerNextBox("Upload", &strSeen);
+    QVERIFY(m_pInput->Key("alt+F4"));
+    QTRY_VERIFY(!host.Session().SettingsWindow() || !host.Session().SettingsWindow()->isVisible());
+    QVERIFY2(strSeen.startsWith("Machine Settings: The machine settings have changes that are not saved."),
+             qPrintable(strSeen + m_pSteps->Error()));
+    QCOMPARE(host.Session().Simulator()->StoredParams().motor[0].size, 640.0);
+    QCOMPARE(FileRecord().motor[0].size, 640.0);
+
+    // Opened and edited again: Ctrl+Q in the main window asks, and Save
+    // saves without uploading.
+    QVERIFY(OpenSettings(host));
+    QVERIFY(TypeInMotorCell(host, 6, 1, "320"));
+    QTRY_COMPARE(MotorCell(host, 6, 1), QStringLiteral("320.00"));
+    strSeen.clear();
+    m_pSteps->AnswerNextBox("Save", &strSeen);
+    host.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&host));
+    QVERIFY2(m_pInput->Key("ctrl+q"), qPrintable(m_pSteps->Error()));
+    QTRY_VERIFY(!host.isVisible());
+    QVERIFY2(strSeen.startsWith("Machine Settings: The machine settings have changes that are not saved."),
+             qPrintable(strSeen + m_pSteps->Error()));
+    QCOMPARE(FileRecord().motor[0].size, 320.0);
+    QCOMPARE(host.Session().Simulator()->StoredParams().motor[0].size, 640.0);
+}
+
+void TestPersonHost::aPartlyRefusedUploadKeptAsTheDialogHadIt()
+{
+    CHostWindow host;
+    QVERIFY(Start(host));
+    QVERIFY(OpenSettings(host));
+    QVERIFY(TypeInMotorCell(host, 10, 1, "1800"));
+    QVERIFY(ClickInDialog(host, "pushButton_upload"));
+    QTRY_VERIFY(ReportStrip(host).startsWith("The controller did not keep 1 value(s) (Motor)"));
+    auto* pKeep = host.Session().SettingsWindow()->findChild<QPushButton*>("pushButton_reportFirst");
+    QCOMPARE(pKeep->text(), QStringLiteral("Keep the dialog's values"));
+    QVERIFY(m_pSteps->ClickOn(pKeep));
+    QTRY_COMPARE(ReportStrip(host),
+                 QStringLiteral("The dialog's values are kept and saved. The controller still differs in 1 field(s): "
+                                "Max Speed(mm/s), X: file 1000 mm/s, controller 1500 mm/s."));
+    QCOMPARE(MotorCell(host, 10, 1), QStringLiteral("1000.00"));
+    QCOMPARE(FileRecord().motor[0].speedMax, 1000.0);
+    QCOMPARE(host.Session().Simulator()->StoredParams().motor[0].speedMax, 1500.0);
+    // Until it is resolved, the main window keeps saying so.
+    QTRY_VERIFY2(AccountLine(host).endsWith(
+                     "Controller: differs in 1 field(s) (Max Speed(mm/s), X: file 1000 mm/s, controller 1500 mm/s)"),
+                 qPrintable(AccountLine(host)));
 }
 
 void TestPersonHost::aRefusedUploadThenAPartlyRefusedOneWithItsChoice()
