@@ -865,7 +865,7 @@ bool CHostSession::eventFilter(QObject* pWatched, QEvent* event)
     // dialog stay. (The event's type first: while the window is destroyed it
     // is no CSettingsWindow any more, and the guarded pointer may not be read.)
     if (event->type() == QEvent::Close && pWatched == m_pSettings) {
-        if (!AskBeforeLosingEdits(Wording("Close the settings anyway?"))) {
+        if (!AskBeforeLosingEdits(m_bQuitting ? Wording("Quit anyway?") : Wording("Close the settings anyway?"))) {
             event->ignore();
             return true;
         }
@@ -914,9 +914,24 @@ void CHostSession::ForgetWhatChangedElsewhere()
     RefreshDialog();
 }
 
+void CHostSession::SetConnected(bool bConnected)
+{
+    if (m_pSim->IsConnected() == bConnected)
+        return;
+    m_pSim->SetConnected(bConnected);
+    if (bConnected)
+        m_account.SetControllerUnknown();
+    Report(bConnected ? Wording("The controller is connected. Read to see what it holds.")
+                      : Wording("The controller is not connected."));
+}
+
 bool CHostSession::AskBeforeQuit()
 {
     // An open settings window asks as it closes; otherwise the host asks here.
-    const bool bSettingsOpen = m_pSettings && m_pSettings->isVisible();
-    return bSettingsOpen ? m_pSettings->close() : AskBeforeLosingEdits(Wording("Quit anyway?"));
+    if (!m_pSettings || !m_pSettings->isVisible())
+        return AskBeforeLosingEdits(Wording("Quit anyway?"));
+    m_bQuitting = true;
+    const bool bClosed = m_pSettings->close();
+    m_bQuitting = false;
+    return bClosed;
 }

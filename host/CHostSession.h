@@ -50,6 +50,10 @@ public:
     // (the screenshot tour puts things back behind it): what the account
     // knew of the controller is forgotten, the file and dialog read again.
     void ForgetWhatChangedElsewhere();
+    // Connects or disconnects the simulated controller and says so. A
+    // controller connected again may hold anything: what it was last known to
+    // hold is forgotten.
+    void SetConnected(bool bConnected);
 
     // A flow is under way (its progress dialog or a question may be up):
     // the host does not quit in the middle of one.
@@ -189,5 +193,8 @@ private:
     // Corrected steps are in the record and the file, not yet on the controller.
     bool m_bStepsPending = false;
     bool m_bAsking = false;
+    // The settings window is closing because the host quits: its question is
+    // about quitting.
+    bool m_bQuitting = false;
     int m_nBusy = 0;
 };

@@ -185,7 +185,7 @@ void CHostWindow::BuildMenus()
         ->setChecked(true);
 
     QMenu* pDevice = addMenu(nullptr, "&Device", "menu_device");
-    m_pConnected = addAction(pDevice, "Connected", "action_connected", [this](bool b) { m_pSession->Simulator()->SetConnected(b); });
+    m_pConnected = addAction(pDevice, "Connected", "action_connected", [this](bool b) { m_pSession->SetConnected(b); });
     m_pInformationOnly = addAction(pDevice, "Information Only (State 3)", "action_informationOnly",
                                    [this](bool b) { m_pSession->Simulator()->SetInformationOnly(b); });
     m_pBusy = addAction(pDevice, "Busy with a Job", "action_busy", [this](bool b) { m_pSession->Simulator()->SetBusy(b); });

@@ -12,6 +12,7 @@
 #include "FactoryParamIo.h"
 #include "ModalAnswerer.h"
 
+#include <QAction>
 #include <QDialog>
 
 #include <QLabel>
@@ -118,6 +119,7 @@ private slots:
     void quittingInTheMiddleOfAnUploadWaitsForItsEnd();
     void aSecondHostOnTheSameDirectoryIsToldAndWritesNothing();
     void inInchesEveryLengthShownIsInInches();
+    void reconnectingReplacesTheFailureAndForgetsTheController();
     void anImportOrReloadOfTwoLasersMakesTheDialogAnew_data();
     void anImportOrReloadOfTwoLasersMakesTheDialogAnew();
 };
@@ -558,6 +560,39 @@ void TestHostAccount::inInchesEveryLengthShownIsInInches()
     WizardlessCut(session);
     auto* pStatus = host.findChild<QLabel*>("label_status");
     QTRY_VERIFY2(pStatus->text().contains("Last cut: 5.91 in x 5.91 in"), qPrintable(pStatus->text()));
+}
+
+void TestHostAccount::reconnectingReplacesTheFailureAndForgetsTheController()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    CHostSession& session = host.Session();
+    session.Simulator()->SetTaskDuration(0);
+    session.OpenSettings();
+    {
+        ModalAnswerer answerer;
+        answerer.AnswerWith("Discard");
+        session.ReadFromController();
+    }
+    QVERIFY2(session.Account().Sentence().endsWith("Controller: same as the file"), qPrintable(session.Account().Sentence()));
+    auto* pConnected = host.findChild<QAction*>("action_connected");
+    auto* pReport = host.findChild<QLabel*>("label_report");
+    QVERIFY(pConnected->isChecked());
+    pConnected->trigger();
+    QCOMPARE(pReport->text(), QStringLiteral("The controller is not connected."));
+    {
+        ModalAnswerer answerer;
+        answerer.AnswerWith("OK");   // the notifier's error box
+        session.UploadToController();
+        QCOMPARE(answerer.Count(), 1);
+    }
+    QVERIFY2(pReport->text().startsWith("The Upload failed"), qPrintable(pReport->text()));
+    // Connected again: the failure is no longer the last word, and what the
+    // controller holds is not known until it is read.
+    pConnected->trigger();
+    QVERIFY(session.Simulator()->IsConnected());
+    QCOMPARE(pReport->text(), QStringLiteral("The controller is connected. Read to see what it holds."));
+    QVERIFY2(session.Account().Sentence().endsWith("Controller: not read yet"), qPrintable(session.Account().Sentence()));
 }
 
 void TestHostAccount::anImportOrReloadOfTwoLasersMakesTheDialogAnew_data()

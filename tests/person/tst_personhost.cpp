@@ -266,6 +266,7 @@ void TestPersonHost::closingAndQuittingAskThenSaveOrUpload()
     QTRY_VERIFY(!host.Session().SettingsWindow() || !host.Session().SettingsWindow()->isVisible());
     QVERIFY2(strSeen.startsWith("Machine Settings: The machine settings have changes that are not saved."),
              qPrintable(strSeen + m_pSteps->Error()));
+    QVERIFY2(strSeen.endsWith("Close the settings anyway?"), qPrintable(strSeen));
     QCOMPARE(FileRecord().motor[0].size, 640.0);
     QCOMPARE(host.Session().Simulator()->StoredParams().motor[0].size, dOnController);
 
@@ -279,6 +280,7 @@ void TestPersonHost::closingAndQuittingAskThenSaveOrUpload()
     QTRY_VERIFY(!host.isVisible());
     QVERIFY2(strSeen.startsWith("Machine Settings: The machine settings are saved, but not uploaded to the controller."),
              qPrintable(strSeen + m_pSteps->Error()));
+    QVERIFY2(strSeen.endsWith("Quit anyway?"), qPrintable(strSeen));
     QCOMPARE(host.Session().Simulator()->StoredParams().motor[0].size, 640.0);
 }
 
@@ -314,6 +316,8 @@ void TestPersonHost::closingUploadsAndQuittingSaves()
     QTRY_VERIFY(!host.isVisible());
     QVERIFY2(strSeen.startsWith("Machine Settings: The machine settings have changes that are not saved."),
              qPrintable(strSeen + m_pSteps->Error()));
+    // The settings window was open, but the question is about quitting.
+    QVERIFY2(strSeen.endsWith("Quit anyway?"), qPrintable(strSeen));
     QCOMPARE(FileRecord().motor[0].size, 320.0);
     QCOMPARE(host.Session().Simulator()->StoredParams().motor[0].size, 640.0);
 }
