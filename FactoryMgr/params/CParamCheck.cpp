@@ -5,12 +5,26 @@
 #include "FactoryParamKeys.h"
 #include "FactoryParams.h"
 #include "IniValue.h"
+#include "CParamFileLock.h"
+#include "CParamFileText.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
+#include <QSettings>
 
 #include <QSet>
 
 #include <cmath>
 
 namespace {
+// The text a value holds, as the file has it (a value the settings layer
+// splits at commas is joined again).
+QString TextOf(const QVariant& value)
+{
+    return value.typeId() == QMetaType::QStringList ? value.toStringList().join(',') : value.toString();
+}
+
 const QString kMarkerKey = QStringLiteral("FACTORY_PARAM/FILE_FLAG");
 const QString kTimeKey = QStringLiteral("FACTORY_PARAM/CREATE_TIME");
 
@@ -29,18 +43,12 @@ bool CParamCheck::Parse(const FactoryParamKey& key, const QString& strText, doub
     const QString strTrimmed = strText.trimmed();
     bool bNumber = false;
     double dValue = 0.0;
-    if (key.pDouble) {
-        dValue = strTrimmed.toDouble(&bNumber);
-    } else {
-        dValue = double(strTrimmed.toLongLong(&bNumber));
-        bool bDecimal = false;
-        const double dDecimal = strTrimmed.toDouble(&bDecimal);
-        // The reader would take "1.5" for a switch as 0: say what it is.
-        if (!bNumber && bDecimal && std::isfinite(dDecimal)) {
-            if (pWhy)
-                *pWhy = QStringLiteral("not a whole number");
-            return false;
-        }
+    dValue = strTrimmed.toDouble(&bNumber);
+    // "1.5" for a switch: a number, but not one the field can hold.
+    if (!key.pDouble && bNumber && std::isfinite(dValue) && dValue != std::trunc(dValue)) {
+        if (pWhy)
+            *pWhy = QStringLiteral("not a whole number");
+        return false;
     }
     QString strWhy;
     if (!bNumber)
@@ -48,7 +56,7 @@ bool CParamCheck::Parse(const FactoryParamKey& key, const QString& strText, doub
     else if (!std::isfinite(dValue))
         strWhy = QStringLiteral("not a finite number");
     else if (!key.Takes(dValue))
-        strWhy = key.HasRange() ? Range(key) : QStringLiteral("out of range");
+        strWhy = Range(key);
     if (!strWhy.isEmpty()) {
         if (pWhy)
             *pWhy = strWhy;
@@ -61,40 +69,67 @@ bool CParamCheck::Parse(const FactoryParamKey& key, const QString& strText, doub
 
 QList<SParamProblem> CParamCheck::CheckFile(const QString& strPath)
 {
-    switch (ParamFileKind(strPath)) {
-    case ParamFileStatus::NoFile: return {{strPath, QString(), QString(), QStringLiteral("no such file")}};
-    case ParamFileStatus::TooLarge:
-        return {{strPath, QString(), QString(),
-                 QStringLiteral("larger than %1 bytes: not a parameter file").arg(kMaxParamFileSize)}};
-    case ParamFileStatus::WrongMarker: {
+    // Not in the middle of another process's save.
+    const CParamFileLock lock(strPath);
+    const ParamFileStatus status = ParamFileKind(strPath);
+    if (status == ParamFileStatus::WrongMarker && QFileInfo(strPath).isReadable()) {
         QString strMarker;
         ReadIniText(QStringLiteral("FACTORY_PARAM"), QStringLiteral("FILE_FLAG"), strPath, &strMarker);
         return {{strPath, kMarkerKey, strMarker, QStringLiteral("not the parameter file marker")}};
     }
-    case ParamFileStatus::Loaded: break;
-    }
+    if (status != ParamFileStatus::Loaded)
+        return {{strPath, QString(), QString(), ParamFileProblem(strPath, status)}};
+    QFile raw(strPath);
+    if (!raw.open(QIODevice::ReadOnly))
+        return {{strPath, QString(), QString(), raw.errorString()}};
 
+    // One reading of the file for every value, as the plug-in's reader does.
+    const QSettings file(strPath, QSettings::IniFormat);
     QList<SParamProblem> problems;
-    FactoryParams record;
+    const QStringList present = file.allKeys();
     QSet<QString> known{kMarkerKey, kTimeKey};
+    FactoryParams record;
     for (const FactoryParamKey& key : FactoryParamKey::ForRecord(record)) {
-        known << key.strSection + "/" + key.strKey;
-        QString strText;
-        if (!ReadIniText(key.strSection, key.strKey, strPath, &strText)) {
+        const QString strName = key.strSection + "/" + key.strKey;
+        known << strName;
+        const QVariant value = file.value(strName);
+        if (!value.isValid()) {
             problems << SParamProblem{strPath, key.strKey, QString(),
                                       QStringLiteral("missing (read as %1)").arg(CParamDiff::Number(key.dMissing))};
             continue;
         }
+        const QString strText = TextOf(value);
+        double dValue = 0.0;
         QString strWhy;
-        if (!Parse(key, strText, nullptr, &strWhy))
+        if (!Parse(key, strText, &dValue, &strWhy)) {
             problems << SParamProblem{strPath, key.strKey, strText, strWhy};
-    }
-    for (const QString& strKey : ReadIniKeys(strPath)) {
-        if (!known.contains(strKey)) {
-            QString strText;
-            ReadIniText(strKey.section('/', 0, 0), strKey.section('/', 1), strPath, &strText);
-            problems << SParamProblem{strPath, strKey, strText, QStringLiteral("unknown key")};
+            continue;
         }
+        // A value the plug-in would read as another number ("80.000" for
+        // a whole number reads as 0).
+        key.SetFromSettings(value);
+        if (key.Value() != dValue)
+            problems << SParamProblem{strPath, key.strKey, strText,
+                                      QStringLiteral("the plug-in reads this as %1; write %2")
+                                          .arg(CParamDiff::Number(key.Value()), CParamDiff::Number(dValue))};
     }
+    const QVariant time = file.value(kTimeKey);
+    if (!time.isValid())
+        problems << SParamProblem{strPath, QStringLiteral("CREATE_TIME"), QString(), QStringLiteral("missing")};
+    else if (!QDateTime::fromString(TextOf(time), QStringLiteral("yyyyMMddHHmmss")).isValid())
+        problems << SParamProblem{strPath, QStringLiteral("CREATE_TIME"), TextOf(time),
+                                  QStringLiteral("not a time written as yyyyMMddHHmmss")};
+    for (const QString& strKey : present)
+        if (!known.contains(strKey))
+            problems << SParamProblem{strPath, strKey, TextOf(file.value(strKey)), QStringLiteral("unknown key")};
+
+    // What the settings layer hides: a key or a section given twice.
+    const CParamFileText text(raw.readAll());
+    for (const auto& [strName, nTimes] : text.RepeatedKeys())
+        problems << SParamProblem{strPath, strName, TextOf(file.value(strName)),
+                                  QStringLiteral("given %1 times; the plug-in reads the last one").arg(nTimes)};
+    for (const auto& [strSection, nTimes] : text.RepeatedSections())
+        problems << SParamProblem{strPath, "[" + strSection + "]", QString(),
+                                  QStringLiteral("section given %1 times").arg(nTimes)};
     return problems;
 }

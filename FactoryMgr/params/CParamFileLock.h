@@ -8,6 +8,9 @@
 // in the middle of a save or combine two saves. It is a QLockFile beside the
 // file ("<file>.lock"); one left by a process that died is taken over.
 //
+// A thread that holds the lock already takes it again at once (a read in the
+// middle of a change made under the lock).
+//
 // Where no lock file can be made (a folder the user may only read, one that
 // does not exist), nobody can write the file there either: the caller goes on
 // without the lock.
@@ -21,12 +24,14 @@ public:
     CParamFileLock& operator=(const CParamFileLock&) = delete;
 
     // False when another process held the lock for the whole wait.
-    bool Taken() const { return m_bTaken || m_bNoLockHere; }
+    bool Taken() const { return m_bTaken || m_bNested || m_bNoLockHere; }
     // Who held it, for a message: "process 1234 (factoryparams)".
     QString Holder() const;
 
 private:
     QLockFile m_lock;
+    QString m_strLockFile;
     bool m_bTaken = false;
+    bool m_bNested = false;
     bool m_bNoLockHere = false;
 };

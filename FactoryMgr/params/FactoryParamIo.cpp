@@ -43,6 +43,25 @@ ParamFileStatus ParamFileKind(const QString& strPath)
     return ParamFileStatus::Loaded;
 }
 
+QString ParamFileProblem(const QString& strPath, ParamFileStatus status)
+{
+    if (status == ParamFileStatus::Loaded)
+        return QString();
+    struct stat info {};
+    if (::stat(QFile::encodeName(strPath).constData(), &info) != 0)
+        return errno == EACCES ? QStringLiteral("permission denied") : QStringLiteral("no such file");
+    if (S_ISDIR(info.st_mode))
+        return QStringLiteral("a folder, not a parameter file");
+    if (!S_ISREG(info.st_mode))
+        return QStringLiteral("not a regular file");
+    if (status == ParamFileStatus::TooLarge)
+        return QStringLiteral("larger than %1 bytes: not a parameter file").arg(kMaxParamFileSize);
+    QFile file(strPath);
+    if (!file.open(QIODevice::ReadOnly))
+        return file.error() == QFileDevice::PermissionsError ? QStringLiteral("permission denied") : file.errorString();
+    return QStringLiteral("not a parameter file (no %1=%2 in [%3])").arg(kMarkerKey, kMarker, kHeader);
+}
+
 ParamFileStatus ReadFactoryParamFile(FactoryParams& record, const QString& strPath)
 {
     // Not in the middle of another process's save. (A writer that holds the
@@ -58,13 +77,7 @@ ParamFileStatus ReadFactoryParamFile(FactoryParams& record, const QString& strPa
     FactoryParams loaded;
     std::memcpy(static_cast<void*>(&loaded), &record, sizeof(FactoryParams));
     for (const FactoryParamKey& key : FactoryParamKey::ForRecord(loaded)) {
-        const QVariant value = file.value(key.strSection + "/" + key.strKey, key.dMissing);
-        if (key.pDouble)
-            *key.pDouble = value.toDouble();
-        else if (key.pInt)
-            *key.pInt = value.toInt();
-        else
-            *key.pBool = value.toInt() != 0;
+        key.SetFromSettings(file.value(key.strSection + "/" + key.strKey, key.dMissing));
     }
     std::memcpy(static_cast<void*>(&record), &loaded, sizeof(FactoryParams));
     return ParamFileStatus::Loaded;

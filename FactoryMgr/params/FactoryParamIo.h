@@ -33,3 +33,8 @@ bool WriteFactoryParamFile(const FactoryParams& record, const QString& strPath, 
 
 // Whether strPath holds the parameter file marker (and is small enough to look at).
 ParamFileStatus ParamFileKind(const QString& strPath);
+
+// Why what is at strPath is no parameter file that can be read, in a few
+// words: "no such file", "permission denied", "not a parameter file (...)".
+// Empty for Loaded.
+QString ParamFileProblem(const QString& strPath, ParamFileStatus status);

@@ -14,7 +14,9 @@ const QString kMotor = QStringLiteral("FACTORY_PARAM_MOTOR");
 const QString kMachine = QStringLiteral("FACTORY_PARAM_MACHINE");
 const QString kSpeed = QStringLiteral("FACTORY_PARAM_SPEED");
 
-constexpr double kNoBound = std::numeric_limits<double>::quiet_NaN();
+// Lengths, speeds, accelerations, frequencies, steps, times and codes
+// without a list of their own: no controller takes a negative one, nor one
+// above a million.
 constexpr double kMaxValue = 1000000.0;
 
 // What a person reads about a field.
@@ -31,9 +33,9 @@ constexpr Meaning Switch(const char* szLabel)
     return {szLabel, "", 0.0, 1.0};
 }
 
-constexpr Meaning Unbounded(const char* szLabel, const char* szUnit = "")
+constexpr Meaning Quantity(const char* szLabel, const char* szUnit = "")
 {
-    return {szLabel, szUnit, kNoBound, kNoBound};
+    return {szLabel, szUnit, 0.0, kMaxValue};
 }
 
 FactoryParamKey Key(const QString& strSection, const QString& strKey, int32_t* pInt, bool* pBool, double* pDouble,
@@ -86,7 +88,7 @@ QVector<FactoryParamKey> FactoryParamKey::ForRecord(FactoryParams& record)
         const auto laserKey = [&](const char* szKey, auto& field, double dMissing, const Meaning& meaning) {
             add(kLaser, Numbered(szKey, i), field, dMissing, meaning, GroupLaser, i);
         };
-        laserKey("LASER_POWER", source.power, kPower, Unbounded("Laser power(W)", "W"));
+        laserKey("LASER_POWER", source.power, kPower, Quantity("Laser power(W)", "W"));
         laserKey("LASER_POWER_MIN", source.powerMin, kPowerMin, {"Min power(%)", "%", 0.0, 100.0});
         laserKey("LASER_POWER_MAX", source.powerMax, kPowerMax, {"Max power(%)", "%", 0.0, 100.0});
         laserKey("LASER_POWER_REDUCTION", source.powerReduction, kPowerReduction,
@@ -95,7 +97,7 @@ QVector<FactoryParamKey> FactoryParamKey::ForRecord(FactoryParams& record)
         laserKey("LASER_BURNING_FREQUENCY", source.burningFrequency, kBurningFrequency,
                  {"Pre-burning frequency(kHz)", "Hz", 0.0, kMaxValue});
         laserKey("LASER_BURNING_WIDTH", source.burningWidth, kBurningWidth,
-                 {"Pre-ignition pulse width(%)", "%", 0.0, kMaxValue});
+                 {"Pre-ignition pulse width(%)", "%", 0.0, 100.0});
         laserKey("LASER_SWITCH_SIGNAL", source.switchSignal, kSwitchSignal, Switch("SwitchLevel"));
         laserKey("LASER_WATER_PROTECT", source.waterProtect, kWaterProtect, Switch("Water Protection"));
     }
@@ -128,32 +130,32 @@ QVector<FactoryParamKey> FactoryParamKey::ForRecord(FactoryParams& record)
     }
 
     MachineSection& machine = record.machine;
-    add(kMachine, "MACHINE_MACHINE_TYPE", machine.machineType, kMachineType, Unbounded("Machine type"));
-    add(kMachine, "MACHINE_MOTIVE_MODE", machine.motiveMode, kMotiveMode, Unbounded("Moving parts"));
-    add(kMachine, "MACHINE_FEED_MODE", machine.feedMode, kFeedMode, Unbounded("Feed mode"));
-    add(kMachine, "MACHINE_ZERO", machine.machineZero, kMachineZero, Unbounded("Machine zero"));
+    add(kMachine, "MACHINE_MACHINE_TYPE", machine.machineType, kMachineType, Quantity("Machine type"));
+    add(kMachine, "MACHINE_MOTIVE_MODE", machine.motiveMode, kMotiveMode, {"Moving parts", "", 0.0, 3.0});
+    add(kMachine, "MACHINE_FEED_MODE", machine.feedMode, kFeedMode, Quantity("Feed mode"));
+    add(kMachine, "MACHINE_ZERO", machine.machineZero, kMachineZero, {"Machine zero", "", 0.0, 1.0});
     add(kMachine, "MACHINE_OPEN_PROJECT", machine.openProject, kOpenProject, Switch("Lid protection"));
     add(kMachine, "MACHINE_BLOW", machine.blow, kBlow, Switch("Blowing"));
-    add(kMachine, "MACHINE_OUTAGE_DELAY", machine.outageDelay, kOutageDelay, Unbounded("Power-off delay"));
-    add(kMachine, "MACHINE_LASER_SPACE", machine.laserSpace, kLaserSpace, Unbounded("Dual head Distance", "mm"));
+    add(kMachine, "MACHINE_OUTAGE_DELAY", machine.outageDelay, kOutageDelay, Quantity("Power-off delay"));
+    add(kMachine, "MACHINE_LASER_SPACE", machine.laserSpace, kLaserSpace, Quantity("Dual head Distance", "mm"));
 
     SpeedSection& speed = record.speed;
-    add(kSpeed, "SPEED_CUT_SPEED_SPACE", speed.cutSpeedSpace, kCutSpeedSpace, Unbounded("Idle speed(mm/s)", "mm/s"));
+    add(kSpeed, "SPEED_CUT_SPEED_SPACE", speed.cutSpeedSpace, kCutSpeedSpace, Quantity("Idle speed(mm/s)", "mm/s"));
     add(kSpeed, "SPEED_CUT_SPEED_CORNER", speed.cutSpeedCorner, kCutSpeedCorner,
-        Unbounded("Corner speed(mm/s)", "mm/s"));
-    add(kSpeed, "SPEED_CUT_ACC_SPACE", speed.cutAccSpace, kCutAccSpace, Unbounded("Idle Acc(mm/s²)", "mm/s²"));
-    add(kSpeed, "SPEED_CUT_ACC_CORNER", speed.cutAccCorner, kCutAccCorner, Unbounded("PMax Acc(mm/s²)", "mm/s²"));
-    add(kSpeed, "SPEED_CUT_ACC_WORK", speed.cutAccWork, kCutAccWork, Unbounded("Working Acc(mm/s²)", "mm/s²"));
+        Quantity("Corner speed(mm/s)", "mm/s"));
+    add(kSpeed, "SPEED_CUT_ACC_SPACE", speed.cutAccSpace, kCutAccSpace, Quantity("Idle Acc(mm/s²)", "mm/s²"));
+    add(kSpeed, "SPEED_CUT_ACC_CORNER", speed.cutAccCorner, kCutAccCorner, Quantity("PMax Acc(mm/s²)", "mm/s²"));
+    add(kSpeed, "SPEED_CUT_ACC_WORK", speed.cutAccWork, kCutAccWork, Quantity("Working Acc(mm/s²)", "mm/s²"));
     add(kSpeed, "SPEED_SWEEP_SPEED_XSTART", speed.sweepSpeedXStart, kSweepSpeedXStart,
-        Unbounded("Engraving X-axis Ini speed(mm/s)", "mm/s"));
+        Quantity("Engraving X-axis Ini speed(mm/s)", "mm/s"));
     add(kSpeed, "SPEED_SWEEP_SPEED_YSTART", speed.sweepSpeedYStart, kSweepSpeedYStart,
-        Unbounded("Engraving Y-axis Ini speed(mm/s)", "mm/s"));
+        Quantity("Engraving Y-axis Ini speed(mm/s)", "mm/s"));
     add(kSpeed, "SPEED_SWEEP_SPEED_NEWLINE", speed.sweepSpeedNewline, kSweepSpeedNewline,
-        Unbounded("Engraving DPI speed(mm/s)", "mm/s"));
-    add(kSpeed, "SPEED_SWEEP_ACC_X", speed.sweepAccX, kSweepAccX, Unbounded("Engraving X-axis Acc(mm/s²)", "mm/s²"));
-    add(kSpeed, "SPEED_SWEEP_ACC_Y", speed.sweepAccY, kSweepAccY, Unbounded("Engraving Y-axis Acc(mm/s²)", "mm/s²"));
+        Quantity("Engraving DPI speed(mm/s)", "mm/s"));
+    add(kSpeed, "SPEED_SWEEP_ACC_X", speed.sweepAccX, kSweepAccX, Quantity("Engraving X-axis Acc(mm/s²)", "mm/s²"));
+    add(kSpeed, "SPEED_SWEEP_ACC_Y", speed.sweepAccY, kSweepAccY, Quantity("Engraving Y-axis Acc(mm/s²)", "mm/s²"));
     add(kSpeed, "SPEED_PANEL_SPEED_RESET", speed.panelSpeedReset, kPanelSpeedReset,
-        Unbounded("Reset speed(mm/s)", "mm/s"));
+        Quantity("Reset speed(mm/s)", "mm/s"));
     return keys;
 }
 
@@ -174,6 +176,16 @@ double FactoryParamKey::Value() const
     if (pInt)
         return double(*pInt);
     return *pBool ? 1.0 : 0.0;
+}
+
+void FactoryParamKey::SetFromSettings(const QVariant& value) const
+{
+    if (pDouble)
+        *pDouble = value.toDouble();
+    else if (pInt)
+        *pInt = value.toInt();
+    else
+        *pBool = value.toInt() != 0;
 }
 
 void FactoryParamKey::SetValue(double dValue) const
@@ -198,11 +210,6 @@ QString FactoryParamKey::Where() const
     }
 }
 
-bool FactoryParamKey::HasRange() const
-{
-    return !std::isnan(dMin);
-}
-
 bool FactoryParamKey::Takes(double dValue) const
 {
     if (!std::isfinite(dValue))
@@ -212,5 +219,5 @@ bool FactoryParamKey::Takes(double dValue) const
         if (dValue != std::trunc(dValue) || dValue < -dLimit - 1.0 || dValue > dLimit)
             return false;
     }
-    return !HasRange() || (dValue >= dMin && dValue <= dMax);
+    return dValue >= dMin && dValue <= dMax;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QVariant>
 #include <QVector>
 
 #include <cstdint>
@@ -35,8 +36,7 @@ struct FactoryParamKey
     const char* szUnit = "";   // empty for counts, codes and switches
     Group group = GroupNone;
     int nIndex = 0;
-    // The values the record's field takes; switches 0..1. A NaN bound means
-    // none (every finite value).
+    // The values the record's field takes; switches 0..1.
     double dMin = 0.0;
     double dMax = 0.0;
 
@@ -47,6 +47,10 @@ struct FactoryParamKey
 
     // The field's value as a number.
     double Value() const;
+    // Sets the field from a value of the settings layer, as the plug-in's
+    // reader does: its integer or double conversion, the conversion's zero
+    // for a text that does not convert.
+    void SetFromSettings(const QVariant& value) const;
     // Sets the field from a number (an int field takes it rounded; callers
     // check the range first).
     void SetValue(double dValue) const;
@@ -55,5 +59,4 @@ struct FactoryParamKey
     // Whether dValue is one the field takes: finite, whole for int and
     // switch fields, within the range.
     bool Takes(double dValue) const;
-    bool HasRange() const;
 };

@@ -41,6 +41,8 @@ private slots:
     void backupsListNewestFirstWithTheirReason();
     void checkOfACleanFileFindsNothing();
     void checkFindsEachKindOfProblem();
+    void checkSaysWhatThePlugInWouldReadInstead();
+    void checkFindsWhatTheSettingsLayerHides();
     void checkOfWhatIsNoParameterFile();
     void aReaderDuringSavesSeesOneSaveOrTheOther();
     void aWriterWaitsForTheLockAndSaysWhoHoldsIt();
@@ -118,13 +120,13 @@ void TestParamCore::rangesAreTheRecords_data()
     QTest::newRow("type 4") << "LASER1_TYPE" << 4.0 << true;
     QTest::newRow("type 5") << "LASER2_TYPE" << 5.0 << false;
     QTest::newRow("type 1.5") << "LASER2_TYPE" << 1.5 << false;
-    for (const char* szPercent : {"LASER_POWER_MIN_1", "LASER_POWER_MAX_2", "LASER_POWER_REDUCTION_1"}) {
+    for (const char* szPercent :
+         {"LASER_POWER_MIN_1", "LASER_POWER_MAX_2", "LASER_POWER_REDUCTION_1", "LASER_BURNING_WIDTH_2"}) {
         QTest::addRow("%s 100", szPercent) << szPercent << 100.0 << true;
         QTest::addRow("%s 100.5", szPercent) << szPercent << 100.5 << false;
         QTest::addRow("%s -0.5", szPercent) << szPercent << -0.5 << false;
     }
-    for (const char* szDouble : {"MOTOR_PULSE_PER_MM_1", "MOTOR_SPEED_MAX_4", "MOTOR_ACC_KEY_2", "LASER_FREQUENCY_1",
-                                 "LASER_BURNING_WIDTH_2"}) {
+    for (const char* szDouble : {"MOTOR_PULSE_PER_MM_1", "MOTOR_SPEED_MAX_4", "MOTOR_ACC_KEY_2", "LASER_FREQUENCY_1"}) {
         QTest::addRow("%s 1e6", szDouble) << szDouble << 1000000.0 << true;
         QTest::addRow("%s 12.5", szDouble) << szDouble << 12.5 << true;
         QTest::addRow("%s 1e6+1", szDouble) << szDouble << 1000001.0 << false;
@@ -132,12 +134,31 @@ void TestParamCore::rangesAreTheRecords_data()
         QTest::addRow("%s nan", szDouble) << szDouble << dNaN << false;
         QTest::addRow("%s inf", szDouble) << szDouble << dInf << false;
     }
-    // No range, but a number all the same.
-    QTest::newRow("speed 5e9") << "SPEED_CUT_ACC_WORK" << 5e9 << true;
-    QTest::newRow("speed nan") << "SPEED_CUT_ACC_WORK" << dNaN << false;
-    QTest::newRow("delay -3") << "MACHINE_OUTAGE_DELAY" << -3.0 << true;
+    // Every field has a range: the burning width is a percentage, the
+    // speeds, the machine's codes and the laser power have theirs.
+    QTest::newRow("burning width 500") << "LASER_BURNING_WIDTH_1" << 500.0 << false;
+    QTest::newRow("burning width 100") << "LASER_BURNING_WIDTH_1" << 100.0 << true;
+    QTest::newRow("power -1") << "LASER_POWER_1" << -1.0 << false;
+    QTest::newRow("power 1e6+1") << "LASER_POWER_2" << 1000001.0 << false;
+    QTest::newRow("power 150") << "LASER_POWER_2" << 150.0 << true;
+    for (const char* szSpeed : {"SPEED_CUT_SPEED_SPACE", "SPEED_CUT_SPEED_CORNER", "SPEED_CUT_ACC_SPACE",
+                                "SPEED_CUT_ACC_CORNER", "SPEED_CUT_ACC_WORK", "SPEED_SWEEP_SPEED_XSTART",
+                                "SPEED_SWEEP_SPEED_YSTART", "SPEED_SWEEP_SPEED_NEWLINE", "SPEED_SWEEP_ACC_X",
+                                "SPEED_SWEEP_ACC_Y", "SPEED_PANEL_SPEED_RESET", "MACHINE_LASER_SPACE"}) {
+        QTest::addRow("%s -1", szSpeed) << szSpeed << -1.0 << false;
+        QTest::addRow("%s 1e9", szSpeed) << szSpeed << 1e9 << false;
+        QTest::addRow("%s 0", szSpeed) << szSpeed << 0.0 << true;
+        QTest::addRow("%s nan", szSpeed) << szSpeed << dNaN << false;
+    }
+    QTest::newRow("moving parts 3") << "MACHINE_MOTIVE_MODE" << 3.0 << true;
+    QTest::newRow("moving parts 4") << "MACHINE_MOTIVE_MODE" << 4.0 << false;
+    QTest::newRow("machine zero 2") << "MACHINE_ZERO" << 2.0 << false;
+    QTest::newRow("machine type -7") << "MACHINE_MACHINE_TYPE" << -7.0 << false;
+    QTest::newRow("feed mode -7") << "MACHINE_FEED_MODE" << -7.0 << false;
+    QTest::newRow("delay -3") << "MACHINE_OUTAGE_DELAY" << -3.0 << false;
     QTest::newRow("delay 0.5") << "MACHINE_OUTAGE_DELAY" << 0.5 << false;
     QTest::newRow("delay 3e9") << "MACHINE_OUTAGE_DELAY" << 3e9 << false;
+    QTest::newRow("delay 30") << "MACHINE_OUTAGE_DELAY" << 30.0 << true;
 }
 
 void TestParamCore::rangesAreTheRecords()
@@ -302,6 +323,61 @@ void TestParamCore::checkFindsEachKindOfProblem()
     QCOMPARE(found.value("MACHINE_OUTAGE_DELAY"), QStringLiteral(": missing (read as 0)"));
     QCOMPARE(found.value("FACTORY_PARAM_MOTOR/MOTOR_TURBO_1"), QStringLiteral("1: unknown key"));
     QCOMPARE(found.size(), 8);
+}
+
+void TestParamCore::checkSaysWhatThePlugInWouldReadInstead()
+{
+    const QString strPath = m_pDir->filePath("hand.ini");
+    QVERIFY(WriteFactoryParamFile(FactoryParams(), strPath));
+    QByteArray text;
+    {
+        QFile file(strPath);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        text = file.readAll();
+    }
+    const auto replace = [&text](const QByteArray& from, const QByteArray& to) {
+        QVERIFY2(text.contains(from), from.constData());
+        text.replace(from, to);
+    };
+    replace("LASER_POWER_1=80\n", "LASER_POWER_1=80.000\n");
+    replace("LASER_POWER_2=80\n", "LASER_POWER_2=8e1\n");
+    replace("MOTOR_PWM_EDGE_2=0\n", "MOTOR_PWM_EDGE_2=1.0\n");
+    replace("MOTOR_SIZE_2=900\n", "MOTOR_SIZE_2=900,5\n");
+    replace("LASER_COUNT=1\n", "LASER_COUNT=99999999999\n");
+    const QString strHand = Write("hand2.ini", text);
+    QMap<QString, QString> found;
+    for (const SParamProblem& problem : CParamCheck::CheckFile(strHand))
+        found.insert(problem.strKey, problem.strValue + ": " + problem.strWhat);
+    QCOMPARE(found.value("LASER_POWER_1"), QStringLiteral("80.000: the plug-in reads this as 0; write 80"));
+    QCOMPARE(found.value("LASER_POWER_2"), QStringLiteral("8e1: the plug-in reads this as 0; write 80"));
+    QCOMPARE(found.value("MOTOR_PWM_EDGE_2"), QStringLiteral("1.0: the plug-in reads this as 0; write 1"));
+    QCOMPARE(found.value("MOTOR_SIZE_2"), QStringLiteral("900,5: not a number"));
+    QCOMPARE(found.value("LASER_COUNT"), QStringLiteral("99999999999: takes 1 or 2"));
+    QCOMPARE(found.size(), 5);
+}
+
+void TestParamCore::checkFindsWhatTheSettingsLayerHides()
+{
+    const QString strPath = m_pDir->filePath("twice.ini");
+    QVERIFY(WriteFactoryParamFile(FactoryParams(), strPath));
+    QByteArray text;
+    {
+        QFile file(strPath);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        text = file.readAll();
+    }
+    text.replace("CREATE_TIME=", "CREATE_TIME=yesterday\nOLD_TIME=");
+    text += "\n[FACTORY_PARAM_SPEED]\nSPEED_CUT_ACC_WORK=900\n";
+    const QString strTwice = Write("twice2.ini", text);
+    QMap<QString, QString> found;
+    for (const SParamProblem& problem : CParamCheck::CheckFile(strTwice))
+        found.insert(problem.strKey, problem.strValue + ": " + problem.strWhat);
+    QCOMPARE(found.value("FACTORY_PARAM_SPEED/SPEED_CUT_ACC_WORK"),
+             QStringLiteral("900: given 2 times; the plug-in reads the last one"));
+    QCOMPARE(found.value("[FACTORY_PARAM_SPEED]"), QStringLiteral(": section given 2 times"));
+    QCOMPARE(found.value("CREATE_TIME"), QStringLiteral("yesterday: not a time written as yyyyMMddHHmmss"));
+    QVERIFY(found.contains("FACTORY_PARAM/OLD_TIME"));
+    QCOMPARE(found.size(), 4);
 }
 
 void TestParamCore::checkOfWhatIsNoParameterFile()
