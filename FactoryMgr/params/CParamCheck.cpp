@@ -75,13 +75,13 @@ QList<SParamProblem> CParamCheck::CheckFile(const QString& strPath)
     if (status == ParamFileStatus::WrongMarker && QFileInfo(strPath).isReadable()) {
         QString strMarker;
         ReadIniText(QStringLiteral("FACTORY_PARAM"), QStringLiteral("FILE_FLAG"), strPath, &strMarker);
-        return {{strPath, kMarkerKey, strMarker, QStringLiteral("not the parameter file marker")}};
+        return {{strPath, kMarkerKey, strMarker, QStringLiteral("not the parameter file marker"), true}};
     }
     if (status != ParamFileStatus::Loaded)
-        return {{strPath, QString(), QString(), ParamFileProblem(strPath, status)}};
+        return {{strPath, QString(), QString(), ParamFileProblem(strPath, status), true}};
     QFile raw(strPath);
     if (!raw.open(QIODevice::ReadOnly))
-        return {{strPath, QString(), QString(), raw.errorString()}};
+        return {{strPath, QString(), QString(), raw.errorString(), true}};
 
     // One reading of the file for every value, as the plug-in's reader does.
     const QSettings file(strPath, QSettings::IniFormat);

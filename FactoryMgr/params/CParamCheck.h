@@ -12,6 +12,7 @@ struct SParamProblem
     QString strKey;     // empty for the file as a whole
     QString strValue;   // the text the file holds
     QString strWhat;    // what is wrong, in a few words
+    bool bUnreadable = false;   // the file cannot be read as a parameter file at all
 };
 
 // Checks parameter files against what a controller takes: the marker, every

@@ -8,7 +8,8 @@
 #include <cmath>
 #include <cstring>
 
-QList<SParamDifference> CParamDiff::Compare(const FactoryParams& a, const FactoryParams& b, const Translate& translate)
+QList<SParamDifference> CParamDiff::Compare(const FactoryParams& a, const FactoryParams& b, const Translate& translate,
+                                            const QSet<QString>& missingA, const QSet<QString>& missingB)
 {
     const auto tr = [&translate](const QString& strText) { return translate ? translate(strText) : strText; };
     FactoryParams first;
@@ -19,15 +20,17 @@ QList<SParamDifference> CParamDiff::Compare(const FactoryParams& a, const Factor
     const QVector<FactoryParamKey> keysB = FactoryParamKey::ForRecord(second);
     QList<SParamDifference> differences;
     for (int i = 0; i < keysA.size(); ++i) {
-        const double dA = keysA[i].Value();
-        const double dB = keysB[i].Value();
-        if (dA == dB || (std::isnan(dA) && std::isnan(dB)))
-            continue;
         const FactoryParamKey& key = keysA[i];
+        const double dA = key.Value();
+        const double dB = keysB[i].Value();
+        const bool bMissingA = missingA.contains(key.strKey);
+        const bool bMissingB = missingB.contains(key.strKey);
+        if ((dA == dB || (std::isnan(dA) && std::isnan(dB))) && bMissingA == bMissingB)
+            continue;
         const QString strWhere = key.Where();
         differences << SParamDifference{key.strKey, tr(QString::fromUtf8(key.szLabel)),
                                         strWhere.isEmpty() ? QString() : tr(strWhere), QString::fromUtf8(key.szUnit),
-                                        dA, dB};
+                                        dA, dB, bMissingA, bMissingB};
     }
     return differences;
 }
@@ -39,7 +42,10 @@ QString CParamDiff::Name(const SParamDifference& difference)
 
 QString CParamDiff::Describe(const SParamDifference& difference)
 {
-    QString strText = QStringLiteral("%1: %2 → %3").arg(Name(difference), Number(difference.dA), Number(difference.dB));
+    const QString strMissing = QStringLiteral("(missing)");
+    QString strText = QStringLiteral("%1: %2 → %3")
+                          .arg(Name(difference), difference.bMissingA ? strMissing : Number(difference.dA),
+                               difference.bMissingB ? strMissing : Number(difference.dB));
     if (!difference.strUnit.isEmpty())
         strText += " " + difference.strUnit;
     return strText;

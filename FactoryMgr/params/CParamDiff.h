@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QList>
+#include <QSet>
 #include <QString>
 
 #include <functional>
@@ -16,6 +17,8 @@ struct SParamDifference
     QString strUnit;
     double dA = 0.0;
     double dB = 0.0;
+    bool bMissingA = false;   // the first file lacks the key (dA is what its reader put in)
+    bool bMissingB = false;
 };
 
 // Compares two parameter records field by field, in the parameter file's
@@ -26,11 +29,14 @@ class CParamDiff
 public:
     using Translate = std::function<QString(const QString&)>;
 
+    // A key that one file lacks and the other has is a difference whatever
+    // the values (missingA and missingB: the keys each file lacks).
     static QList<SParamDifference> Compare(const FactoryParams& a, const FactoryParams& b,
-                                           const Translate& translate = Translate());
+                                           const Translate& translate = Translate(),
+                                           const QSet<QString>& missingA = {}, const QSet<QString>& missingB = {});
     // "Max Speed(mm/s), X"
     static QString Name(const SParamDifference& difference);
-    // "Max Speed(mm/s), X: 1000 → 1200 mm/s"
+    // "Max Speed(mm/s), X: 1000 → 1200 mm/s"; a missing value is "(missing)".
     static QString Describe(const SParamDifference& difference);
     // The shortest text that reads back as the same number ("nan", "inf" for those).
     static QString Number(double dValue);

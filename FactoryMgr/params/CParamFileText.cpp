@@ -79,6 +79,11 @@ bool CParamFileText::HasComments() const
     return false;
 }
 
+bool CParamFileText::Has(const QString& strSection, const QString& strKey) const
+{
+    return LastLineOf(strSection, strKey) >= 0;
+}
+
 int CParamFileText::LastLineOf(const QString& strSection, const QString& strKey) const
 {
     for (int i = int(m_lines.size()) - 1; i >= 0; --i)

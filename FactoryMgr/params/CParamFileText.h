@@ -21,6 +21,8 @@ public:
     QList<QPair<QString, int>> RepeatedKeys() const;
     // Every section header given more than once, with how often.
     QList<QPair<QString, int>> RepeatedSections() const;
+    // Whether some line gives section/key a value.
+    bool Has(const QString& strSection, const QString& strKey) const;
     // Whether any line is a comment (";" or "#").
     bool HasComments() const;
 

@@ -14,6 +14,8 @@
 #include <QSettings>
 
 #include <sys/stat.h>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cmath>
@@ -62,7 +64,7 @@ QString ParamFileProblem(const QString& strPath, ParamFileStatus status)
     return QStringLiteral("not a parameter file (no %1=%2 in [%3])").arg(kMarkerKey, kMarker, kHeader);
 }
 
-ParamFileStatus ReadFactoryParamFile(FactoryParams& record, const QString& strPath)
+ParamFileStatus ReadFactoryParamFile(FactoryParams& record, const QString& strPath, QSet<QString>* pMissing)
 {
     // Not in the middle of another process's save. (A writer that holds the
     // lock for ten seconds is stuck: the file it would replace is whole, as
@@ -77,7 +79,10 @@ ParamFileStatus ReadFactoryParamFile(FactoryParams& record, const QString& strPa
     FactoryParams loaded;
     std::memcpy(static_cast<void*>(&loaded), &record, sizeof(FactoryParams));
     for (const FactoryParamKey& key : FactoryParamKey::ForRecord(loaded)) {
-        key.SetFromSettings(file.value(key.strSection + "/" + key.strKey, key.dMissing));
+        const QVariant value = file.value(key.strSection + "/" + key.strKey);
+        key.SetFromSettings(value.isValid() ? value : QVariant(key.dMissing));
+        if (pMissing && !value.isValid())
+            pMissing->insert(key.strKey);
     }
     std::memcpy(static_cast<void*>(&record), &loaded, sizeof(FactoryParams));
     return ParamFileStatus::Loaded;
@@ -204,5 +209,52 @@ bool WriteFactoryParamFile(const FactoryParams& record, const QString& strFile, 
         return true;
     QFile::remove(strNew);
     QFile::remove(strCheck);
+    return fail(strWhy);
+}
+
+bool ReplaceParamFileBytes(const QString& strFile, const QByteArray& bytes, QString* pError)
+{
+    const auto fail = [&](const QString& strWhy) {
+        if (pError)
+            *pError = strWhy;
+        return false;
+    };
+    const QFileInfo link(strFile);
+    const QString strTarget = link.isSymLink() ? link.canonicalFilePath() : link.absoluteFilePath();
+    struct stat old {};
+    if (strTarget.isEmpty() || ::stat(QFile::encodeName(strTarget).constData(), &old) != 0 || !S_ISREG(old.st_mode))
+        return fail(QStringLiteral("no such file"));
+    const QString strDir = QFileInfo(strTarget).absolutePath();
+    RemoveLeftovers(strDir);
+    const QByteArray working = QFile::encodeName(strDir + "/" + NewWorkingName() + ".saving");
+    const int nFd = ::open(working.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (nFd < 0)
+        return fail(QStringLiteral("no file can be made in %1: %2").arg(strDir, QString::fromLocal8Bit(std::strerror(errno))));
+    QString strWhy;
+    qsizetype nDone = 0;
+    while (nDone < bytes.size()) {
+        const ssize_t n = ::write(nFd, bytes.constData() + nDone, size_t(bytes.size() - nDone));
+        if (n <= 0)
+            break;
+        nDone += n;
+    }
+    if (nDone != bytes.size() || ::fsync(nFd) != 0)
+        strWhy = QStringLiteral("the file could not be written in full (a full disk, or a size limit)");
+    else if ((old.st_uid != ::geteuid() || old.st_gid != ::getegid()) && ::fchown(nFd, old.st_uid, old.st_gid) != 0)
+        strWhy = QStringLiteral("its owner could not be kept (%1)").arg(QString::fromLocal8Bit(std::strerror(errno)));
+    else if (::fchmod(nFd, old.st_mode & 07777) != 0)
+        strWhy = QStringLiteral("its mode could not be kept (%1)").arg(QString::fromLocal8Bit(std::strerror(errno)));
+    ::close(nFd);
+    if (strWhy.isEmpty()) {
+        QFile check(QFile::decodeName(working));
+        if (!check.open(QIODevice::ReadOnly) || check.readAll() != bytes)
+            strWhy = QStringLiteral("read back, the new file does not hold what was written");
+        else if (!RenameOver(QFile::decodeName(working), strTarget))
+            strWhy = QStringLiteral("it could not be put in place of the old file: %1")
+                         .arg(QString::fromLocal8Bit(std::strerror(errno)));
+        else
+            return true;
+    }
+    ::unlink(working.constData());
     return fail(strWhy);
 }

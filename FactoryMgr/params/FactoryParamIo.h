@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QSet>
 #include <QString>
 #include <QtGlobal>
 
@@ -22,8 +23,10 @@ enum class ParamFileStatus
 constexpr qint64 kMaxParamFileSize = 1024 * 1024;
 
 // Fills record from the file; on anything but Loaded the record is untouched.
-// Values are kept exactly as stored; a missing key takes its Missing value.
-ParamFileStatus ReadFactoryParamFile(FactoryParams& record, const QString& strPath);
+// Values are kept exactly as stored; a missing key takes its Missing value
+// (and, when pMissing is given, is named there).
+ParamFileStatus ReadFactoryParamFile(FactoryParams& record, const QString& strPath,
+                                     QSet<QString>* pMissing = nullptr);
 
 // Writes record as a complete new file and only then puts it in place of the
 // old one, so a write that fails at any point leaves the previous file whole.
@@ -38,3 +41,10 @@ ParamFileStatus ParamFileKind(const QString& strPath);
 // words: "no such file", "permission denied", "not a parameter file (...)".
 // Empty for Loaded.
 QString ParamFileProblem(const QString& strPath, ParamFileStatus status);
+
+// Puts bytes in place of the file at strFile (a link is followed, and its
+// target replaced) in one step, as a save does: written beside it in full,
+// read back, then renamed over it. The file keeps its mode and its owner; if
+// the owner cannot be kept, nothing is replaced. The caller holds the file's
+// lock (CParamFileLock). False, with the reason, when the file is unchanged.
+bool ReplaceParamFileBytes(const QString& strFile, const QByteArray& bytes, QString* pError);

@@ -1,6 +1,9 @@
 #include "CParamsTool.h"
 
 #include "CParamBackups.h"
+#include "CParamEdit.h"
+#include "CParamFileLock.h"
+#include "CParamFileText.h"
 #include "CParamCheck.h"
 #include "CParamDiff.h"
 #include "FactoryParamIo.h"
@@ -18,6 +21,9 @@
 #include <QMap>
 
 #include <cmath>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 const char* const kToolHelp =
@@ -44,6 +50,18 @@ QJsonObject JsonField(const QString& strKey, const QString& strLabel, const QStr
     return QJsonObject{{"key", strKey}, {"label", strLabel}, {"where", strWhere}, {"unit", strUnit}};
 }
 
+QJsonObject JsonDifference(const SParamDifference& d)
+{
+    QJsonObject field = JsonField(d.strKey, d.strLabel, d.strWhere, d.strUnit);
+    field.insert("a", d.bMissingA ? QJsonValue() : JsonNumber(d.dA));
+    field.insert("b", d.bMissingB ? QJsonValue() : JsonNumber(d.dB));
+    if (d.bMissingA)
+        field.insert("missingInA", true);
+    if (d.bMissingB)
+        field.insert("missingInB", true);
+    return field;
+}
+
 // A parser with the tool's own --help. arguments: name and description of each
 // positional argument; the first is shown after the command's name.
 struct CommandLine
@@ -51,6 +69,10 @@ struct CommandLine
     QCommandLineParser parser;
     QCommandLineOption help{{"h", "help"}, QStringLiteral("Show this help.")};
     QCommandLineOption json{QStringLiteral("json"), QStringLiteral("Answer in JSON, for another program.")};
+    QCommandLineOption filesFrom{QStringLiteral("files-from"),
+                                 QStringLiteral("Also the files or folders listed in LIST, one per line (- reads "
+                                                "standard input)."),
+                                 QStringLiteral("LIST")};
 
     CommandLine(const QString& strCommand, const QString& strDescription,
                 const QList<QPair<QString, QString>>& arguments, bool bJson)
@@ -85,21 +107,16 @@ void CParamsTool::Complain(const QString& strText)
     m_err << "factoryparams: " << strText << Qt::endl;
 }
 
-bool CParamsTool::Load(const QString& strPath, FactoryParams& record)
+bool CParamsTool::Load(const CToolInputs::SInput& input, FactoryParams& record, QSet<QString>* pMissing)
 {
-    switch (ReadFactoryParamFile(record, strPath)) {
-    case ParamFileStatus::Loaded: return true;
-    case ParamFileStatus::NoFile:
-        Complain(QFileInfo(strPath).isDir() ? QStringLiteral("%1: is a directory, not a parameter file").arg(strPath)
-                                            : QStringLiteral("%1: no such file").arg(strPath));
-        return false;
-    case ParamFileStatus::TooLarge:
-        Complain(QStringLiteral("%1: larger than %2 bytes, not a parameter file").arg(strPath).arg(kMaxParamFileSize));
-        return false;
-    case ParamFileStatus::WrongMarker:
-        Complain(QStringLiteral("%1: not a parameter file (no FACTORY_PARAM/FILE_FLAG=__FACTORY_PARAM__)").arg(strPath));
+    if (!input.strWhy.isEmpty()) {
+        Complain(QStringLiteral("%1: %2").arg(input.strName, input.strWhy));
         return false;
     }
+    const ParamFileStatus status = ReadFactoryParamFile(record, input.strPath, pMissing);
+    if (status == ParamFileStatus::Loaded)
+        return true;
+    Complain(QStringLiteral("%1: %2").arg(input.strName, ParamFileProblem(input.strPath, status)));
     return false;
 }
 
@@ -129,6 +146,25 @@ struct ToolLine
         return strText;
     }
 };
+}
+
+bool CParamsTool::GatherInputs(const QCommandLineParser& parser, const QCommandLineOption& filesFrom, int nFirst,
+                               CToolInputs& inputs)
+{
+    const QStringList positional = parser.positionalArguments();
+    if (positional.size() <= nFirst && !parser.isSet(filesFrom)) {
+        Complain(QStringLiteral("%1 needs files or folders to read, or --files-from LIST; see factoryparams %1 --help")
+                     .arg(positional.first()));
+        return false;
+    }
+    for (const QString& strArgument : positional.mid(nFirst))
+        inputs.Add(strArgument, true);
+    QString strWhy;
+    if (parser.isSet(filesFrom) && !inputs.AddListFrom(parser.value(filesFrom), &strWhy)) {
+        Complain(strWhy);
+        return false;
+    }
+    return true;
 }
 
 int CParamsTool::Usage()
@@ -203,14 +239,19 @@ int CParamsTool::Show(const QStringList& arguments)
 {
     CommandLine line(QStringLiteral("show"),
                      QStringLiteral("Shows every field of a parameter file, as the plug-in reads it: its key, "
-                                    "its label in the settings dialog, the axis or laser, the unit and the value."),
+                                    "its label in the settings dialog, the axis or laser, the unit and the value. "
+                                    "A key the file lacks shows the value the plug-in puts in its place, marked "
+                                    "\"missing\". FILE - reads standard input."),
                      {{QStringLiteral("FILE"), QStringLiteral("The parameter file.")}}, true);
     const auto complain = [this](const QString& s) { Complain(s); };
     if (const int n = ParseCommand(line, arguments, 1, 1, m_out, complain))
         return n < 0 ? ExitOk : n;
-    const QString strPath = line.parser.positionalArguments().at(1);
+    CToolInputs inputs;
+    inputs.Add(line.parser.positionalArguments().at(1), false);
+    const CToolInputs::SInput& input = inputs.Inputs().first();
     FactoryParams record;
-    if (!Load(strPath, record))
+    QSet<QString> missing;
+    if (!Load(input, record, &missing))
         return ExitFailed;
     const QVector<FactoryParamKey> keys = FactoryParamKey::ForRecord(record);
     if (line.parser.isSet(line.json)) {
@@ -220,9 +261,11 @@ int CParamsTool::Show(const QStringList& arguments)
                                           QString::fromUtf8(key.szUnit));
             field.insert("section", key.strSection);
             field.insert("value", JsonNumber(key.Value()));
+            if (missing.contains(key.strKey))
+                field.insert("missing", true);
             fields << field;
         }
-        m_out << QJsonDocument(QJsonObject{{"file", strPath}, {"fields", fields}}).toJson(QJsonDocument::Indented);
+        m_out << QJsonDocument(QJsonObject{{"file", input.strName}, {"fields", fields}}).toJson(QJsonDocument::Indented);
         return ExitOk;
     }
     for (const FactoryParamKey& key : keys) {
@@ -231,6 +274,8 @@ int CParamsTool::Show(const QStringList& arguments)
         QString strValue = CParamDiff::Number(key.Value());
         if (*key.szUnit)
             strValue += " " + QString::fromUtf8(key.szUnit);
+        if (missing.contains(key.strKey))
+            strValue += QStringLiteral("  (missing)");
         m_out << key.strKey.leftJustified(28) << " " << strName.leftJustified(44) << " " << strValue << "\n";
     }
     return ExitOk;
@@ -240,30 +285,34 @@ int CParamsTool::Diff(const QStringList& arguments)
 {
     CommandLine line(QStringLiteral("diff"),
                      QStringLiteral("Shows the fields that hold different values in two parameter files, as "
-                                    "\"label, axis or laser: A → B unit\". Exit code 0 when they hold the same "
-                                    "values, 1 when they differ."),
+                                    "\"label, axis or laser: A → B unit\"; a key one file lacks is a difference "
+                                    "(\"(missing)\"). Exit code 0 when they hold the same values, 1 when they "
+                                    "differ, 2 when either cannot be read. A or B - reads standard input."),
                      {{QStringLiteral("A"), QStringLiteral("The first parameter file.")},
                       {QStringLiteral("B"), QStringLiteral("The second parameter file.")}},
                      true);
     const auto complain = [this](const QString& s) { Complain(s); };
     if (const int n = ParseCommand(line, arguments, 2, 2, m_out, complain))
         return n < 0 ? ExitOk : n;
-    const QString strA = line.parser.positionalArguments().at(1);
-    const QString strB = line.parser.positionalArguments().at(2);
+    CToolInputs inputs;
+    inputs.Add(line.parser.positionalArguments().at(1), false);
+    inputs.Add(line.parser.positionalArguments().at(2), false);
     FactoryParams a;
     FactoryParams b;
-    if (!Load(strA, a) || !Load(strB, b))
+    QSet<QString> missingA;
+    QSet<QString> missingB;
+    const bool bA = Load(inputs.Inputs().at(0), a, &missingA);
+    const bool bB = Load(inputs.Inputs().at(1), b, &missingB);
+    if (!bA || !bB)
         return ExitFailed;
-    const QList<SParamDifference> differences = CParamDiff::Compare(a, b);
+    const QList<SParamDifference> differences = CParamDiff::Compare(a, b, {}, missingA, missingB);
     if (line.parser.isSet(line.json)) {
         QJsonArray list;
-        for (const SParamDifference& d : differences) {
-            QJsonObject field = JsonField(d.strKey, d.strLabel, d.strWhere, d.strUnit);
-            field.insert("a", JsonNumber(d.dA));
-            field.insert("b", JsonNumber(d.dB));
-            list << field;
-        }
-        m_out << QJsonDocument(QJsonObject{{"a", strA}, {"b", strB}, {"differences", list}})
+        for (const SParamDifference& d : differences)
+            list << JsonDifference(d);
+        m_out << QJsonDocument(QJsonObject{{"a", inputs.Inputs().at(0).strName},
+                                           {"b", inputs.Inputs().at(1).strName},
+                                           {"differences", list}})
                      .toJson(QJsonDocument::Indented);
     } else {
         for (const SParamDifference& d : differences)
@@ -275,85 +324,188 @@ int CParamsTool::Diff(const QStringList& arguments)
 int CParamsTool::Check(const QStringList& arguments)
 {
     CommandLine line(QStringLiteral("check"),
-                     QStringLiteral("Checks parameter files: the marker, every key present and none unknown, and "
-                                    "each value a number of its field's kind and range (switches 0 or 1, the laser "
-                                    "count 1 or 2, the laser type 0 to 4, percentages 0 to 100, the other motor and "
-                                    "laser values 0 to 1000000; no NaN or infinity anywhere). One line per problem, "
-                                    "\"file: key=value: what\"; exit code 0 only when every file is clean."),
-                     {{QStringLiteral("FILE..."), QStringLiteral("The parameter files.")}}, false);
+                     QStringLiteral("Checks parameter files: the marker, every key present once and none unknown, "
+                                    "CREATE_TIME a time, and each value a number of its field's kind and range "
+                                    "(switches 0 or 1, the laser count 1 or 2, the laser type 0 to 4, moving parts "
+                                    "0 to 3, machine zero 0 or 1, percentages 0 to 100, every other value 0 to "
+                                    "1000000; no NaN or infinity anywhere), written as the plug-in reads it. One "
+                                    "line per problem, \"file: key=value: what\". A folder stands for every .ini "
+                                    "file below it (not its Backups). Exit code 0 when every file is clean, 1 when "
+                                    "any has a problem, 2 when any cannot be read."),
+                     {{QStringLiteral("FILE..."), QStringLiteral("The parameter files or folders; - reads standard input.")}},
+                     true);
+    line.parser.addOption(line.filesFrom);
     const auto complain = [this](const QString& s) { Complain(s); };
-    if (const int n = ParseCommand(line, arguments, 1, -1, m_out, complain))
+    if (const int n = ParseCommand(line, arguments, 0, -1, m_out, complain))
         return n < 0 ? ExitOk : n;
+    CToolInputs inputs;
+    if (!GatherInputs(line.parser, line.filesFrom, 1, inputs))
+        return ExitFailed;
+    bool bUnreadable = false;
     int nProblems = 0;
-    const QStringList files = line.parser.positionalArguments().mid(1);
-    for (const QString& strPath : files) {
-        const QList<SParamProblem> problems = CParamCheck::CheckFile(strPath);
+    QJsonArray files;
+    for (const CToolInputs::SInput& input : inputs.Inputs()) {
+        QList<SParamProblem> problems;
+        if (!input.strWhy.isEmpty()) {
+            problems << SParamProblem{input.strName, QString(), QString(), input.strWhy};
+            bUnreadable = true;
+        } else {
+            problems = CParamCheck::CheckFile(input.strPath);
+            bUnreadable = bUnreadable || (problems.size() == 1 && problems.first().bUnreadable);
+        }
+        nProblems += int(problems.size());
+        if (line.parser.isSet(line.json)) {
+            QJsonArray list;
+            for (const SParamProblem& problem : problems)
+                list << QJsonObject{{"key", problem.strKey}, {"value", problem.strValue}, {"problem", problem.strWhat}};
+            files << QJsonObject{{"file", input.strName}, {"ok", problems.isEmpty()}, {"problems", list}};
+            continue;
+        }
         for (const SParamProblem& problem : problems) {
-            m_out << problem.strFile << ": ";
+            if (problem.bUnreadable || problem.strKey.isEmpty()) {
+                Complain(QStringLiteral("%1: %2%3").arg(input.strName,
+                                                       problem.strKey.isEmpty() ? QString()
+                                                                                : problem.strKey + "=" + problem.strValue + ": ",
+                                                       problem.strWhat));
+                continue;
+            }
+            m_out << input.strName << ": ";
             if (!problem.strKey.isEmpty())
                 m_out << problem.strKey << "=" << problem.strValue << ": ";
             m_out << problem.strWhat << "\n";
         }
         if (problems.isEmpty())
-            m_out << strPath << ": ok\n";
-        nProblems += int(problems.size());
+            m_out << input.strName << ": ok\n";
     }
-    return nProblems == 0 ? ExitOk : ExitDifferent;
+    if (line.parser.isSet(line.json))
+        m_out << QJsonDocument(QJsonObject{{"files", files}}).toJson(QJsonDocument::Indented);
+    if (inputs.Inputs().isEmpty()) {
+        Complain(QStringLiteral("no parameter files were found"));
+        return ExitFailed;
+    }
+    return bUnreadable ? ExitFailed : nProblems == 0 ? ExitOk : ExitDifferent;
 }
 
 int CParamsTool::Set(const QStringList& arguments)
 {
     CommandLine line(QStringLiteral("set"),
                      QStringLiteral("Changes values of a parameter file by their keys, each checked against its "
-                                    "field's kind and range; nothing is written unless every one is good. The file "
-                                    "is written anew, with a fresh CREATE_TIME, and the file it replaces is kept in "
-                                    "Backups/ beside it. Prints each change."),
+                                    "field's kind and range; nothing is written unless every one is good. Only the "
+                                    "lines of those keys change: keys and sections the tool does not know, comments "
+                                    "and CREATE_TIME stay as they are. A file that does not pass check is refused, "
+                                    "with its problems, unless --repair is given. A link is followed and its target "
+                                    "changed, keeping its mode and owner; a read-only file is refused. The file it "
+                                    "replaces is kept in Backups/ beside it; a set that changes nothing writes "
+                                    "nothing. Prints each change. Exit code 0 done, 2 nothing was changed."),
                      {{QStringLiteral("FILE"), QStringLiteral("The parameter file.")},
                       {QStringLiteral("KEY=VALUE..."),
                        QStringLiteral("New values by their file keys, as factoryparams show lists them.")}},
                      false);
+    const QCommandLineOption repair(QStringLiteral("repair"),
+                                    QStringLiteral("Fill in missing keys (with the value the plug-in reads for "
+                                                   "them), bring values into their range, write values as the "
+                                                   "plug-in reads them, keep only the last of a key given twice and "
+                                                   "give CREATE_TIME a time, naming each field changed."));
+    const QCommandLineOption dryRun(QStringLiteral("dry-run"), QStringLiteral("Show what would change; write nothing."));
+    line.parser.addOption(repair);
+    line.parser.addOption(dryRun);
     const auto complain = [this](const QString& s) { Complain(s); };
-    if (const int n = ParseCommand(line, arguments, 2, -1, m_out, complain))
+    if (const int n = ParseCommand(line, arguments, 1, -1, m_out, complain))
         return n < 0 ? ExitOk : n;
     const QString strPath = line.parser.positionalArguments().at(1);
-    FactoryParams record;
-    if (!Load(strPath, record))
+    const QStringList assignments = line.parser.positionalArguments().mid(2);
+    if (assignments.isEmpty() && !line.parser.isSet(repair)) {
+        Complain(QStringLiteral("set takes KEY=VALUE... (or --repair); see factoryparams set --help"));
         return ExitFailed;
-    const FactoryParams before = record;
-    const QVector<FactoryParamKey> keys = FactoryParamKey::ForRecord(record);
+    }
+    if (strPath == QLatin1String("-")) {
+        Complain(QStringLiteral("set changes a file; standard input cannot be changed"));
+        return ExitFailed;
+    }
+    // A link is followed: its target is the file that changes.
+    const QFileInfo info(strPath);
+    const QString strTarget = info.isSymLink() ? info.canonicalFilePath() : strPath;
+    // Read, changed and written under one lock: a host or another set
+    // waits, and no change is lost between the reading and the writing.
+    const CParamFileLock lock(strTarget.isEmpty() ? strPath : strTarget);
+    if (!lock.Taken()) {
+        Complain(QStringLiteral("%1: %2 has been using it for 10 s; it is unchanged").arg(strPath, lock.Holder()));
+        return ExitFailed;
+    }
+    CParamEdit edit(strTarget.isEmpty() ? strPath : strTarget);
+    if (!edit.Unreadable().isEmpty()) {
+        Complain(QStringLiteral("%1: %2").arg(strPath, edit.Unreadable()));
+        return ExitFailed;
+    }
     bool bAllGood = true;
-    for (const QString& strAssignment : line.parser.positionalArguments().mid(2)) {
-        const QString strKey = strAssignment.section('=', 0, 0).trimmed();
-        const QString strValue = strAssignment.section('=', 1);
-        const auto key = std::find_if(keys.begin(), keys.end(), [&](const FactoryParamKey& k) { return k.strKey == strKey; });
-        if (!strAssignment.contains('=') || key == keys.end()) {
-            Complain(!strAssignment.contains('=') ? QStringLiteral("\"%1\" is not KEY=VALUE").arg(strAssignment)
-                                                 : QStringLiteral("no key %1 (factoryparams show lists them)").arg(strKey));
-            bAllGood = false;
-            continue;
-        }
-        double dValue = 0.0;
+    for (const QString& strAssignment : assignments) {
         QString strWhy;
-        if (!CParamCheck::Parse(*key, strValue, &dValue, &strWhy)) {
-            Complain(QStringLiteral("%1=%2: %3").arg(strKey, strValue, strWhy));
+        if (!edit.Assign(strAssignment, &strWhy)) {
+            Complain(strWhy);
             bAllGood = false;
-            continue;
         }
-        key->SetValue(dValue);
     }
     if (!bAllGood) {
         Complain(QStringLiteral("%1 is unchanged").arg(strPath));
         return ExitFailed;
     }
-    QString strError;
-    if (!CParamBackups::KeepFile(strPath, CParamBackups::ReasonSave, &strError))
-        Complain(QStringLiteral("warning: no backup was kept: %1").arg(strError));
-    if (!WriteFactoryParamFile(record, strPath, &strError)) {
-        Complain(QStringLiteral("%1: cannot be written (%2); it is unchanged").arg(strPath, strError));
+    QStringList repaired;
+    if (line.parser.isSet(repair)) {
+        QStringList left;
+        repaired = edit.Repair(&left);
+        for (const QString& strLeft : left)
+            Complain(QStringLiteral("%1: %2: cannot be repaired").arg(strPath, strLeft));
+        if (!left.isEmpty()) {
+            Complain(QStringLiteral("%1 is unchanged").arg(strPath));
+            return ExitFailed;
+        }
+    } else if (!edit.Problems().isEmpty()) {
+        for (const SParamProblem& problem : edit.Problems())
+            Complain(QStringLiteral("%1: %2%3").arg(strPath,
+                                                   problem.strKey.isEmpty() ? QString()
+                                                                            : problem.strKey + "=" + problem.strValue + ": ",
+                                                   problem.strWhat));
+        Complain(QStringLiteral("%1 is unchanged: it does not pass check (--repair fills and fixes what it can)")
+                     .arg(strPath));
         return ExitFailed;
     }
-    for (const SParamDifference& d : CParamDiff::Compare(before, record))
-        m_out << d.strKey.leftJustified(28) << " " << CParamDiff::Describe(d) << "\n";
+    QString strError;
+    if (!edit.Verify(&strError)) {
+        Complain(QStringLiteral("%1: %2; it is unchanged").arg(strPath, strError));
+        return ExitFailed;
+    }
+    const QString strWould = line.parser.isSet(dryRun) ? QStringLiteral("would change: ") : QString();
+    if (!edit.Changed()) {
+        m_out << strPath << ": " << (line.parser.isSet(dryRun) ? "would not change" : "unchanged")
+              << " (it holds these values already)\n";
+        return ExitOk;
+    }
+    if (!line.parser.isSet(dryRun)) {
+        // Read-only by its mode, whoever runs this (root may write anything).
+        struct stat mode {};
+        if (::stat(QFile::encodeName(strTarget).constData(), &mode) != 0 || (mode.st_mode & 0222) == 0
+            || ::access(QFile::encodeName(strTarget).constData(), W_OK) != 0) {
+            Complain(QStringLiteral("%1: read-only; it is unchanged").arg(strPath));
+            return ExitFailed;
+        }
+        if (!CParamBackups::KeepFile(strTarget, CParamBackups::ReasonSave, &strError))
+            Complain(QStringLiteral("warning: no backup was kept: %1").arg(strError));
+        if (!ReplaceParamFileBytes(strTarget, edit.Bytes(), &strError)) {
+            Complain(QStringLiteral("%1: cannot be written (%2); it is unchanged").arg(strPath, strError));
+            return ExitFailed;
+        }
+    }
+    for (const QString& strRepaired : repaired)
+        m_out << strWould << "repaired " << strRepaired << "\n";
+    const QSet<QString> repairedKeys = [&repaired] {
+        QSet<QString> keys;
+        for (const QString& strRepaired : repaired)
+            keys << strRepaired.section(':', 0, 0);
+        return keys;
+    }();
+    for (const SParamDifference& d : edit.Changes())
+        if (!repairedKeys.contains(d.strKey))
+            m_out << strWould << d.strKey.leftJustified(28) << " " << CParamDiff::Describe(d) << "\n";
     return ExitOk;
 }
 
@@ -361,30 +513,34 @@ int CParamsTool::Fleet(const QStringList& arguments)
 {
     CommandLine line(QStringLiteral("fleet"),
                      QStringLiteral("Compares every parameter file under DIR (all folders below it, but not their "
-                                    "Backups) with REFERENCE and tells, per field, how many machines differ and "
-                                    "which. Files that are no parameter files are named on standard error and "
-                                    "left out. Exit code 1 when any machine differs."),
+                                    "Backups), or each FILE given, with REFERENCE and tells, per field, how many "
+                                    "machines differ and which; a key a machine's file lacks is a difference. A "
+                                    "file that cannot be read, or is no parameter file, is named with its reason on "
+                                    "standard error (and under \"skipped\" in JSON). Exit code 0 when every "
+                                    "machine matches, 1 when any differs, 2 when any file could not be read or "
+                                    "none was found."),
                      {{QStringLiteral("REFERENCE"), QStringLiteral("The parameter file the machines should match.")},
-                      {QStringLiteral("DIR"), QStringLiteral("The folder of the machines' parameter files.")}},
+                      {QStringLiteral("DIR|FILE..."), QStringLiteral("The machines' parameter files, or folders of them.")}},
                      true);
+    line.parser.addOption(line.filesFrom);
     const auto complain = [this](const QString& s) { Complain(s); };
-    if (const int n = ParseCommand(line, arguments, 2, 2, m_out, complain))
+    if (const int n = ParseCommand(line, arguments, 1, -1, m_out, complain))
         return n < 0 ? ExitOk : n;
-    const QString strReference = line.parser.positionalArguments().at(1);
-    const QString strDir = line.parser.positionalArguments().at(2);
+    CToolInputs referenceInput;
+    referenceInput.Add(line.parser.positionalArguments().at(1), false);
     FactoryParams reference;
-    if (!Load(strReference, reference))
+    if (!Load(referenceInput.Inputs().first(), reference, nullptr))
         return ExitFailed;
-    if (!QFileInfo(strDir).isDir()) {
-        Complain(QStringLiteral("%1: no such folder").arg(strDir));
+    const QString strReference = referenceInput.Inputs().first().strName;
+    CToolInputs inputs;
+    if (!GatherInputs(line.parser, line.filesFrom, 2, inputs))
         return ExitFailed;
-    }
 
     // Per field, in the file's order: the machines that differ and their values.
     struct Field
     {
         SParamDifference what;
-        QList<QPair<QString, double>> machines;
+        QList<QPair<QString, SParamDifference>> machines;
     };
     QMap<int, Field> fields;
     QHash<QString, int> order;
@@ -394,42 +550,36 @@ int CParamsTool::Fleet(const QStringList& arguments)
         for (int i = 0; i < keys.size(); ++i)
             order.insert(keys[i].strKey, i);
     }
-    const QDir base(QFileInfo(strDir).absoluteFilePath());
-    const QString strReferencePath = QFileInfo(strReference).absoluteFilePath();
+    const QString strReferencePath = QFileInfo(referenceInput.Inputs().first().strPath).canonicalFilePath();
     int nMachines = 0;
     int nDiffering = 0;
-    QStringList skipped;
-    QStringList files;
-    QDirIterator it(base.absolutePath(), {QStringLiteral("*.ini")}, QDir::Files, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString strPath = it.next();
-        const QString strRelative = base.relativeFilePath(strPath);
-        if (strRelative.split('/').contains(QStringLiteral("Backups"))
-            || QFileInfo(strPath).absoluteFilePath() == strReferencePath)
+    QList<QPair<QString, QString>> skipped;
+    for (const CToolInputs::SInput& input : inputs.Inputs()) {
+        if (!input.strWhy.isEmpty()) {
+            skipped << qMakePair(input.strName, input.strWhy);
             continue;
-        files << strPath;
-    }
-    files.sort();
-    for (const QString& strPath : files) {
+        }
+        if (!strReferencePath.isEmpty() && QFileInfo(input.strPath).canonicalFilePath() == strReferencePath)
+            continue;
         FactoryParams machine;
-        if (ReadFactoryParamFile(machine, strPath) != ParamFileStatus::Loaded) {
-            skipped << base.relativeFilePath(strPath);
+        QSet<QString> missing;
+        const ParamFileStatus status = ReadFactoryParamFile(machine, input.strPath, &missing);
+        if (status != ParamFileStatus::Loaded) {
+            skipped << qMakePair(input.strName, ParamFileProblem(input.strPath, status));
             continue;
         }
         ++nMachines;
-        const QList<SParamDifference> differences = CParamDiff::Compare(reference, machine);
+        const QList<SParamDifference> differences = CParamDiff::Compare(reference, machine, {}, {}, missing);
         if (!differences.isEmpty())
             ++nDiffering;
         for (const SParamDifference& d : differences) {
             Field& field = fields[order.value(d.strKey)];
             field.what = d;
-            field.machines << qMakePair(base.relativeFilePath(strPath), d.dB);
+            field.machines << qMakePair(input.strName, d);
         }
     }
-    if (!skipped.isEmpty())
-        Complain(QStringLiteral("skipped %1 file(s) that are no parameter files: %2")
-                     .arg(skipped.size())
-                     .arg(skipped.join(", ")));
+    for (const auto& [strName, strWhy] : skipped)
+        Complain(QStringLiteral("%1: %2").arg(strName, strWhy));
 
     if (line.parser.isSet(line.json)) {
         QJsonArray list;
@@ -437,22 +587,33 @@ int CParamsTool::Fleet(const QStringList& arguments)
             QJsonObject object = JsonField(field.what.strKey, field.what.strLabel, field.what.strWhere, field.what.strUnit);
             object.insert("reference", JsonNumber(field.what.dA));
             QJsonArray machines;
-            for (const auto& machine : field.machines)
-                machines << QJsonObject{{"file", machine.first}, {"value", JsonNumber(machine.second)}};
+            for (const auto& [strName, d] : field.machines) {
+                QJsonObject machine{{"file", strName}, {"value", JsonNumber(d.dB)}};
+                if (d.bMissingB)
+                    machine.insert("missing", true);
+                machines << machine;
+            }
             object.insert("machines", machines);
             list << object;
         }
+        QJsonArray skippedList;
+        for (const auto& [strName, strWhy] : skipped)
+            skippedList << QJsonObject{{"file", strName}, {"reason", strWhy}};
         m_out << QJsonDocument(QJsonObject{{"reference", strReference},
                                            {"machines", nMachines},
                                            {"differing", nDiffering},
-                                           {"fields", list}})
+                                           {"fields", list},
+                                           {"skipped", skippedList}})
                      .toJson(QJsonDocument::Indented);
     } else {
-        m_out << QStringLiteral("%1 machine(s) compared with %2: %3 differ, in %4 field(s)\n")
+        m_out << QStringLiteral("%1 machine(s) compared with %2: %3 differ, in %4 field(s)")
                      .arg(nMachines)
                      .arg(strReference)
                      .arg(nDiffering)
                      .arg(fields.size());
+        if (!skipped.isEmpty())
+            m_out << QStringLiteral("; %1 file(s) could not be read (named on standard error)").arg(skipped.size());
+        m_out << "\n";
         for (const Field& field : fields) {
             const QString strUnit = field.what.strUnit.isEmpty() ? QString() : " " + field.what.strUnit;
             m_out << field.what.strKey << "  " << CParamDiff::Name(field.what) << ": "
@@ -460,9 +621,12 @@ int CParamsTool::Fleet(const QStringList& arguments)
                          .arg(field.machines.size())
                          .arg(nMachines)
                          .arg(CParamDiff::Number(field.what.dA), strUnit);
-            for (const auto& machine : field.machines)
-                m_out << "    " << machine.first << "  " << CParamDiff::Number(machine.second) << strUnit << "\n";
+            for (const auto& [strName, d] : field.machines)
+                m_out << "    " << strName << "  "
+                      << (d.bMissingB ? QStringLiteral("(missing)") : CParamDiff::Number(d.dB) + strUnit) << "\n";
         }
     }
-    return nDiffering == 0 ? ExitOk : ExitDifferent;
+    if (nMachines == 0 && skipped.isEmpty())
+        Complain(QStringLiteral("no parameter files were found"));
+    return !skipped.isEmpty() || nMachines == 0 ? ExitFailed : nDiffering == 0 ? ExitOk : ExitDifferent;
 }

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "CToolInputs.h"
+
+#include <QCommandLineParser>
+#include <QSet>
 #include <QStringList>
 #include <QTextStream>
 
@@ -33,9 +37,15 @@ private:
     int Fleet(const QStringList& arguments);
     int Usage();
 
-    // Reads a parameter file; false, with the reason on standard error, when it cannot.
-    bool Load(const QString& strPath, FactoryParams& record);
+    // Reads a parameter file, naming the keys it lacks in pMissing; false,
+    // with the reason on standard error, when it cannot.
+    bool Load(const CToolInputs::SInput& input, FactoryParams& record, QSet<QString>* pMissing);
     void Complain(const QString& strText);
+    // The files and folders a command is given from its nFirst positional
+    // argument on, and those --files-from lists; false, said, when there are
+    // none or the list cannot be read.
+    bool GatherInputs(const QCommandLineParser& parser, const QCommandLineOption& filesFrom, int nFirst,
+                      CToolInputs& inputs);
 
     QTextStream& m_out;
     QTextStream& m_err;

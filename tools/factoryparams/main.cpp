@@ -14,5 +14,13 @@ int main(int argc, char** argv)
     QTextStream out(stdout);
     QTextStream err(stderr);
     CParamsTool tool(out, err);
-    return tool.Run(QCoreApplication::arguments().mid(1));
+    const int nExit = tool.Run(QCoreApplication::arguments().mid(1));
+    // Output that never arrived (a full disk, a closed pipe) is no result.
+    out.flush();
+    if (out.status() != QTextStream::Ok || std::fflush(stdout) != 0 || std::ferror(stdout)) {
+        err << "factoryparams: standard output could not be written\n";
+        err.flush();
+        return CParamsTool::ExitFailed;
+    }
+    return nExit;
 }
