@@ -18,6 +18,7 @@
 #include <cmath>
 #include <limits>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace ParamFileTestData;
@@ -42,6 +43,13 @@ private slots:
     void twoWritersInTwoProcessesNeverCombine();
     void fleetCountsTheMachinesPerField();
     void fleetJson();
+    void setChangesOnlyTheLinesOfTheKeysItIsGiven();
+    void setRefusesAFileThatDoesNotPassCheckUnlessRepaired();
+    void setFollowsALinkKeepsTheModeAndRefusesAReadOnlyFile();
+    void setThatChangesNothingWritesNothingAndDryRunNothingAtAll();
+    void twoSetsAtOnceLoseNoChange();
+    void fleetDiffAndCheckNameEveryFileTheyCouldNotRead();
+    void standardInputPipesListsAndAFullOutput();
 
 private:
     struct Run
@@ -50,7 +58,8 @@ private:
         QString strOut;
         QString strErr;
     };
-    Run Tool(const QStringList& arguments, qint64 nFileSizeLimit = 0);
+    Run Tool(const QStringList& arguments, qint64 nFileSizeLimit = 0, const QByteArray& input = QByteArray(),
+             const QString& strOutputFile = QString());
     QString Write(const QString& strName, const FactoryParams& record);
     QString WriteBytes(const QString& strName, const QByteArray& bytes);
     QScopedPointer<QTemporaryDir> m_pDir;
@@ -70,7 +79,8 @@ void TestParamsTool::init()
     QVERIFY(m_pDir->isValid());
 }
 
-TestParamsTool::Run TestParamsTool::Tool(const QStringList& arguments, qint64 nFileSizeLimit)
+TestParamsTool::Run TestParamsTool::Tool(const QStringList& arguments, qint64 nFileSizeLimit, const QByteArray& input,
+                                         const QString& strOutputFile)
 {
     QProcess process;
     process.setWorkingDirectory(m_pDir->path());
@@ -82,7 +92,11 @@ TestParamsTool::Run TestParamsTool::Tool(const QStringList& arguments, qint64 nF
             setrlimit(RLIMIT_FSIZE, &limit);
         });
     }
+    if (!strOutputFile.isEmpty())
+        process.setStandardOutputFile(strOutputFile);
     process.start(QCoreApplication::applicationDirPath() + "/factoryparams", arguments);
+    process.write(input);
+    process.closeWriteChannel();
     Run run;
     if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
         return run;
@@ -467,6 +481,278 @@ void TestParamsTool::fleetJson()
     QCOMPARE(fields[0]["machines"][0]["file"].toString(), m_pDir->filePath("fleet/m1.ini"));
     QCOMPARE(document["skipped"].toArray().size(), 0);
     QCOMPARE(fields[0]["machines"][0]["value"].toString(), QStringLiteral("inf"));
+}
+
+namespace {
+// A clean file's text with some of its lines replaced.
+// A replacement "KEY=" → "" drops the key's whole line.
+QByteArray Edited(QByteArray text, const QList<QPair<QByteArray, QByteArray>>& replacements)
+{
+    for (const auto& [from, to] : replacements) {
+        if (from.endsWith('=') && to.isEmpty()) {
+            const qsizetype nAt = text.indexOf("\n" + from);
+            if (nAt < 0)
+                QTest::qFail(("no line " + from).constData(), __FILE__, __LINE__);
+            text.remove(nAt + 1, text.indexOf('\n', nAt + 1) - nAt);
+            continue;
+        }
+        if (!text.contains(from))
+            QTest::qFail(("no line " + from).constData(), __FILE__, __LINE__);
+        text.replace(from, to);
+    }
+    return text;
+}
+}
+
+void TestParamsTool::setChangesOnlyTheLinesOfTheKeysItIsGiven()
+{
+    const QString strClean = Write("clean.ini", FactoryParams());
+    // A comment, a key and a section nobody knows, written by hand.
+    const QByteArray before = "; machine QV-0042, line 3\n"
+        + Edited(ReadBytes(strClean), {{"[FACTORY_PARAM_MOTOR]\n", "[FACTORY_PARAM_MOTOR]\nMACHINE_SERIAL=QV-0042\n"}})
+        + "\n[SERVICE]\n# last visit\nTECHNICIAN=J. Doe\n";
+    const QString strPath = WriteBytes("machine.ini", before);
+    const Run run = Tool({"set", strPath, "MOTOR_SPEED_MAX_1=1100"});
+    QCOMPARE(run.nExit, 0);
+    QCOMPARE(run.strErr, QString());
+    QCOMPARE(run.strOut.simplified(), QStringLiteral("MOTOR_SPEED_MAX_1 Max Speed(mm/s), X: 1000 → 1100 mm/s"));
+    QCOMPARE(ReadBytes(strPath), Edited(before, {{"MOTOR_SPEED_MAX_1=1000\n", "MOTOR_SPEED_MAX_1=1100\n"}}));
+    // check still names the unknown keys, as before.
+    const Run check = Tool({"check", strPath});
+    QCOMPARE(check.nExit, 1);
+    QCOMPARE(check.strOut.count("unknown key"), 2);
+}
+
+void TestParamsTool::setRefusesAFileThatDoesNotPassCheckUnlessRepaired()
+{
+    const QString strClean = Write("clean.ini", FactoryParams());
+    const QByteArray before = Edited(ReadBytes(strClean), {{"MOTOR_PULSE_PER_MM_1=", ""},
+                                                           {"LASER_WATER_PROTECT_1=", ""},
+                                                           {"LASER_POWER_1=80\n", "LASER_POWER_1=80.0\n"},
+                                                           {"MOTOR_DIRECTION_POLAR_2=1\n", "MOTOR_DIRECTION_POLAR_2=1.0\n"},
+                                                           {"MOTOR_SIZE_2=900\n", "MOTOR_SIZE_2=\"900,5\"\n"}});
+    const QString strPath = WriteBytes("machine.ini", before);
+    Run run = Tool({"set", strPath, "MOTOR_SPEED_MAX_1=1100"});
+    QCOMPARE(run.nExit, 2);
+    QCOMPARE(run.strOut, QString());
+    for (const char* szKey : {"MOTOR_PULSE_PER_MM_1", "LASER_WATER_PROTECT_1", "LASER_POWER_1=80.0",
+                              "MOTOR_DIRECTION_POLAR_2=1.0", "MOTOR_SIZE_2=900,5"})
+        QVERIFY2(run.strErr.contains(szKey), szKey);
+    QVERIFY2(run.strErr.endsWith("machine.ini is unchanged: it does not pass check (--repair fills and fixes what it "
+                                 "can)\n"),
+             qPrintable(run.strErr));
+    QCOMPARE(ReadBytes(strPath), before);
+    QVERIFY(!QFileInfo::exists(CParamBackups::Directory(strPath)));
+
+    // --dry-run --repair says what it would do and does nothing.
+    run = Tool({"set", "--repair", "--dry-run", strPath, "MOTOR_SPEED_MAX_1=1100"});
+    QCOMPARE(run.nExit, 0);
+    QCOMPARE(run.strOut.count("would change: "), 6);
+    QCOMPARE(ReadBytes(strPath), before);
+
+    // --repair: every field it changed is named, and check passes.
+    run = Tool({"set", "--repair", strPath, "MOTOR_SPEED_MAX_1=1100"});
+    QCOMPARE(run.nExit, 0);
+    const QStringList lines = run.strOut.split('\n', Qt::SkipEmptyParts);
+    QCOMPARE(lines.size(), 6);
+    QCOMPARE(lines[0], QStringLiteral("repaired LASER_POWER_1: 80.0 → 80 (the plug-in reads this as 0; write 80)"));
+    QCOMPARE(lines.filter("repaired MOTOR_PULSE_PER_MM_1: (missing) → 1 (missing)").size(), 1);
+    QCOMPARE(lines.filter("repaired LASER_WATER_PROTECT_1: (missing) → 0 (missing)").size(), 1);
+    QCOMPARE(lines.filter("repaired MOTOR_DIRECTION_POLAR_2: 1.0 → 1").size(), 1);
+    QCOMPARE(lines.filter("repaired MOTOR_SIZE_2: 900,5 → 900 (not a number)").size(), 1);
+    QCOMPARE(lines.filter("MOTOR_SPEED_MAX_1").size(), 1);
+    const Run check = Tool({"check", strPath});
+    QCOMPARE(check.strOut, strPath + ": ok\n");
+    QCOMPARE(check.nExit, 0);
+    FactoryParams after;
+    QCOMPARE(ReadFactoryParamFile(after, strPath), ParamFileStatus::Loaded);
+    QCOMPARE(after.laser.lasers[0].power, 80);
+    QCOMPARE(after.motor[1].directionPolar, 1);
+    QCOMPARE(after.motor[0].speedMax, 1100.0);
+}
+
+void TestParamsTool::setFollowsALinkKeepsTheModeAndRefusesAReadOnlyFile()
+{
+    const QString strShared = Write("models/model-a.ini", FactoryParams());
+    const QString strLink = m_pDir->filePath("machine.ini");
+    QVERIFY(QFile::link(strShared, strLink));
+    QVERIFY(QFile::setPermissions(strShared, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup));
+    Run run = Tool({"set", strLink, "MOTOR_SIZE_1=640"});
+    QCOMPARE(run.nExit, 0);
+    // The link is still a link; its target holds the change, with its mode.
+    QVERIFY(QFileInfo(strLink).isSymLink());
+    FactoryParams shared;
+    QCOMPARE(ReadFactoryParamFile(shared, strShared), ParamFileStatus::Loaded);
+    QCOMPARE(shared.motor[0].size, 640.0);
+    struct stat status {};
+    QCOMPARE(::stat(QFile::encodeName(strShared).constData(), &status), 0);
+    QCOMPARE(status.st_mode & 07777, 0640u);
+    QCOMPARE(CParamBackups::List(strShared).size(), 1);
+
+    // Read-only (0444): refused, whoever runs it.
+    const QByteArray before = ReadBytes(strShared);
+    QVERIFY(QFile::setPermissions(strShared, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
+    run = Tool({"set", strLink, "MOTOR_SIZE_1=320"});
+    QCOMPARE(run.nExit, 2);
+    QCOMPARE(run.strErr, QStringLiteral("factoryparams: %1: read-only; it is unchanged\n").arg(strLink));
+    QCOMPARE(ReadBytes(strShared), before);
+}
+
+void TestParamsTool::setThatChangesNothingWritesNothingAndDryRunNothingAtAll()
+{
+    const QString strPath = Write("machine.ini", FactoryParams());
+    const QByteArray before = ReadBytes(strPath);
+    const QDateTime written = QFileInfo(strPath).lastModified();
+    const auto inode = [&strPath] {
+        struct stat status {};
+        return ::stat(QFile::encodeName(strPath).constData(), &status) == 0 ? status.st_ino : 0;
+    };
+    const auto nInode = inode();
+    Run run = Tool({"set", strPath, "MOTOR_SPEED_MAX_1=1000", "LASER_COUNT=1.0"});
+    QCOMPARE(run.nExit, 0);
+    QCOMPARE(run.strOut, strPath + ": unchanged (it holds these values already)\n");
+    run = Tool({"set", "--dry-run", strPath, "MOTOR_SPEED_MAX_1=1200"});
+    QCOMPARE(run.nExit, 0);
+    QCOMPARE(run.strOut.simplified(),
+             QStringLiteral("would change: MOTOR_SPEED_MAX_1 Max Speed(mm/s), X: 1000 → 1200 mm/s"));
+    QCOMPARE(ReadBytes(strPath), before);
+    QCOMPARE(QFileInfo(strPath).lastModified(), written);
+    QCOMPARE(inode(), nInode);
+    QVERIFY(!QFileInfo::exists(CParamBackups::Directory(strPath)));
+}
+
+void TestParamsTool::twoSetsAtOnceLoseNoChange()
+{
+    // Each of two processes sets, one run at a time, 18 fields of its own
+    // to 7: a change lost between another's reading and writing leaves a
+    // field that is not 7 at the end.
+    const QString strPath = Write("shared.ini", FactoryParams());
+    const QStringList fields{"PULSE_PER_MM", "SIZE", "ZERO_OFFSET", "SPEED_JUMP", "SPEED_MAX",
+                             "ACC_MAX", "ACC_URGENT_STOP", "ACC_KEY", "SPEED_KEY_JUMP"};
+    QList<QProcess*> writers;
+    QStringList all;
+    for (const QList<int>& axes : {QList<int>{1, 2}, QList<int>{3, 4}}) {
+        QStringList keys;
+        for (const int nAxis : axes)
+            for (const QString& strField : fields)
+                keys << QStringLiteral("MOTOR_%1_%2").arg(strField).arg(nAxis);
+        all << keys;
+        auto* pWriter = new QProcess(this);
+        pWriter->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        pWriter->start("/bin/sh", QStringList{"-c",
+                                              "tool=$1; file=$2; shift 2; for key; do \"$tool\" set \"$file\" "
+                                              "\"$key=7\" >/dev/null || exit 1; done",
+                                              "sh", QCoreApplication::applicationDirPath() + "/factoryparams", strPath}
+                                      + keys);
+        writers << pWriter;
+    }
+    for (QProcess* pWriter : writers) {
+        QVERIFY(pWriter->waitForFinished(120000));
+        QCOMPARE(pWriter->exitStatus(), QProcess::NormalExit);
+        QCOMPARE(pWriter->exitCode(), 0);
+    }
+    FactoryParams last;
+    QCOMPARE(ReadFactoryParamFile(last, strPath), ParamFileStatus::Loaded);
+    QStringList lost;
+    for (const QString& strKey : all)
+        if (FactoryParamKey::ValueOf(last, strKey) != 7.0)
+            lost << strKey;
+    QVERIFY2(lost.isEmpty(), qPrintable("lost: " + lost.join(' ')));
+    QCOMPARE(CParamBackups::List(strPath).size(), qMin(36, int(CParamBackups::kKept)));
+}
+
+void TestParamsTool::fleetDiffAndCheckNameEveryFileTheyCouldNotRead()
+{
+    FactoryParams reference;
+    const QString strReference = Write("model.ini", reference);
+    QVERIFY(!Write("fleet/good.ini", reference).isEmpty());
+    QVERIFY(!WriteBytes("fleet/empty.ini", "").isEmpty());
+    QVERIFY(!WriteBytes("fleet/other.ini", "[FACTORY_PARAM]\nFILE_FLAG=__OTHER__\n").isEmpty());
+    // A name that is not valid UTF-8: read all the same, named with \xNN.
+    {
+        const QByteArray name = QFile::encodeName(m_pDir->filePath("fleet/")) + "m\xff.ini";
+        QVERIFY(::link(QFile::encodeName(strReference).constData(), name.constData()) == 0);
+    }
+    // A machine whose file lacks eight keys.
+    QByteArray text = ReadBytes(strReference);
+    for (const char* szKey : {"MOTOR_SIZE_1=", "MOTOR_SIZE_2=", "MOTOR_SIZE_3=", "MOTOR_SIZE_4=", "LASER_POWER_1=",
+                              "LASER_POWER_2=", "MACHINE_BLOW=", "SPEED_CUT_ACC_WORK="}) {
+        const qsizetype nAt = text.indexOf(szKey);
+        QVERIFY(nAt >= 0);
+        text.remove(nAt, text.indexOf('\n', nAt) - nAt + 1);
+    }
+    const QString strShort = WriteBytes("short.ini", text);
+
+    Run run = Tool({"diff", strReference, strShort});
+    QCOMPARE(run.nExit, 1);
+    QCOMPARE(run.strOut.count("→ (missing)"), 8);
+
+    run = Tool({"fleet", strReference, "fleet"});
+    QCOMPARE(run.nExit, 2);
+    QVERIFY2(run.strOut.startsWith("2 machine(s) compared with " + strReference
+                                   + ": 0 differ, in 0 field(s); 2 file(s) could not be read"),
+             qPrintable(run.strOut));
+    QCOMPARE(run.strErr.split('\n', Qt::SkipEmptyParts),
+             (QStringList{"factoryparams: fleet/empty.ini: not a parameter file (no FILE_FLAG=__FACTORY_PARAM__ in "
+                          "[FACTORY_PARAM])",
+                          "factoryparams: fleet/other.ini: not a parameter file (no FILE_FLAG=__FACTORY_PARAM__ in "
+                          "[FACTORY_PARAM])"}));
+    run = Tool({"fleet", "--json", strReference, "fleet", strShort});
+    QCOMPARE(run.nExit, 2);
+    const QJsonDocument document = QJsonDocument::fromJson(run.strOut.toUtf8());
+    QCOMPARE(document["machines"].toInt(), 3);
+    QCOMPARE(document["differing"].toInt(), 1);
+    QCOMPARE(document["fields"].toArray().size(), 8);
+    QCOMPARE(document["fields"][0]["machines"][0]["missing"].toBool(), true);
+    const QJsonArray skipped = document["skipped"].toArray();
+    QCOMPARE(skipped.size(), 2);
+    QCOMPARE(skipped[0]["file"].toString(), QStringLiteral("fleet/empty.ini"));
+    QVERIFY(skipped[0]["reason"].toString().startsWith("not a parameter file"));
+
+    // The machine with the odd name was read, and is named as it is.
+    run = Tool({"check", "fleet"});
+    QCOMPARE(run.nExit, 2);
+    QVERIFY2(run.strOut.contains("fleet/m\\xff.ini: ok\n"), qPrintable(run.strOut));
+    QVERIFY(run.strOut.contains("fleet/good.ini: ok\n"));
+
+    // An empty folder: nothing was compared, and that is no success.
+    QVERIFY(QDir().mkpath(m_pDir->filePath("nothing")));
+    run = Tool({"fleet", strReference, "nothing"});
+    QCOMPARE(run.nExit, 2);
+    QCOMPARE(run.strErr, QStringLiteral("factoryparams: nothing: a folder with no .ini file in it\n"));
+}
+
+void TestParamsTool::standardInputPipesListsAndAFullOutput()
+{
+    const QString strPath = Write("machine.ini", FactoryParams());
+    const QByteArray bytes = ReadBytes(strPath);
+    // "-" is standard input.
+    Run run = Tool({"diff", strPath, "-"}, 0, bytes);
+    QCOMPARE(run.nExit, 0);
+    QCOMPARE(run.strErr, QString());
+    run = Tool({"show", "-"}, 0, Edited(bytes, {{"MOTOR_SIZE_1=900\n", "MOTOR_SIZE_1=640\n"}}));
+    QCOMPARE(run.nExit, 0);
+    QVERIFY(run.strOut.contains(QRegularExpression("MOTOR_SIZE_1 +Move Distance\\(mm\\), X +640 mm\n")));
+    // A pipe, as the shell's <(...) gives it.
+    const QString strTool = QCoreApplication::applicationDirPath() + "/factoryparams";
+    QProcess shell;
+    shell.start("/bin/bash", {"-c", "\"$0\" diff \"$1\" <(cat \"$1\"); echo \"exit $?\"", strTool, strPath});
+    QVERIFY(shell.waitForFinished(60000));
+    QCOMPARE(QString::fromUtf8(shell.readAllStandardOutput()), QStringLiteral("exit 0\n"));
+    // A list of files on standard input.
+    const QString strOther = Write("other.ini", FactoryParams());
+    run = Tool({"check", "--files-from", "-"}, 0, (strPath + "\n" + strOther + "\n").toUtf8());
+    QCOMPARE(run.nExit, 0);
+    QCOMPARE(run.strOut, strPath + ": ok\n" + strOther + ": ok\n");
+    // A missing file is exit 2, on standard error.
+    run = Tool({"check", "nope.ini"});
+    QCOMPARE(run.nExit, 2);
+    QCOMPARE(run.strOut, QString());
+    QCOMPARE(run.strErr, QStringLiteral("factoryparams: nope.ini: no such file\n"));
+    // Output that cannot be written fails the command.
+    run = Tool({"show", strPath}, 0, {}, "/dev/full");
+    QCOMPARE(run.nExit, 2);
+    QCOMPARE(run.strErr, QStringLiteral("factoryparams: standard output could not be written\n"));
 }
 
 FACTORYMGR_TEST_MAIN(TestParamsTool)
