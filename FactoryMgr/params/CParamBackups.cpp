@@ -1,6 +1,8 @@
 #include "CParamBackups.h"
 
+#include "CParamDiff.h"
 #include "FactoryParamIo.h"
+#include "FactoryParams.h"
 
 #include <QDir>
 #include <QFile>
@@ -19,11 +21,29 @@ void SetError(QString* pError, const QString& strText)
         *pError = strText;
 }
 
-// "<base>-<time>[-<n>]-<tag>.ini", base being the file's name without ".ini".
+// "<base>-<sequence>-<time>-<tag>.ini", base being the file's name without
+// ".ini". Earlier versions wrote "<base>-<time>[-<n>]-<tag>.ini": those count
+// as older than every numbered one.
 QRegularExpression NamePattern(const QString& strFile)
 {
-    return QRegularExpression(QStringLiteral("^%1-(\\d{8}-\\d{9})(?:-(\\d+))?-(save|upload|upgrade)\\.ini$")
-                                  .arg(QRegularExpression::escape(QFileInfo(strFile).completeBaseName())));
+    return QRegularExpression(
+        QStringLiteral("^%1-(?:(\\d{6,})-)?(\\d{8}-\\d{9})(?:-(\\d+))?-(save|upload|upgrade)\\.ini$")
+            .arg(QRegularExpression::escape(QFileInfo(strFile).completeBaseName())));
+}
+
+// A file's text without its time stamp: two saves of the same values are the same content.
+QByteArray Content(const QString& strPath)
+{
+    QFile file(strPath);
+    if (!file.open(QIODevice::ReadOnly))
+        return QByteArray();
+    QByteArray content;
+    while (!file.atEnd()) {
+        const QByteArray line = file.readLine();
+        if (!line.trimmed().startsWith("CREATE_TIME="))
+            content += line;
+    }
+    return content;
 }
 }
 
@@ -48,23 +68,24 @@ QString CParamBackups::NewPath(const QString& strFile, Reason reason, QString* p
         SetError(pError, QStringLiteral("cannot make the folder %1").arg(strDir));
         return QString();
     }
-    const QString strStem = strDir + "/" + QFileInfo(strFile).completeBaseName() + "-"
-        + QDateTime::currentDateTime().toString(kTimeFormat);
-    // Names of the same millisecond get a counter, whatever their reason, so
-    // that the order of the names is the order of the backups.
-    const auto path = [&strStem](int n, const char* szTag) {
-        return n < 2 ? QStringLiteral("%1-%2.ini").arg(strStem, QLatin1String(szTag))
-                     : QStringLiteral("%1-%2-%3.ini").arg(strStem).arg(n).arg(QLatin1String(szTag));
-    };
-    int n = 1;
-    while (std::any_of(std::begin(kTags), std::end(kTags), [&](const char* szTag) { return QFileInfo::exists(path(n, szTag)); }))
-        ++n;
-    return path(n, kTags[reason]);
+    RemoveSaveLeftovers(strDir);
+    // The order of the backups is their sequence number, not the clock: a
+    // clock set back must never make the newest backup the first one pruned.
+    const QList<Entry> entries = List(strFile);
+    const qint64 nNext = entries.isEmpty() ? 1 : entries.first().nSequence + 1;
+    return QStringLiteral("%1/%2-%3-%4-%5.ini")
+        .arg(strDir, QFileInfo(strFile).completeBaseName())
+        .arg(nNext, 6, 10, QLatin1Char('0'))
+        .arg(QDateTime::currentDateTime().toString(kTimeFormat), QLatin1String(kTags[reason]));
 }
 
 bool CParamBackups::KeepFile(const QString& strFile, Reason reason, QString* pError)
 {
     if (!QFileInfo(strFile).isFile())
+        return true;
+    // Nothing new to keep: the newest backup holds this content already.
+    const QList<Entry> entries = List(strFile);
+    if (!entries.isEmpty() && Content(entries.first().strPath) == Content(strFile))
         return true;
     const QString strPath = NewPath(strFile, reason, pError);
     if (strPath.isEmpty())
@@ -80,6 +101,14 @@ bool CParamBackups::KeepFile(const QString& strFile, Reason reason, QString* pEr
 
 bool CParamBackups::KeepRecord(const FactoryParams& record, const QString& strFile, Reason reason, QString* pError)
 {
+    const QList<Entry> entries = List(strFile);
+    if (!entries.isEmpty()) {
+        FactoryParams newest;
+        QSet<QString> missing;
+        if (ReadFactoryParamFile(newest, entries.first().strPath, &missing) == ParamFileStatus::Loaded
+            && missing.isEmpty() && CParamDiff::Compare(newest, record).isEmpty())
+            return true;
+    }
     const QString strPath = NewPath(strFile, reason, pError);
     if (strPath.isEmpty())
         return false;
@@ -97,7 +126,7 @@ QList<CParamBackups::Entry> CParamBackups::List(const QString& strFile)
     struct Found
     {
         Entry entry;
-        QString strOrder;   // time, then the counter of same-millisecond names
+        QString strOrder;   // the time and counter of the names of earlier versions
     };
     QList<Found> found;
     const QDir dir(Directory(strFile));
@@ -105,14 +134,17 @@ QList<CParamBackups::Entry> CParamBackups::List(const QString& strFile)
         const QRegularExpressionMatch match = pattern.match(strName);
         if (!match.hasMatch())
             continue;
-        const QString strTag = match.captured(3);
+        const QString strTag = match.captured(4);
         const Reason reason = strTag == "upload" ? ReasonBeforeUpload
             : strTag == "upgrade"                ? ReasonBeforeUpgrade
                                                  : ReasonSave;
-        found << Found{{dir.filePath(strName), QDateTime::fromString(match.captured(1), kTimeFormat), reason},
-                       match.captured(1) + QStringLiteral("-%1").arg(match.captured(2).toInt(), 6, 10, QChar('0'))};
+        found << Found{{dir.filePath(strName), QDateTime::fromString(match.captured(2), kTimeFormat), reason,
+                        match.captured(1).toLongLong()},
+                       match.captured(2) + QStringLiteral("-%1").arg(match.captured(3).toInt(), 6, 10, QChar('0'))};
     }
-    std::sort(found.begin(), found.end(), [](const Found& a, const Found& b) { return a.strOrder > b.strOrder; });
+    std::sort(found.begin(), found.end(), [](const Found& a, const Found& b) {
+        return a.entry.nSequence != b.entry.nSequence ? a.entry.nSequence > b.entry.nSequence : a.strOrder > b.strOrder;
+    });
     QList<Entry> entries;
     for (const Found& f : found)
         entries << f.entry;

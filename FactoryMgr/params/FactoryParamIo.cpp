@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLockFile>
 #include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QSettings>
@@ -134,20 +135,33 @@ QString NewWorkingName()
     return strName;
 }
 
-// A save killed between writing and renaming leaves its working files
-// behind. Those older than a minute belong to no save still running.
-void RemoveLeftovers(const QString& strDir)
+// What a copy into the backups leaves when it is killed half-way.
+const QRegularExpression kCopyName(QStringLiteral("^qt_temp\\.[A-Za-z0-9]{6}$"));
+}
+
+void RemoveSaveLeftovers(const QString& strDir)
 {
+    // Working files older than a minute belong to no save still running; a
+    // lock file is gone once its process is (QLockFile tells, and removes it).
     const QDateTime oldest = QDateTime::currentDateTime().addSecs(-kLeftoverAgeSeconds);
     const QFileInfoList files = QDir(strDir).entryInfoList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot);
     for (const QFileInfo& file : files) {
         const QString strName = file.fileName();
-        if ((kWorkingName.match(strName).hasMatch() || kOldWorkingName.match(strName).hasMatch())
-            && file.lastModified() < oldest)
+        if (file.lastModified() >= oldest)
+            continue;
+        if (kWorkingName.match(strName).hasMatch() || kOldWorkingName.match(strName).hasMatch()
+            || kCopyName.match(strName).hasMatch()) {
             QFile::remove(file.absoluteFilePath());
+        } else if (strName.endsWith(QLatin1String(".ini.lock"))) {
+            QLockFile lock(file.absoluteFilePath());
+            lock.setStaleLockTime(0);
+            if (lock.tryLock(0))
+                lock.unlock();
+        }
     }
 }
 
+namespace {
 bool RenameOver(const QString& strFrom, const QString& strTo)
 {
     // POSIX rename replaces the target in one step; QFile::rename will not replace.
@@ -172,7 +186,7 @@ bool WriteFactoryParamFile(const FactoryParams& record, const QString& strFile, 
     const CParamFileLock lock(strFile);
     if (!lock.Taken())
         return fail(QStringLiteral("%1 has been saving it for 10 s").arg(lock.Holder()));
-    RemoveLeftovers(info.absolutePath());
+    RemoveSaveLeftovers(info.absolutePath());
     const QString strStem = info.absolutePath() + "/" + NewWorkingName();
     const QString strNew = strStem + ".saving";
     const QString strCheck = strStem + ".check";
@@ -225,7 +239,7 @@ bool ReplaceParamFileBytes(const QString& strFile, const QByteArray& bytes, QStr
     if (strTarget.isEmpty() || ::stat(QFile::encodeName(strTarget).constData(), &old) != 0 || !S_ISREG(old.st_mode))
         return fail(QStringLiteral("no such file"));
     const QString strDir = QFileInfo(strTarget).absolutePath();
-    RemoveLeftovers(strDir);
+    RemoveSaveLeftovers(strDir);
     const QByteArray working = QFile::encodeName(strDir + "/" + NewWorkingName() + ".saving");
     const int nFd = ::open(working.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (nFd < 0)

@@ -48,3 +48,8 @@ QString ParamFileProblem(const QString& strPath, ParamFileStatus status);
 // the owner cannot be kept, nothing is replaced. The caller holds the file's
 // lock (CParamFileLock). False, with the reason, when the file is unchanged.
 bool ReplaceParamFileBytes(const QString& strFile, const QByteArray& bytes, QString* pError);
+
+// Removes what saves in strDir left when they were killed: working files
+// older than a minute, half-made copies, and lock files of processes that
+// are gone. Every save does this first.
+void RemoveSaveLeftovers(const QString& strDir);

@@ -9,6 +9,8 @@
 #include "ParamFileTestData.h"
 
 #include <QElapsedTimer>
+#include <QLockFile>
+#include <QProcess>
 #include <QRandomGenerator>
 #include <QSettings>
 
@@ -572,13 +574,48 @@ void TestFactoryParamFile::leftoversOfInterruptedSavesAreRemoved()
         QVERIFY(file.open(QIODevice::ReadWrite));
         QVERIFY(file.setFileTime(twoMinutesAgo, QFileDevice::FileModificationTime));
     }
+    // A lock left by a process that is gone, and one a live process holds.
+    QByteArray lockText;
+    {
+        QLockFile live(m_strDir + "/Live.ini.lock");
+        QVERIFY(live.tryLock(0));
+        QFile file(m_strDir + "/Live.ini.lock");
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        lockText = file.readAll();
+    }
+    QProcess gone;
+    gone.start("/bin/sleep", {"0.1"});
+    QVERIFY(gone.waitForStarted());
+    const qint64 nGone = gone.processId();
+    QVERIFY(gone.waitForFinished());
+    QLockFile held(m_strDir + "/Live.ini.lock");
+    QVERIFY(held.tryLock(0));
+    const QString strDead = m_strDir + "/Export.ini.lock";
+    WriteText(strDead, lockText.replace(QByteArray::number(QCoreApplication::applicationPid()), QByteArray::number(nGone)));
+    for (const QString& strName : {QStringLiteral("Export.ini.lock"), QStringLiteral("Live.ini.lock")}) {
+        QFile file(m_strDir + "/" + strName);
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QVERIFY(file.setFileTime(twoMinutesAgo, QFileDevice::FileModificationTime));
+    }
     QVERIFY(SaveFactoryParams(FactoryParams(), m_strDir + "/FactoryParam.ini"));
     QStringList left = QDir(m_strDir).entryList(QDir::Files | QDir::Hidden);
     left.removeAll("FactoryParam.ini");
     std::sort(left.begin(), left.end());
-    QStringList expected = kept;
+    QStringList expected = kept + QStringList{"Live.ini.lock"};
     std::sort(expected.begin(), expected.end());
     QCOMPARE(left, expected);
+
+    // A copy into the backups that was cut off.
+    QVERIFY(QDir().mkpath(m_strDir + "/Backups"));
+    WriteText(m_strDir + "/Backups/qt_temp.Ab12Cd", "half a backup");
+    {
+        QFile file(m_strDir + "/Backups/qt_temp.Ab12Cd");
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QVERIFY(file.setFileTime(twoMinutesAgo, QFileDevice::FileModificationTime));
+    }
+    QVERIFY(CParamBackups::KeepFile(m_strDir + "/FactoryParam.ini", CParamBackups::ReasonSave));
+    QCOMPARE(QDir(m_strDir + "/Backups").entryList(QDir::Files | QDir::Hidden).size(), 1);
+    QVERIFY(!QFileInfo::exists(m_strDir + "/Backups/qt_temp.Ab12Cd"));
 }
 
 void TestFactoryParamFile::aNameNearTheLimitSavesAsADirectWriteWould()

@@ -39,6 +39,8 @@ private slots:
     void backupsOfARecordLoadAgain();
     void backupsOfAMissingFileAreNothing();
     void backupsListNewestFirstWithTheirReason();
+    void backupsAreMadeOnlyOfNewContent();
+    void backupsKeepTheirOrderWhenTheClockGoesBack();
     void checkOfACleanFileFindsNothing();
     void checkFindsEachKindOfProblem();
     void checkSaysWhatThePlugInWouldReadInstead();
@@ -265,9 +267,12 @@ void TestParamCore::backupsListNewestFirstWithTheirReason()
 {
     const QString strFile = Write("machine.ini", "[FACTORY_PARAM]\nFILE_FLAG=__FACTORY_PARAM__\n");
     QVERIFY(!strFile.isEmpty());
+    int nVersion = 0;
     for (CParamBackups::Reason reason :
-         {CParamBackups::ReasonSave, CParamBackups::ReasonBeforeUpgrade, CParamBackups::ReasonBeforeUpload})
+         {CParamBackups::ReasonSave, CParamBackups::ReasonBeforeUpgrade, CParamBackups::ReasonBeforeUpload}) {
+        Write("machine.ini", "[FACTORY_PARAM]\nFILE_FLAG=__FACTORY_PARAM__\nVERSION=" + QByteArray::number(++nVersion) + "\n");
         QVERIFY(CParamBackups::KeepFile(strFile, reason));
+    }
     // Another file's backups in the same folder are not this file's.
     const QString strOther = Write("other.ini", "x");
     QVERIFY(CParamBackups::KeepFile(strOther, CParamBackups::ReasonSave));
@@ -281,6 +286,63 @@ void TestParamCore::backupsListNewestFirstWithTheirReason()
     QVERIFY(backups[0].when >= backups[2].when);
     QCOMPARE(QString(CParamBackups::ReasonText(backups[1].reason)), QStringLiteral("before upgrade"));
     QCOMPARE(CParamBackups::List(strOther).size(), 1);
+}
+
+namespace {
+QByteArray Content(const QString& strPath)
+{
+    QFile file(strPath);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+}
+
+void TestParamCore::backupsAreMadeOnlyOfNewContent()
+{
+    const QString strFile = m_pDir->filePath("FactoryParam.ini");
+    FactoryParams record;
+    QVERIFY(WriteFactoryParamFile(record, strFile));
+    QVERIFY(CParamBackups::KeepFile(strFile, CParamBackups::ReasonSave));
+    // Written again with the same values: only the time stamp differs.
+    QTest::qWait(1100);
+    QVERIFY(WriteFactoryParamFile(record, strFile));
+    QVERIFY(CParamBackups::KeepFile(strFile, CParamBackups::ReasonSave));
+    QVERIFY(CParamBackups::KeepRecord(record, strFile, CParamBackups::ReasonBeforeUpload));
+    QCOMPARE(CParamBackups::List(strFile).size(), 1);
+    // New values are kept, as a file and as a record.
+    record.motor[0].speedMax = 1234.0;
+    QVERIFY(WriteFactoryParamFile(record, strFile));
+    QVERIFY(CParamBackups::KeepFile(strFile, CParamBackups::ReasonSave));
+    record.motor[0].speedMax = 1500.0;
+    QVERIFY(CParamBackups::KeepRecord(record, strFile, CParamBackups::ReasonBeforeUpload));
+    const QList<CParamBackups::Entry> backups = CParamBackups::List(strFile);
+    QCOMPARE(backups.size(), 3);
+    QCOMPARE(backups[0].reason, CParamBackups::ReasonBeforeUpload);
+    QCOMPARE(backups[0].nSequence, 3);
+    QCOMPARE(backups[2].nSequence, 1);
+}
+
+void TestParamCore::backupsKeepTheirOrderWhenTheClockGoesBack()
+{
+    // kKept backups made while the clock was years ahead, and one of the
+    // earlier versions' names (no sequence number).
+    const QString strFile = Write("FactoryParam.ini", "[FACTORY_PARAM]\nFILE_FLAG=__FACTORY_PARAM__\nV=now\n");
+    QVERIFY(QDir().mkpath(m_pDir->filePath("Backups")));
+    Write("Backups/FactoryParam-20990101-000000000-save.ini", "[FACTORY_PARAM]\nV=oldest\n");
+    for (int i = 1; i <= CParamBackups::kKept - 1; ++i)
+        Write(QStringLiteral("Backups/FactoryParam-%1-20990101-000000%2-save.ini")
+                  .arg(i, 6, 10, QLatin1Char('0'))
+                  .arg(i, 3, 10, QLatin1Char('0')),
+              "[FACTORY_PARAM]\nV=" + QByteArray::number(i) + "\n");
+    QVERIFY(CParamBackups::KeepFile(strFile, CParamBackups::ReasonSave));
+    const QList<CParamBackups::Entry> backups = CParamBackups::List(strFile);
+    QCOMPARE(backups.size(), CParamBackups::kKept);
+    // The newest is the one just made, though its time is the earliest; the
+    // one pruned is the name without a sequence.
+    QCOMPARE(backups.first().nSequence, CParamBackups::kKept);
+    QVERIFY(backups.first().when < backups[1].when);
+    QCOMPARE(Content(backups.first().strPath), QByteArray("[FACTORY_PARAM]\nFILE_FLAG=__FACTORY_PARAM__\nV=now\n"));
+    QCOMPARE(backups.last().nSequence, 1);
+    QVERIFY(!QFileInfo::exists(m_pDir->filePath("Backups/FactoryParam-20990101-000000000-save.ini")));
 }
 
 void TestParamCore::checkOfACleanFileFindsNothing()
