@@ -22,6 +22,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 
 namespace {
 const QString kHeader = QStringLiteral("FACTORY_PARAM");
@@ -30,20 +31,33 @@ const QString kMarker = QStringLiteral("__FACTORY_PARAM__");
 const QString kTimeKey = QStringLiteral("CREATE_TIME");
 }
 
-ParamFileStatus ParamFileKind(const QString& strPath)
+namespace {
+// What stat says of strPath: only a regular file counts (a directory or a
+// pipe in its place is no parameter file, and a pipe must not block the
+// reader). QFileInfo says "no file" for a file the user may not read, which
+// must still fail the marker check, so the type comes from stat.
+ParamFileStatus KindByStat(const QString& strPath)
 {
-    // Only a regular file counts: a directory or a pipe in its place is no
-    // parameter file (and a pipe must not block the reader). QFileInfo says
-    // "no file" for a file the user may not read, which must still fail the
-    // marker check, so the type comes from stat.
     struct stat status {};
     if (::stat(QFile::encodeName(strPath).constData(), &status) != 0 || !S_ISREG(status.st_mode))
         return ParamFileStatus::NoFile;
     if (status.st_size > kMaxParamFileSize)
         return ParamFileStatus::TooLarge;
-    if (ReadIniString(kHeader, kMarkerKey, QString(), strPath) != kMarker)
-        return ParamFileStatus::WrongMarker;
     return ParamFileStatus::Loaded;
+}
+
+bool HasMarker(const QSettings& file)
+{
+    return file.value(kHeader + "/" + kMarkerKey).toString() == kMarker;
+}
+}
+
+ParamFileStatus ParamFileKind(const QString& strPath)
+{
+    const ParamFileStatus status = KindByStat(strPath);
+    if (status != ParamFileStatus::Loaded)
+        return status;
+    return HasMarker(QSettings(strPath, QSettings::IniFormat)) ? ParamFileStatus::Loaded : ParamFileStatus::WrongMarker;
 }
 
 QString ParamFileProblem(const QString& strPath, ParamFileStatus status)
@@ -67,16 +81,24 @@ QString ParamFileProblem(const QString& strPath, ParamFileStatus status)
 
 ParamFileStatus ReadFactoryParamFile(FactoryParams& record, const QString& strPath, QSet<QString>* pMissing)
 {
-    // Not in the middle of another process's save. (A writer that holds the
-    // lock for ten seconds is stuck: the file it would replace is whole, as
-    // saves rename a complete file over it, and is read as it stands.)
-    const CParamFileLock lock(strPath);
-    const ParamFileStatus status = ParamFileKind(strPath);
+    // Not in the middle of another process's save: a save at work holds the
+    // lock, and the reader waits for it. Without a lock file no save is at
+    // work, and as a save puts its complete file in place in one rename, the
+    // file is read whole without a lock file of the reader's own (making one
+    // costs a disk sync per file, which a fleet of 100,000 feels). A writer
+    // that holds the lock for ten seconds is stuck: the file is whole, and
+    // read as it stands.
+    std::optional<CParamFileLock> lock;
+    if (::access(QFile::encodeName(strPath + QStringLiteral(".lock")).constData(), F_OK) == 0)
+        lock.emplace(strPath);
+    const ParamFileStatus status = KindByStat(strPath);
     if (status != ParamFileStatus::Loaded)
         return status;
     // Read into a copy so that the record changes only as a whole, and every
-    // value from one reading of the file.
+    // value (the marker too) from one reading of the file.
     const QSettings file(strPath, QSettings::IniFormat);
+    if (!HasMarker(file))
+        return ParamFileStatus::WrongMarker;
     FactoryParams loaded;
     std::memcpy(static_cast<void*>(&loaded), &record, sizeof(FactoryParams));
     for (const FactoryParamKey& key : FactoryParamKey::ForRecord(loaded)) {

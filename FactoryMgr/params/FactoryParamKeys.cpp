@@ -4,6 +4,7 @@
 #include "FactoryParams.h"
 
 #include <cmath>
+#include <cstddef>
 #include <cstring>
 #include <limits>
 #include <type_traits>
@@ -58,13 +59,47 @@ QString Numbered(const char* szKey, int nIndex)
 }
 }
 
+namespace {
+QVector<FactoryParamKey> Build(FactoryParams& record);
+
+// Moves a pointer into one record to the same field of another.
+template <typename T>
+T* Rebound(T* pField, const FactoryParams& from, FactoryParams& to)
+{
+    if (!pField)
+        return nullptr;
+    const std::ptrdiff_t nOffset = reinterpret_cast<const char*>(pField) - reinterpret_cast<const char*>(&from);
+    return reinterpret_cast<T*>(reinterpret_cast<char*>(&to) + nOffset);
+}
+}
+
 QVector<FactoryParamKey> FactoryParamKey::ForRecord(FactoryParams& record)
 {
+    // The table is built once, over a record of its own, and bound to each
+    // record by the fields' places: a fleet of files reads it thousands of
+    // times.
+    static FactoryParams s_template;
+    static const QVector<FactoryParamKey> s_keys = Build(s_template);
+    QVector<FactoryParamKey> keys = s_keys;
+    for (FactoryParamKey& key : keys) {
+        key.pInt = Rebound(key.pInt, s_template, record);
+        key.pBool = Rebound(key.pBool, s_template, record);
+        key.pDouble = Rebound(key.pDouble, s_template, record);
+    }
+    return keys;
+}
+
+namespace {
+QVector<FactoryParamKey> Build(FactoryParams& record)
+{
+    using Group = FactoryParamKey::Group;
+    constexpr Group GroupAxis = FactoryParamKey::GroupAxis;
+    constexpr Group GroupLaser = FactoryParamKey::GroupLaser;
     using namespace FactoryParamMissing;
     QVector<FactoryParamKey> keys;
     keys.reserve(105);
     const auto add = [&keys](const QString& strSection, const QString& strKey, auto& field, double dMissing,
-                             const Meaning& meaning, Group group = GroupNone, int nIndex = 0) {
+                             const Meaning& meaning, Group group = FactoryParamKey::GroupNone, int nIndex = 0) {
         using Field = std::remove_reference_t<decltype(field)>;
         int32_t* pInt = nullptr;
         bool* pBool = nullptr;
@@ -157,6 +192,7 @@ QVector<FactoryParamKey> FactoryParamKey::ForRecord(FactoryParams& record)
     add(kSpeed, "SPEED_PANEL_SPEED_RESET", speed.panelSpeedReset, kPanelSpeedReset,
         Quantity("Reset speed(mm/s)", "mm/s"));
     return keys;
+}
 }
 
 double FactoryParamKey::ValueOf(const FactoryParams& record, const QString& strKey)

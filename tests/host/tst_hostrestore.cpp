@@ -118,8 +118,15 @@ void TestHostRestore::backupsBeforeEverySaveUploadAndUpgrade()
     QVERIFY(saved.open(QIODevice::ReadOnly));
     QCOMPARE(saved.readAll(), fileBefore);
 
-    // A mainboard upgrade keeps what the controller held before it.
-    const FactoryParams heldNow = pSim->StoredParams();
+    // A mainboard upgrade keeps what the controller held before it (here
+    // something no backup holds yet: a backup of content the newest one
+    // has already is not made).
+    FactoryParams heldNow = pSim->StoredParams();
+    heldNow.motor[0].zeroOffset = 3.5;
+    QCOMPARE(pSim->WriteFactoryParams(&heldNow), 0);
+    host.Session().ReadFromController();
+    heldNow = pSim->StoredParams();
+    QCOMPARE(heldNow.motor[0].zeroOffset, 3.5);
     auto* pTabs = host.Session().SettingsWindow()->Dialog()->findChild<QTabWidget*>("tabWidget");
     pTabs->setCurrentWidget(pTabs->findChild<QWidget*>("tab_2"));
     ModalAnswerer answerer;

@@ -50,6 +50,7 @@ private slots:
     void twoSetsAtOnceLoseNoChange();
     void fleetDiffAndCheckNameEveryFileTheyCouldNotRead();
     void standardInputPipesListsAndAFullOutput();
+    void aModelGatesCalibratedMachinesWithIgnoreAndTolerance();
 
 private:
     struct Run
@@ -753,6 +754,48 @@ void TestParamsTool::standardInputPipesListsAndAFullOutput()
     run = Tool({"show", strPath}, 0, {}, "/dev/full");
     QCOMPARE(run.nExit, 2);
     QCOMPARE(run.strErr, QStringLiteral("factoryparams: standard output could not be written\n"));
+}
+
+void TestParamsTool::aModelGatesCalibratedMachinesWithIgnoreAndTolerance()
+{
+    FactoryParams model;
+    const QString strModel = Write("model.ini", model);
+    for (int i = 1; i <= 4; ++i) {
+        FactoryParams machine = model;
+        // Every machine has its own calibrated steps.
+        machine.motor[0].pulsePerMm = 7.8 + i * 0.001;
+        machine.motor[1].pulsePerMm = 7.9 + i * 0.001;
+        // Within 0.5 mm/s of the model, and one machine well off it.
+        machine.motor[0].speedMax += i == 3 ? 40.0 : 0.25;
+        QVERIFY(!Write(QStringLiteral("line/m%1.ini").arg(i), machine).isEmpty());
+    }
+    // Without options every machine differs.
+    Run run = Tool({"fleet", strModel, "line"});
+    QCOMPARE(run.nExit, 1);
+    QVERIFY2(run.strOut.startsWith("4 machine(s) compared with " + strModel + ": 4 differ, in 3 field(s)\n"),
+             qPrintable(run.strOut));
+    // The steps left out, the speed within its tolerance: only m3 differs.
+    run = Tool({"fleet", "--ignore", "MOTOR_PULSE_PER_MM_*", "--tolerance", "MOTOR_SPEED_MAX_*=0.5", strModel, "line"});
+    QCOMPARE(run.nExit, 1);
+    QCOMPARE(run.strOut.split('\n', Qt::SkipEmptyParts),
+             (QStringList{"4 machine(s) compared with " + strModel + ": 1 differ, in 1 field(s)",
+                          "MOTOR_SPEED_MAX_1  Max Speed(mm/s), X: 1 of 4 machine(s) differ from 1000 mm/s",
+                          "    line/m3.ini  1040 mm/s"}));
+    // A tolerance for every key, and diff takes the same options.
+    run = Tool({"fleet", "--ignore", "MOTOR_PULSE_PER_MM_*", "--tolerance", "50", strModel, "line"});
+    QCOMPARE(run.nExit, 0);
+    run = Tool({"diff", "--ignore", "MOTOR_PULSE_PER_MM_1", "--ignore", "MOTOR_PULSE_PER_MM_2", "--tolerance", "0.5",
+                strModel, "line/m1.ini"});
+    QCOMPARE(run.nExit, 0);
+    QCOMPARE(run.strOut, QString());
+    run = Tool({"diff", "--tolerance", "0.01", strModel, "line/m1.ini"});
+    QCOMPARE(run.nExit, 1);
+    QCOMPARE(run.strOut.count('\n'), 3);
+    // Nonsense is refused, with nothing compared.
+    run = Tool({"fleet", "--tolerance", "X=-1", strModel, "line"});
+    QCOMPARE(run.nExit, 2);
+    QCOMPARE(run.strOut, QString());
+    QVERIFY2(run.strErr.contains("--tolerance \"X=-1\" is not [KEY-PATTERN=]VALUE"), qPrintable(run.strErr));
 }
 
 FACTORYMGR_TEST_MAIN(TestParamsTool)

@@ -1,6 +1,7 @@
 #include "CParamsTool.h"
 
 #include "CParamBackups.h"
+#include "CDifferenceFilter.h"
 #include "CParamEdit.h"
 #include "CParamFileLock.h"
 #include "CParamFileText.h"
@@ -19,6 +20,12 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMap>
+#include <QThread>
+
+#include <atomic>
+#include <cstdio>
+#include <memory>
+#include <vector>
 
 #include <cmath>
 
@@ -69,6 +76,14 @@ struct CommandLine
     QCommandLineParser parser;
     QCommandLineOption help{{"h", "help"}, QStringLiteral("Show this help.")};
     QCommandLineOption json{QStringLiteral("json"), QStringLiteral("Answer in JSON, for another program.")};
+    QCommandLineOption ignore{QStringLiteral("ignore"),
+                              QStringLiteral("Leave out the keys that match KEY-PATTERN (a shell wildcard, e.g. "
+                                             "MOTOR_PULSE_PER_MM_*); may be given more than once."),
+                              QStringLiteral("KEY-PATTERN")};
+    QCommandLineOption tolerance{QStringLiteral("tolerance"),
+                                 QStringLiteral("Values of the keys that match KEY-PATTERN (every key without one) "
+                                                "count as equal within VALUE; may be given more than once."),
+                                 QStringLiteral("[KEY-PATTERN=]VALUE")};
     QCommandLineOption filesFrom{QStringLiteral("files-from"),
                                  QStringLiteral("Also the files or folders listed in LIST, one per line (- reads "
                                                 "standard input)."),
@@ -291,9 +306,17 @@ int CParamsTool::Diff(const QStringList& arguments)
                      {{QStringLiteral("A"), QStringLiteral("The first parameter file.")},
                       {QStringLiteral("B"), QStringLiteral("The second parameter file.")}},
                      true);
+    line.parser.addOption(line.ignore);
+    line.parser.addOption(line.tolerance);
     const auto complain = [this](const QString& s) { Complain(s); };
     if (const int n = ParseCommand(line, arguments, 2, 2, m_out, complain))
         return n < 0 ? ExitOk : n;
+    CDifferenceFilter filter;
+    QString strWhy;
+    if (!filter.Set(line.parser.values(line.ignore), line.parser.values(line.tolerance), &strWhy)) {
+        Complain(strWhy);
+        return ExitFailed;
+    }
     CToolInputs inputs;
     inputs.Add(line.parser.positionalArguments().at(1), false);
     inputs.Add(line.parser.positionalArguments().at(2), false);
@@ -305,7 +328,7 @@ int CParamsTool::Diff(const QStringList& arguments)
     const bool bB = Load(inputs.Inputs().at(1), b, &missingB);
     if (!bA || !bB)
         return ExitFailed;
-    const QList<SParamDifference> differences = CParamDiff::Compare(a, b, {}, missingA, missingB);
+    const QList<SParamDifference> differences = filter.Counted(CParamDiff::Compare(a, b, {}, missingA, missingB));
     if (line.parser.isSet(line.json)) {
         QJsonArray list;
         for (const SParamDifference& d : differences)
@@ -523,9 +546,17 @@ int CParamsTool::Fleet(const QStringList& arguments)
                       {QStringLiteral("DIR|FILE..."), QStringLiteral("The machines' parameter files, or folders of them.")}},
                      true);
     line.parser.addOption(line.filesFrom);
+    line.parser.addOption(line.ignore);
+    line.parser.addOption(line.tolerance);
     const auto complain = [this](const QString& s) { Complain(s); };
     if (const int n = ParseCommand(line, arguments, 1, -1, m_out, complain))
         return n < 0 ? ExitOk : n;
+    CDifferenceFilter filter;
+    QString strWhy;
+    if (!filter.Set(line.parser.values(line.ignore), line.parser.values(line.tolerance), &strWhy)) {
+        Complain(strWhy);
+        return ExitFailed;
+    }
     CToolInputs referenceInput;
     referenceInput.Add(line.parser.positionalArguments().at(1), false);
     FactoryParams reference;
@@ -550,32 +581,90 @@ int CParamsTool::Fleet(const QStringList& arguments)
         for (int i = 0; i < keys.size(); ++i)
             order.insert(keys[i].strKey, i);
     }
-    const QString strReferencePath = QFileInfo(referenceInput.Inputs().first().strPath).canonicalFilePath();
+    // Every file is read and compared on every core; the results come
+    // together in the order of the files.
+    struct Result
+    {
+        QString strWhy;   // why it could not be read
+        QList<SParamDifference> differences;
+        bool bReference = false;
+    };
+    const QList<CToolInputs::SInput>& files = inputs.Inputs();
+    std::vector<Result> results(size_t(files.size()));
+    struct stat referenceStat {};
+    const bool bReferenceStat =
+        ::stat(QFile::encodeName(referenceInput.Inputs().first().strPath).constData(), &referenceStat) == 0;
+    std::atomic<qsizetype> nNext{0};
+    std::atomic<qsizetype> nDone{0};
+    const auto work = [&] {
+        for (qsizetype i = nNext++; i < files.size(); i = nNext++) {
+            const CToolInputs::SInput& input = files[i];
+            Result& result = results[size_t(i)];
+            struct stat fileStat {};
+            if (!input.strWhy.isEmpty()) {
+                result.strWhy = input.strWhy;
+            } else if (bReferenceStat && ::stat(QFile::encodeName(input.strPath).constData(), &fileStat) == 0
+                       && fileStat.st_dev == referenceStat.st_dev && fileStat.st_ino == referenceStat.st_ino) {
+                result.bReference = true;
+            } else {
+                FactoryParams machine;
+                QSet<QString> missing;
+                const ParamFileStatus status = ReadFactoryParamFile(machine, input.strPath, &missing);
+                if (status != ParamFileStatus::Loaded)
+                    result.strWhy = ParamFileProblem(input.strPath, status);
+                else
+                    result.differences = filter.Counted(CParamDiff::Compare(reference, machine, {}, {}, missing));
+            }
+            ++nDone;
+        }
+    };
+    const int nThreads = qBound(1, QThread::idealThreadCount(), 16);
+    QList<QThread*> threads;
+    for (int i = 1; i < nThreads; ++i)
+        threads << QThread::create(work);
+    for (QThread* pThread : threads)
+        pThread->start();
+    // On a terminal, a long run says how far it is.
+    std::atomic<bool> bFinished{false};
+    std::unique_ptr<QThread> pProgress;
+    if (::isatty(STDERR_FILENO) && files.size() >= 1000) {
+        pProgress.reset(QThread::create([&] {
+            while (!bFinished) {
+                std::fprintf(stderr, "\rfactoryparams: %lld of %lld files read", qlonglong(nDone.load()),
+                             qlonglong(files.size()));
+                QThread::msleep(250);
+            }
+            std::fprintf(stderr, "\r\033[K");
+        }));
+        pProgress->start();
+    }
+    work();
+    for (QThread* pThread : threads) {
+        pThread->wait();
+        delete pThread;
+    }
+    bFinished = true;
+    if (pProgress)
+        pProgress->wait();
+
     int nMachines = 0;
     int nDiffering = 0;
     QList<QPair<QString, QString>> skipped;
-    for (const CToolInputs::SInput& input : inputs.Inputs()) {
-        if (!input.strWhy.isEmpty()) {
-            skipped << qMakePair(input.strName, input.strWhy);
+    for (qsizetype i = 0; i < files.size(); ++i) {
+        const Result& result = results[size_t(i)];
+        if (result.bReference)
             continue;
-        }
-        if (!strReferencePath.isEmpty() && QFileInfo(input.strPath).canonicalFilePath() == strReferencePath)
-            continue;
-        FactoryParams machine;
-        QSet<QString> missing;
-        const ParamFileStatus status = ReadFactoryParamFile(machine, input.strPath, &missing);
-        if (status != ParamFileStatus::Loaded) {
-            skipped << qMakePair(input.strName, ParamFileProblem(input.strPath, status));
+        if (!result.strWhy.isEmpty()) {
+            skipped << qMakePair(files[i].strName, result.strWhy);
             continue;
         }
         ++nMachines;
-        const QList<SParamDifference> differences = CParamDiff::Compare(reference, machine, {}, {}, missing);
-        if (!differences.isEmpty())
+        if (!result.differences.isEmpty())
             ++nDiffering;
-        for (const SParamDifference& d : differences) {
+        for (const SParamDifference& d : result.differences) {
             Field& field = fields[order.value(d.strKey)];
             field.what = d;
-            field.machines << qMakePair(input.strName, d);
+            field.machines << qMakePair(files[i].strName, d);
         }
     }
     for (const auto& [strName, strWhy] : skipped)
