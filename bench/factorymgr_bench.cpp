@@ -26,7 +26,12 @@
 #include <cstdio>
 #include <cstring>
 #include <functional>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 double MedianMs(int nRuns, const std::function<void()>& run)
@@ -52,6 +57,34 @@ struct Row
     bool bMet;
 };
 QList<Row> g_rows;
+
+// Runs a program with its standard output into strOut and waits for it:
+// its exit code, and its own peak resident size in KiB.
+int RunMeasured(const QStringList& arguments, const QString& strOut, long* pPeakKb)
+{
+    std::vector<QByteArray> bytes;
+    for (const QString& strArgument : arguments)
+        bytes.push_back(QFile::encodeName(strArgument));
+    std::vector<char*> argv;
+    for (QByteArray& argument : bytes)
+        argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, QFile::encodeName(strOut).constData(),
+                                     O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    pid_t nPid = 0;
+    const int nSpawned = posix_spawn(&nPid, argv[0], &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (nSpawned != 0)
+        return -1;
+    int nStatus = 0;
+    rusage usage {};
+    if (wait4(nPid, &nStatus, 0, &usage) != nPid)
+        return -1;
+    *pPeakKb = usage.ru_maxrss;
+    return WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : -1;
+}
 
 void Report(const char* szWhat, double dMs, const char* szBaseline, double dBaselineMs, const QString& strTarget, bool bMet)
 {
@@ -282,43 +315,101 @@ int main(int argc, char** argv)
         openAndReplace();
     const long nAfter500 = ResidentKb();
 
-    // A factory: 1000 machines' parameter files against a reference, with
-    // factoryparams fleet as a script runs it (a process of its own).
+    // A factory: 100,000 machines of one model, each with its own calibrated
+    // X and Y steps (which the model leaves out) and 50 of them differing in
+    // one field, against the model with factoryparams fleet as a script runs
+    // it (a process of its own), in text and in JSON.
     const QString strFleet = home.path() + "/fleet";
     const QString strReference = home.path() + "/reference.ini";
     WriteFactoryParamFile(FactoryParams(), strReference);
-    QStringList machines;
-    for (int i = 0; i < 1000; ++i) {
-        FactoryParams machine;
-        machine.motor[i % 4].speedMax = 900.0 + i % 7;
-        machine.laser.lasers[i % 2].powerMax = 90.0 + i % 3;
-        const QString strPath = QStringLiteral("%1/line%2/m%3/FactoryParam.ini").arg(strFleet).arg(i % 10).arg(i, 4, 10, QChar('0'));
-        QDir().mkpath(QFileInfo(strPath).absolutePath());
-        WriteFactoryParamFile(machine, strPath);
-        machines << strPath;
+    constexpr int kMachines = 100000;
+    QByteArray model;
+    {
+        QFile file(strReference);
+        file.open(QIODevice::ReadOnly);
+        model = file.readAll();
     }
-    const double dReadAll = MedianMs(3, [&] {
+    const auto lineOf = [&model](const QByteArray& key) {
+        const qsizetype nAt = model.indexOf("\n" + key + "=") + 1;
+        return qMakePair(nAt, model.indexOf('\n', nAt) - nAt);
+    };
+    QStringList machines;
+    machines.reserve(kMachines);
+    for (int i = 0; i < kMachines; ++i) {
+        QByteArray text = model;
+        // The later lines change first, so that the places of the earlier ones hold.
+        const auto [nX, nXLength] = lineOf("MOTOR_PULSE_PER_MM_1");
+        const auto [nY, nYLength] = lineOf("MOTOR_PULSE_PER_MM_2");
+        const auto [nSpeed, nSpeedLength] = lineOf("MOTOR_SPEED_MAX_3");
+        if (i % (kMachines / 50) == 7)
+            text.replace(nSpeed, nSpeedLength, "MOTOR_SPEED_MAX_3=" + QByteArray::number(900 + i % 7));
+        text.replace(nY, nYLength, "MOTOR_PULSE_PER_MM_2=" + QByteArray::number(7.9 + i * 1e-6, 'g', 10));
+        text.replace(nX, nXLength, "MOTOR_PULSE_PER_MM_1=" + QByteArray::number(7.8 + i * 1e-6, 'g', 10));
+        const QString strDir = QStringLiteral("%1/line%2/m%3").arg(strFleet).arg(i % 100).arg(i, 6, 10, QChar('0'));
+        QDir().mkpath(strDir);
+        QFile file(strDir + "/FactoryParam.ini");
+        file.open(QIODevice::WriteOnly);
+        file.write(text);
+        machines << file.fileName();
+    }
+    const double dReadAll = MedianMs(1, [&] {
         FactoryParams machine;
         for (const QString& strPath : machines)
             ReadFactoryParamFile(machine, strPath);
     });
+    const auto runFleet = [&](const QStringList& extra, int* pExit, long* pPeakKb, qint64* pBytes) {
+        const QString strOut = home.path() + "/fleet-out.txt";
+        *pExit = RunMeasured(QStringList{QCoreApplication::applicationDirPath() + "/factoryparams", "fleet", "--ignore",
+                                         "MOTOR_PULSE_PER_MM_*"}
+                                 + extra + QStringList{strReference, strFleet},
+                             strOut, pPeakKb);
+        *pBytes = QFileInfo(strOut).size();
+    };
     int nFleetExit = -1;
-    const double dFleet = MedianMs(3, [&] {
-        QProcess tool;
-        tool.start(QCoreApplication::applicationDirPath() + "/factoryparams", {"fleet", strReference, strFleet});
-        tool.waitForFinished(60000);
-        tool.readAllStandardOutput();
-        nFleetExit = tool.exitCode();
-    });
-    Report("factoryparams fleet, 1000 files", dFleet, "reading the 1000 files once", dReadAll, "< 2000 ms",
-           dFleet < 2000.0 && nFleetExit == 1);
+    long nFleetKb = 0;
+    qint64 nFleetBytes = 0;
+    const double dFleet = MedianMs(1, [&] { runFleet({}, &nFleetExit, &nFleetKb, &nFleetBytes); });
+    Report("factoryparams fleet, 100,000 files", dFleet, "reading the 100,000 files once", dReadAll, "< 20000 ms",
+           dFleet < 20000.0 && nFleetExit == 1);
+    int nJsonExit = -1;
+    long nJsonKb = 0;
+    qint64 nJsonBytes = 0;
+    const double dJson = MedianMs(1, [&] { runFleet({"--json"}, &nJsonExit, &nJsonKb, &nJsonBytes); });
+    Report("factoryparams fleet --json, 100,000", dJson, "reading the 100,000 files once", dReadAll, "< 20000 ms",
+           dJson < 20000.0 && nJsonExit == 1);
+    QDir(strFleet).removeRecursively();
 
+    // check of a 1 MiB file with 80,000 keys nobody knows.
+    const QString strCrowded = home.path() + "/crowded.ini";
+    {
+        QFile file(strCrowded);
+        file.open(QIODevice::WriteOnly);
+        file.write(model);
+        file.write("[EXTRA]\n");
+        for (int i = 0; file.size() < 1024 * 1024 - 16 && i < 80000; ++i)
+            file.write("K" + QByteArray::number(i) + "=1\n");
+    }
+    const double dParseCrowded = MedianMs(3, [&] { QSettings(strCrowded, QSettings::IniFormat).allKeys(); });
+    int nCheckExit = -1;
+    const double dCheckCrowded = MedianMs(3, [&] {
+        QProcess tool;
+        tool.start(QCoreApplication::applicationDirPath() + "/factoryparams", {"check", strCrowded});
+        tool.waitForFinished(600000);
+        tool.readAllStandardOutput();
+        nCheckExit = tool.exitCode();
+    });
+    Report("factoryparams check, 80,000 unknown keys", dCheckCrowded, "parsing that file once", dParseCrowded,
+           "< 1000 ms", dCheckCrowded < 1000.0 && nCheckExit == 1);
 
     std::printf("%-40s %10s   %-32s %10s %7s   %-15s %s\n", "measured", "median ms", "baseline", "median ms", "ratio",
                 "target", "met");
     for (const Row& row : g_rows)
         std::printf("%-40s %10.3f   %-32s %10.3f %7.2f   %-15s %s\n", row.szWhat, row.dMs, row.szBaseline, row.dBaselineMs,
                     row.dBaselineMs > 0 ? row.dMs / row.dBaselineMs : 0.0, qPrintable(row.strTarget), row.bMet ? "yes" : "NO");
+    std::printf("%-40s %10ld   %-32s %10lld %7s   %-15s %s\n", "fleet peak resident KiB", nFleetKb,
+                "output bytes", qlonglong(nFleetBytes), "", "< 204800", nFleetKb < 204800 ? "yes" : "NO");
+    std::printf("%-40s %10ld   %-32s %10lld %7s   %-15s %s\n", "fleet --json peak resident KiB", nJsonKb,
+                "output bytes", qlonglong(nJsonBytes), "", "< 204800", nJsonKb < 204800 ? "yes" : "NO");
     const long nGrowth = nAfter500 - nAfter10;
     std::printf("%-40s %10ld   %-32s %10ld %7s   %-15s %s\n", "resident KiB after 500 dialog cycles", nAfter500,
                 "after 10 cycles", nAfter10, "", "growth < 2048", nGrowth < 2048 ? "yes" : "NO");

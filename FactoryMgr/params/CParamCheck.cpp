@@ -73,9 +73,10 @@ QList<SParamProblem> CParamCheck::CheckFile(const QString& strPath)
     const CParamFileLock lock(strPath);
     const ParamFileStatus status = ParamFileKind(strPath);
     if (status == ParamFileStatus::WrongMarker && QFileInfo(strPath).isReadable()) {
+        // A marker of another kind is shown; a file without one is simply no parameter file.
         QString strMarker;
-        ReadIniText(QStringLiteral("FACTORY_PARAM"), QStringLiteral("FILE_FLAG"), strPath, &strMarker);
-        return {{strPath, kMarkerKey, strMarker, QStringLiteral("not the parameter file marker"), true}};
+        if (ReadIniText(QStringLiteral("FACTORY_PARAM"), QStringLiteral("FILE_FLAG"), strPath, &strMarker))
+            return {{strPath, kMarkerKey, strMarker, QStringLiteral("not the parameter file marker"), true}};
     }
     if (status != ParamFileStatus::Loaded)
         return {{strPath, QString(), QString(), ParamFileProblem(strPath, status), true}};

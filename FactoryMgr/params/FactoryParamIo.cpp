@@ -73,9 +73,8 @@ QString ParamFileProblem(const QString& strPath, ParamFileStatus status)
         return QStringLiteral("not a regular file");
     if (status == ParamFileStatus::TooLarge)
         return QStringLiteral("larger than %1 bytes: not a parameter file").arg(kMaxParamFileSize);
-    QFile file(strPath);
-    if (!file.open(QIODevice::ReadOnly))
-        return file.error() == QFileDevice::PermissionsError ? QStringLiteral("permission denied") : file.errorString();
+    if (::access(QFile::encodeName(strPath).constData(), R_OK) != 0)
+        return errno == EACCES ? QStringLiteral("permission denied") : QString::fromLocal8Bit(std::strerror(errno));
     return QStringLiteral("not a parameter file (no %1=%2 in [%3])").arg(kMarkerKey, kMarker, kHeader);
 }
 

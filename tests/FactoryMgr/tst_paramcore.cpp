@@ -455,6 +455,12 @@ void TestParamCore::checkOfWhatIsNoParameterFile()
     QCOMPARE(marker[0].strKey, QStringLiteral("FACTORY_PARAM/FILE_FLAG"));
     QCOMPARE(marker[0].strValue, QStringLiteral("__SOMETHING_ELSE__"));
     QCOMPARE(marker[0].strWhat, QStringLiteral("not the parameter file marker"));
+    const QList<SParamProblem> empty = CParamCheck::CheckFile(Write("empty.ini", ""));
+    QCOMPARE(empty.size(), 1);
+    QCOMPARE(empty[0].strKey, QString());
+    QCOMPARE(empty[0].strWhat,
+             QStringLiteral("not a parameter file (no FILE_FLAG=__FACTORY_PARAM__ in [FACTORY_PARAM])"));
+    QVERIFY(empty[0].bUnreadable);
     const QList<SParamProblem> huge = CParamCheck::CheckFile(
         Write("huge.ini", "[FACTORY_PARAM]\nFILE_FLAG=__FACTORY_PARAM__\n" + QByteArray(2 * 1024 * 1024, '#')));
     QCOMPARE(huge.size(), 1);

@@ -1,11 +1,14 @@
 #include "TestMain.h"
 
 #include "CParamBackups.h"
+#include "CParamFileLock.h"
 #include "FactoryParamIo.h"
 #include "FactoryParamKeys.h"
 #include "FactoryParams.h"
 #include "ParamFileTestData.h"
 
+#include <QElapsedTimer>
+#include <QStandardPaths>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -51,6 +54,9 @@ private slots:
     void fleetDiffAndCheckNameEveryFileTheyCouldNotRead();
     void standardInputPipesListsAndAFullOutput();
     void aModelGatesCalibratedMachinesWithIgnoreAndTolerance();
+    void showJsonThenSetThenDiffIsARoundTrip();
+    void setWaitsForTheLockThenSaysWhoHoldsIt();
+    void asAnotherUserUnreadableFilesAndFoldersAreNamed();
 
 private:
     struct Run
@@ -590,6 +596,17 @@ void TestParamsTool::setFollowsALinkKeepsTheModeAndRefusesAReadOnlyFile()
     QCOMPARE(status.st_mode & 07777, 0640u);
     QCOMPARE(CParamBackups::List(strShared).size(), 1);
 
+    // A file of another owner keeps its owner (only root may give a file away).
+    if (::geteuid() == 0) {
+        QCOMPARE(::chown(QFile::encodeName(strShared).constData(), 65534, 65534), 0);
+        run = Tool({"set", strLink, "MOTOR_SIZE_1=660"});
+        QCOMPARE(run.nExit, 0);
+        QCOMPARE(::stat(QFile::encodeName(strShared).constData(), &status), 0);
+        QCOMPARE(status.st_uid, uid_t(65534));
+        QCOMPARE(status.st_gid, gid_t(65534));
+        QCOMPARE(status.st_mode & 07777, 0640u);
+    }
+
     // Read-only (0444): refused, whoever runs it.
     const QByteArray before = ReadBytes(strShared);
     QVERIFY(QFile::setPermissions(strShared, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
@@ -796,6 +813,90 @@ void TestParamsTool::aModelGatesCalibratedMachinesWithIgnoreAndTolerance()
     QCOMPARE(run.nExit, 2);
     QCOMPARE(run.strOut, QString());
     QVERIFY2(run.strErr.contains("--tolerance \"X=-1\" is not [KEY-PATTERN=]VALUE"), qPrintable(run.strErr));
+}
+
+void TestParamsTool::showJsonThenSetThenDiffIsARoundTrip()
+{
+    // A machine with values of its own in every section, all in range.
+    FactoryParams machine;
+    machine.laser.laserCount = 2;
+    machine.laser.lasers[1].type = 3;
+    machine.laser.lasers[0].frequency = 30000.0;
+    machine.motor[0].pulsePerMm = 7.886270000000001;   // every digit must survive
+    machine.motor[2].size = 123.456;
+    machine.machine.motiveMode = 2;
+    machine.machine.blow = true;
+    machine.speed.sweepAccY = 1234.5;
+    const QString strMachine = Write("machine.ini", machine);
+    const Run show = Tool({"show", "--json", strMachine});
+    QCOMPARE(show.nExit, 0);
+    QStringList assignments;
+    for (const QJsonValue& field : QJsonDocument::fromJson(show.strOut.toUtf8())["fields"].toArray())
+        assignments << field["key"].toString() + "="
+                + QString::number(field["value"].toDouble(), 'g', QLocale::FloatingPointShortest);
+    QCOMPARE(assignments.size(), ExpectedKeys().size() - 2);
+    const QString strCopy = Write("copy.ini", FactoryParams());
+    const Run set = Tool(QStringList{"set", strCopy} + assignments);
+    QCOMPARE(set.nExit, 0);
+    QCOMPARE(set.strErr, QString());
+    const Run diff = Tool({"diff", strMachine, strCopy});
+    QCOMPARE(diff.strOut, QString());
+    QCOMPARE(diff.nExit, 0);
+}
+
+void TestParamsTool::setWaitsForTheLockThenSaysWhoHoldsIt()
+{
+    const QString strPath = Write("machine.ini", FactoryParams());
+    const QByteArray before = ReadBytes(strPath);
+    // A save that never ends holds the lock (this process, as a host would).
+    const CParamFileLock lock(strPath);
+    QVERIFY(lock.Taken());
+    QElapsedTimer timer;
+    timer.start();
+    const Run run = Tool({"set", strPath, "MOTOR_SIZE_1=640"});
+    QVERIFY2(timer.elapsed() >= 9000, "set waited for the lock");
+    QCOMPARE(run.nExit, 2);
+    QCOMPARE(run.strErr, QStringLiteral("factoryparams: %1: process %2 (tst_paramstool) has been using it for 10 s; it is "
+                                        "unchanged\n")
+                             .arg(strPath)
+                             .arg(QCoreApplication::applicationPid()));
+    QCOMPARE(ReadBytes(strPath), before);
+}
+
+void TestParamsTool::asAnotherUserUnreadableFilesAndFoldersAreNamed()
+{
+    // Run as root here: the tool then runs as nobody (setpriv), the way a
+    // person without the rights would meet these files. Elsewhere the files
+    // are unreadable to the tester already.
+    QStringList prefix;
+    if (::geteuid() == 0) {
+        if (QStandardPaths::findExecutable("setpriv").isEmpty())
+            QSKIP("root, and no setpriv to run the tool as another user");
+        prefix = {"--reuid=65534", "--regid=65534", "--clear-groups", QCoreApplication::applicationDirPath() + "/factoryparams"};
+        QVERIFY(QFile::setPermissions(m_pDir->path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner
+                                                          | QFile::ReadOther | QFile::ExeOther));
+    }
+    const QString strModel = Write("model.ini", FactoryParams());
+    QVERIFY(QFile::setPermissions(strModel, QFile::ReadOwner | QFile::ReadOther));
+    QVERIFY(QDir().mkpath(m_pDir->filePath("fleet/closed")));
+    QVERIFY(QFile::setPermissions(m_pDir->filePath("fleet"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner
+                                                                  | QFile::ReadOther | QFile::ExeOther));
+    const QString strSecret = Write("fleet/secret.ini", FactoryParams());
+    QVERIFY(QFile::setPermissions(strSecret, QFile::ReadOwner | QFile::WriteOwner));
+    QVERIFY(!Write("fleet/closed/m1.ini", FactoryParams()).isEmpty());
+    QVERIFY(QFile::setPermissions(m_pDir->filePath("fleet/closed"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    QProcess tool;
+    tool.setWorkingDirectory(m_pDir->path());
+    if (prefix.isEmpty())
+        tool.start(QCoreApplication::applicationDirPath() + "/factoryparams", {"fleet", "model.ini", "fleet"});
+    else
+        tool.start("setpriv", prefix + QStringList{"fleet", "model.ini", "fleet"});
+    QVERIFY(tool.waitForFinished(60000));
+    const QString strErr = QString::fromUtf8(tool.readAllStandardError());
+    QCOMPARE(tool.exitCode(), 2);
+    QCOMPARE(strErr.split('\n', Qt::SkipEmptyParts),
+             (QStringList{"factoryparams: fleet/closed: a folder that cannot be read: permission denied",
+                          "factoryparams: fleet/secret.ini: permission denied"}));
 }
 
 FACTORYMGR_TEST_MAIN(TestParamsTool)
