@@ -7,6 +7,7 @@
 #include "FactoryParams.h"
 #include "ParamFileTestData.h"
 
+#include <QCryptographicHash>
 #include <QElapsedTimer>
 #include <QStandardPaths>
 #include <QJsonArray>
@@ -55,6 +56,7 @@ private slots:
     void standardInputPipesListsAndAFullOutput();
     void aModelGatesCalibratedMachinesWithIgnoreAndTolerance();
     void showJsonThenSetThenDiffIsARoundTrip();
+    void fleetPerMachineCsvReportAndQuiet();
     void setWaitsForTheLockThenSaysWhoHoldsIt();
     void asAnotherUserUnreadableFilesAndFoldersAreNamed();
 
@@ -813,6 +815,58 @@ void TestParamsTool::aModelGatesCalibratedMachinesWithIgnoreAndTolerance()
     QCOMPARE(run.nExit, 2);
     QCOMPARE(run.strOut, QString());
     QVERIFY2(run.strErr.contains("--tolerance \"X=-1\" is not [KEY-PATTERN=]VALUE"), qPrintable(run.strErr));
+}
+
+void TestParamsTool::fleetPerMachineCsvReportAndQuiet()
+{
+    FactoryParams model;
+    const QString strModel = Write("model.ini", model);
+    FactoryParams m2 = model;
+    m2.motor[0].speedMax = 1200.0;
+    m2.motor[0].pulsePerMm = 7.9;
+    QVERIFY(!Write("line/m1.ini", model).isEmpty());
+    QVERIFY(!Write("line/m2.ini", m2).isEmpty());
+    QVERIFY(!WriteBytes("line/m3.ini", "").isEmpty());
+    const QString strWhy = "not a parameter file (no FILE_FLAG=__FACTORY_PARAM__ in [FACTORY_PARAM])";
+
+    Run run = Tool({"fleet", "--per-machine", "model.ini", "line"});
+    QCOMPARE(run.nExit, 2);
+    QCOMPARE(run.strOut.split('\n', Qt::SkipEmptyParts),
+             (QStringList{"line/m1.ini: pass", "line/m2.ini: fail, 2 field(s): MOTOR_PULSE_PER_MM_1=7.9, MOTOR_SPEED_MAX_1=1200",
+                          "line/m3.ini: not read (" + strWhy + ")",
+                          "2 machine(s) compared with model.ini: 1 differ, in 2 field(s); 1 file(s) could not be read "
+                          "(named on standard error)"}));
+    QCOMPARE(run.strErr, "factoryparams: line/m3.ini: " + strWhy + "\n");
+
+    run = Tool({"fleet", "--csv", "--ignore", "MOTOR_PULSE_PER_MM_*", "model.ini", "line"});
+    QCOMPARE(run.nExit, 2);
+    QCOMPARE(run.strOut, "file,result,differences,reason\nline/m1.ini,pass,,\nline/m2.ini,fail,MOTOR_SPEED_MAX_1=1200,\n"
+                         "line/m3.ini,unread,," + strWhy + "\n");
+
+    // The signed report: when, which tool, which reference (with its checksum), which options, every machine.
+    QFile file(strModel);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray sha = QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha256).toHex();
+    run = Tool({"fleet", "--report", "--ignore", "MOTOR_PULSE_PER_MM_*", "model.ini", "line/m1.ini", "line/m2.ini"});
+    QCOMPARE(run.nExit, 1);
+    const QStringList lines = run.strOut.split('\n', Qt::SkipEmptyParts);
+    QCOMPARE(lines.size(), 9);
+    QCOMPARE(lines[0], QStringLiteral("factoryparams fleet report"));
+    QVERIFY2(QDateTime::fromString(lines[1].mid(6), Qt::ISODate).secsTo(QDateTime::currentDateTime()) < 120, qPrintable(lines[1]));
+    QCOMPARE(lines[2], QStringLiteral("tool: factoryparams " FACTORYMGR_VERSION));
+    QCOMPARE(lines[3], "reference: model.ini (SHA-256 " + QString::fromLatin1(sha) + ")");
+    QCOMPARE(lines[4], QStringLiteral("ignored: MOTOR_PULSE_PER_MM_*"));
+    QCOMPARE(lines[5], QStringLiteral("tolerances: none"));
+    QCOMPARE(lines[6], QStringLiteral("line/m1.ini: pass"));
+    QCOMPARE(lines[7], QStringLiteral("line/m2.ini: fail, 1 field(s): MOTOR_SPEED_MAX_1=1200"));
+
+    // --quiet: only the exit code.
+    run = Tool({"fleet", "--quiet", "model.ini", "line/m1.ini", "line/m2.ini"});
+    QCOMPARE(run.nExit, 1);
+    QCOMPARE(run.strOut, QString());
+    run = Tool({"fleet", "--quiet", "model.ini", "line/m1.ini"});
+    QCOMPARE(run.nExit, 0);
+    QCOMPARE(run.strOut, QString());
 }
 
 void TestParamsTool::showJsonThenSetThenDiffIsARoundTrip()

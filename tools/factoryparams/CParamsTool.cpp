@@ -2,6 +2,7 @@
 
 #include "CParamBackups.h"
 #include "CDifferenceFilter.h"
+#include "CFleetReader.h"
 #include "CParamEdit.h"
 #include "CParamFileLock.h"
 #include "CParamFileText.h"
@@ -12,6 +13,9 @@
 #include "FactoryParams.h"
 
 #include <QCommandLineParser>
+#include <QCryptographicHash>
+#include <QDateTime>
+#include <QRegularExpression>
 #include <QCoreApplication>
 #include <QDir>
 #include <QDirIterator>
@@ -20,12 +24,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMap>
-#include <QThread>
 
-#include <atomic>
-#include <cstdio>
-#include <memory>
-#include <vector>
 
 #include <cmath>
 
@@ -250,6 +249,18 @@ int ParseCommand(CommandLine& line, const QStringList& arguments, int nMin, int 
 }
 }
 
+namespace {
+// The command's --ignore and --tolerance; false, said, when they are not ones.
+bool TakeFilter(const CommandLine& line, CDifferenceFilter& filter, const std::function<void(const QString&)>& complain)
+{
+    QString strWhy;
+    if (filter.Set(line.parser.values(line.ignore), line.parser.values(line.tolerance), &strWhy))
+        return true;
+    complain(strWhy);
+    return false;
+}
+}
+
 int CParamsTool::Show(const QStringList& arguments)
 {
     CommandLine line(QStringLiteral("show"),
@@ -312,11 +323,8 @@ int CParamsTool::Diff(const QStringList& arguments)
     if (const int n = ParseCommand(line, arguments, 2, 2, m_out, complain))
         return n < 0 ? ExitOk : n;
     CDifferenceFilter filter;
-    QString strWhy;
-    if (!filter.Set(line.parser.values(line.ignore), line.parser.values(line.tolerance), &strWhy)) {
-        Complain(strWhy);
+    if (!TakeFilter(line, filter, complain))
         return ExitFailed;
-    }
     CToolInputs inputs;
     inputs.Add(line.parser.positionalArguments().at(1), false);
     inputs.Add(line.parser.positionalArguments().at(2), false);
@@ -545,18 +553,26 @@ int CParamsTool::Fleet(const QStringList& arguments)
                      {{QStringLiteral("REFERENCE"), QStringLiteral("The parameter file the machines should match.")},
                       {QStringLiteral("DIR|FILE..."), QStringLiteral("The machines' parameter files, or folders of them.")}},
                      true);
-    line.parser.addOption(line.filesFrom);
-    line.parser.addOption(line.ignore);
-    line.parser.addOption(line.tolerance);
+    const QCommandLineOption perMachine(QStringLiteral("per-machine"),
+                                        QStringLiteral("One line per machine, as each is read: pass, the fields it "
+                                                       "differs in, or why it could not be read."));
+    const QCommandLineOption csv(QStringLiteral("csv"),
+                                 QStringLiteral("One CSV row per machine (file, result, differences, reason), for a "
+                                                "spreadsheet."));
+    const QCommandLineOption report(QStringLiteral("report"),
+                                    QStringLiteral("A report to sign: the date, the tool's version, the reference and "
+                                                   "its SHA-256, the options, every machine with pass or fail and "
+                                                   "every file that could not be read with its reason."));
+    const QCommandLineOption quiet(QStringLiteral("quiet"),
+                                   QStringLiteral("Nothing on standard output: the exit code says it (files that "
+                                                  "cannot be read are still named on standard error)."));
+    line.parser.addOptions({line.filesFrom, line.ignore, line.tolerance, perMachine, csv, report, quiet});
     const auto complain = [this](const QString& s) { Complain(s); };
     if (const int n = ParseCommand(line, arguments, 1, -1, m_out, complain))
         return n < 0 ? ExitOk : n;
     CDifferenceFilter filter;
-    QString strWhy;
-    if (!filter.Set(line.parser.values(line.ignore), line.parser.values(line.tolerance), &strWhy)) {
-        Complain(strWhy);
+    if (!TakeFilter(line, filter, complain))
         return ExitFailed;
-    }
     CToolInputs referenceInput;
     referenceInput.Add(line.parser.positionalArguments().at(1), false);
     FactoryParams reference;
@@ -566,6 +582,30 @@ int CParamsTool::Fleet(const QStringList& arguments)
     CToolInputs inputs;
     if (!GatherInputs(line.parser, line.filesFrom, 2, inputs))
         return ExitFailed;
+    const bool bJson = line.parser.isSet(line.json);
+    const bool bCsv = line.parser.isSet(csv);
+    const bool bReport = line.parser.isSet(report);
+    const bool bPerMachine = line.parser.isSet(perMachine) || bReport;
+    const bool bQuiet = line.parser.isSet(quiet);
+
+    if (bReport && !bQuiet) {
+        QFile file(referenceInput.Inputs().first().strPath);
+        QCryptographicHash sha(QCryptographicHash::Sha256);
+        if (file.open(QIODevice::ReadOnly))
+            sha.addData(&file);
+        m_out << "factoryparams fleet report\n"
+              << "date: " << QDateTime::currentDateTime().toString(Qt::ISODate) << "\n"
+              << "tool: factoryparams " << QCoreApplication::applicationVersion() << "\n"
+              << "reference: " << strReference << " (SHA-256 " << sha.result().toHex() << ")\n"
+              << "ignored: " << (line.parser.values(line.ignore).isEmpty() ? QStringLiteral("nothing")
+                                                                           : line.parser.values(line.ignore).join(", "))
+              << "\n"
+              << "tolerances: " << (line.parser.values(line.tolerance).isEmpty() ? QStringLiteral("none")
+                                                                                 : line.parser.values(line.tolerance).join(", "))
+              << "\n";
+    }
+    if (bCsv && !bQuiet)
+        m_out << "file,result,differences,reason\n";
 
     // Per field, in the file's order: the machines that differ and their values.
     struct Field
@@ -581,96 +621,76 @@ int CParamsTool::Fleet(const QStringList& arguments)
         for (int i = 0; i < keys.size(); ++i)
             order.insert(keys[i].strKey, i);
     }
-    // Every file is read and compared on every core; the results come
-    // together in the order of the files.
-    struct Result
-    {
-        QString strWhy;   // why it could not be read
-        QList<SParamDifference> differences;
-        bool bReference = false;
+    const auto csvField = [](QString strText) {
+        return strText.contains(QRegularExpression(QStringLiteral("[\",\n]")))
+            ? "\"" + strText.replace('"', QStringLiteral("\"\"")) + "\""
+            : strText;
     };
-    const QList<CToolInputs::SInput>& files = inputs.Inputs();
-    std::vector<Result> results(size_t(files.size()));
-    struct stat referenceStat {};
-    const bool bReferenceStat =
-        ::stat(QFile::encodeName(referenceInput.Inputs().first().strPath).constData(), &referenceStat) == 0;
-    std::atomic<qsizetype> nNext{0};
-    std::atomic<qsizetype> nDone{0};
-    const auto work = [&] {
-        for (qsizetype i = nNext++; i < files.size(); i = nNext++) {
-            const CToolInputs::SInput& input = files[i];
-            Result& result = results[size_t(i)];
-            struct stat fileStat {};
-            if (!input.strWhy.isEmpty()) {
-                result.strWhy = input.strWhy;
-            } else if (bReferenceStat && ::stat(QFile::encodeName(input.strPath).constData(), &fileStat) == 0
-                       && fileStat.st_dev == referenceStat.st_dev && fileStat.st_ino == referenceStat.st_ino) {
-                result.bReference = true;
-            } else {
-                FactoryParams machine;
-                QSet<QString> missing;
-                const ParamFileStatus status = ReadFactoryParamFile(machine, input.strPath, &missing);
-                if (status != ParamFileStatus::Loaded)
-                    result.strWhy = ParamFileProblem(input.strPath, status);
-                else
-                    result.differences = filter.Counted(CParamDiff::Compare(reference, machine, {}, {}, missing));
-            }
-            ++nDone;
-        }
-    };
-    const int nThreads = qBound(1, QThread::idealThreadCount(), 16);
-    QList<QThread*> threads;
-    for (int i = 1; i < nThreads; ++i)
-        threads << QThread::create(work);
-    for (QThread* pThread : threads)
-        pThread->start();
-    // On a terminal, a long run says how far it is.
-    std::atomic<bool> bFinished{false};
-    std::unique_ptr<QThread> pProgress;
-    if (::isatty(STDERR_FILENO) && files.size() >= 1000) {
-        pProgress.reset(QThread::create([&] {
-            while (!bFinished) {
-                std::fprintf(stderr, "\rfactoryparams: %lld of %lld files read", qlonglong(nDone.load()),
-                             qlonglong(files.size()));
-                QThread::msleep(250);
-            }
-            std::fprintf(stderr, "\r\033[K");
-        }));
-        pProgress->start();
-    }
-    work();
-    for (QThread* pThread : threads) {
-        pThread->wait();
-        delete pThread;
-    }
-    bFinished = true;
-    if (pProgress)
-        pProgress->wait();
-
     int nMachines = 0;
     int nDiffering = 0;
     QList<QPair<QString, QString>> skipped;
+    QJsonArray perMachineJson;
+    const QList<CToolInputs::SInput>& files = inputs.Inputs();
+    CFleetReader reader(reference, referenceInput.Inputs().first().strPath, files, filter);
     for (qsizetype i = 0; i < files.size(); ++i) {
-        const Result& result = results[size_t(i)];
+        const CFleetReader::SResult& result = reader.Wait(i);
+        const QString& strName = files[i].strName;
         if (result.bReference)
             continue;
+        QStringList changed;
+        for (const SParamDifference& d : result.differences)
+            changed << QStringLiteral("%1=%2").arg(d.strKey, d.bMissingB ? QStringLiteral("(missing)") : CParamDiff::Number(d.dB));
         if (!result.strWhy.isEmpty()) {
-            skipped << qMakePair(files[i].strName, result.strWhy);
-            continue;
+            skipped << qMakePair(strName, result.strWhy);
+            Complain(QStringLiteral("%1: %2").arg(strName, result.strWhy));
+        } else {
+            ++nMachines;
+            if (!result.differences.isEmpty())
+                ++nDiffering;
+            for (const SParamDifference& d : result.differences) {
+                Field& field = fields[order.value(d.strKey)];
+                field.what = d;
+                field.machines << qMakePair(strName, d);
+            }
         }
-        ++nMachines;
-        if (!result.differences.isEmpty())
-            ++nDiffering;
-        for (const SParamDifference& d : result.differences) {
-            Field& field = fields[order.value(d.strKey)];
-            field.what = d;
-            field.machines << qMakePair(files[i].strName, d);
+        const QString strResult = !result.strWhy.isEmpty() ? QStringLiteral("unread")
+            : result.differences.isEmpty()                 ? QStringLiteral("pass")
+                                                           : QStringLiteral("fail");
+        if (bQuiet)
+            continue;
+        if (bJson && bPerMachine) {
+            QJsonObject machine{{"file", strName}, {"result", strResult}};
+            if (!result.strWhy.isEmpty())
+                machine.insert("reason", result.strWhy);
+            else
+                machine.insert("differences", QJsonArray::fromStringList(changed));
+            perMachineJson << machine;
+        } else if (bCsv) {
+            m_out << csvField(strName) << "," << strResult << "," << csvField(changed.join(' ')) << ","
+                  << csvField(result.strWhy) << "\n";
+        } else if (bPerMachine) {
+            m_out << strName << ": "
+                  << (!result.strWhy.isEmpty()       ? QStringLiteral("not read (%1)").arg(result.strWhy)
+                          : result.differences.isEmpty() ? QStringLiteral("pass")
+                                                         : QStringLiteral("fail, %1 field(s): %2")
+                                                               .arg(result.differences.size())
+                                                               .arg(changed.join(", ")))
+                  << "\n";
+            m_out.flush();
         }
     }
-    for (const auto& [strName, strWhy] : skipped)
-        Complain(QStringLiteral("%1: %2").arg(strName, strWhy));
 
-    if (line.parser.isSet(line.json)) {
+    const QString strSummary =
+        QStringLiteral("%1 machine(s) compared with %2: %3 differ, in %4 field(s)")
+            .arg(nMachines)
+            .arg(strReference)
+            .arg(nDiffering)
+            .arg(fields.size())
+        + (skipped.isEmpty() ? QString()
+                             : QStringLiteral("; %1 file(s) could not be read (named on standard error)").arg(skipped.size()));
+    if (bQuiet) {
+        // Nothing on standard output.
+    } else if (bJson) {
         QJsonArray list;
         for (const Field& field : fields) {
             QJsonObject object = JsonField(field.what.strKey, field.what.strLabel, field.what.strWhere, field.what.strUnit);
@@ -688,21 +708,20 @@ int CParamsTool::Fleet(const QStringList& arguments)
         QJsonArray skippedList;
         for (const auto& [strName, strWhy] : skipped)
             skippedList << QJsonObject{{"file", strName}, {"reason", strWhy}};
-        m_out << QJsonDocument(QJsonObject{{"reference", strReference},
-                                           {"machines", nMachines},
-                                           {"differing", nDiffering},
-                                           {"fields", list},
-                                           {"skipped", skippedList}})
-                     .toJson(QJsonDocument::Indented);
+        QJsonObject document{{"reference", strReference},
+                             {"machines", nMachines},
+                             {"differing", nDiffering},
+                             {"fields", list},
+                             {"skipped", skippedList}};
+        if (bPerMachine)
+            document.insert("perMachine", perMachineJson);
+        m_out << QJsonDocument(document).toJson(QJsonDocument::Indented);
+    } else if (bCsv) {
+        // The rows are the answer.
+    } else if (bPerMachine) {
+        m_out << strSummary << "\n";
     } else {
-        m_out << QStringLiteral("%1 machine(s) compared with %2: %3 differ, in %4 field(s)")
-                     .arg(nMachines)
-                     .arg(strReference)
-                     .arg(nDiffering)
-                     .arg(fields.size());
-        if (!skipped.isEmpty())
-            m_out << QStringLiteral("; %1 file(s) could not be read (named on standard error)").arg(skipped.size());
-        m_out << "\n";
+        m_out << strSummary << "\n";
         for (const Field& field : fields) {
             const QString strUnit = field.what.strUnit.isEmpty() ? QString() : " " + field.what.strUnit;
             m_out << field.what.strKey << "  " << CParamDiff::Name(field.what) << ": "
