@@ -57,6 +57,7 @@ private slots:
     void aModelGatesCalibratedMachinesWithIgnoreAndTolerance();
     void showJsonThenSetThenDiffIsARoundTrip();
     void fleetPerMachineCsvReportAndQuiet();
+    void applyWritesTheModelAndKeepsEachMachinesCalibration();
     void setWaitsForTheLockThenSaysWhoHoldsIt();
     void asAnotherUserUnreadableFilesAndFoldersAreNamed();
 
@@ -867,6 +868,66 @@ void TestParamsTool::fleetPerMachineCsvReportAndQuiet()
     run = Tool({"fleet", "--quiet", "model.ini", "line/m1.ini"});
     QCOMPARE(run.nExit, 0);
     QCOMPARE(run.strOut, QString());
+}
+
+void TestParamsTool::applyWritesTheModelAndKeepsEachMachinesCalibration()
+{
+    FactoryParams model;
+    model.motor[0].speedMax = 1100.0;
+    model.laser.lasers[0].powerMax = 95.0;
+    const QString strModel = Write("model.ini", model);
+    QList<QByteArray> before;
+    for (int i = 1; i <= 3; ++i) {
+        FactoryParams machine;   // the old model
+        machine.motor[0].pulsePerMm = 7.8 + i * 0.01;
+        machine.motor[1].pulsePerMm = 7.9 + i * 0.01;
+        if (i == 2)
+            machine.motor[0].speedMax = 1100.0;   // has this one already
+        const QString strPath = Write(QStringLiteral("line/m%1/FactoryParam.ini").arg(i), machine);
+        QByteArray text = ReadBytes(strPath);
+        if (i == 3)
+            text = "; QV-0003\n" + text;   // a comment nobody may lose
+        WriteBytes(QStringLiteral("line/m%1/FactoryParam.ini").arg(i), text);
+        before << text;
+    }
+    // --dry-run: said, not done.
+    Run run = Tool({"apply", "--dry-run", "--ignore", "MOTOR_PULSE_PER_MM_*", "model.ini", "line"});
+    QCOMPARE(run.nExit, 0);
+    QCOMPARE(run.strOut.count("would change: "), 5);
+    for (int i = 1; i <= 3; ++i)
+        QCOMPARE(ReadBytes(m_pDir->filePath(QStringLiteral("line/m%1/FactoryParam.ini").arg(i))), before[i - 1]);
+
+    run = Tool({"apply", "--ignore", "MOTOR_PULSE_PER_MM_*", "model.ini", "line"});
+    QCOMPARE(run.nExit, 0);
+    QCOMPARE(run.strErr, QString());
+    QStringList lines = run.strOut.split('\n', Qt::SkipEmptyParts);
+    lines.replaceInStrings(QRegularExpression(" +"), " ");
+    QCOMPARE(lines, (QStringList{"line/m1/FactoryParam.ini: LASER_POWER_MAX_1 Max power(%), Laser 1: 100 → 95 %",
+                                 "line/m1/FactoryParam.ini: MOTOR_SPEED_MAX_1 Max Speed(mm/s), X: 1000 → 1100 mm/s",
+                                 "line/m2/FactoryParam.ini: LASER_POWER_MAX_1 Max power(%), Laser 1: 100 → 95 %",
+                                 "line/m3/FactoryParam.ini: LASER_POWER_MAX_1 Max power(%), Laser 1: 100 → 95 %",
+                                 "line/m3/FactoryParam.ini: MOTOR_SPEED_MAX_1 Max Speed(mm/s), X: 1000 → 1100 mm/s"}));
+    // Every machine matches the model but for its own steps, which are as they were.
+    run = Tool({"fleet", "--ignore", "MOTOR_PULSE_PER_MM_*", "model.ini", "line"});
+    QCOMPARE(run.nExit, 0);
+    for (int i = 1; i <= 3; ++i) {
+        const QString strPath = m_pDir->filePath(QStringLiteral("line/m%1/FactoryParam.ini").arg(i));
+        FactoryParams after;
+        QCOMPARE(ReadFactoryParamFile(after, strPath), ParamFileStatus::Loaded);
+        QCOMPARE(after.motor[0].pulsePerMm, 7.8 + i * 0.01);
+        QCOMPARE(after.motor[1].pulsePerMm, 7.9 + i * 0.01);
+        QCOMPARE(CParamBackups::List(strPath).size(), 1);
+    }
+    QVERIFY(ReadBytes(m_pDir->filePath("line/m3/FactoryParam.ini")).startsWith("; QV-0003\n"));
+    // Again: nothing left to change, nothing written.
+    run = Tool({"apply", "--ignore", "MOTOR_PULSE_PER_MM_*", "model.ini", "line"});
+    QCOMPARE(run.nExit, 0);
+    QCOMPARE(run.strOut.count("unchanged (it holds these values already)"), 3);
+    // A machine file that cannot be read fails the run, and is named.
+    QVERIFY(!WriteBytes("line/m4/FactoryParam.ini", "").isEmpty());
+    run = Tool({"apply", "--ignore", "MOTOR_PULSE_PER_MM_*", "model.ini", "line"});
+    QCOMPARE(run.nExit, 2);
+    QVERIFY2(run.strErr.contains("line/m4/FactoryParam.ini: not a parameter file"), qPrintable(run.strErr));
 }
 
 void TestParamsTool::showJsonThenSetThenDiffIsARoundTrip()

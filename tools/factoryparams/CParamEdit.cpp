@@ -54,6 +54,9 @@ void CParamEdit::Put(const QString& strKey, double dValue)
 {
     const QVector<FactoryParamKey> keys = FactoryParamKey::ForRecord(m_intended);
     const FactoryParamKey* pKey = Find(keys, strKey);
+    // A value the file holds already, as the plug-in reads it, keeps its line as written.
+    if (!m_missing.contains(strKey) && pKey->Value() == dValue && m_text.Has(pKey->strSection, strKey))
+        return;
     pKey->SetValue(dValue);
     m_text.Set(pKey->strSection, pKey->strKey, TextFor(*pKey, dValue));
 }

@@ -40,7 +40,8 @@ const char* const kToolHelp =
     "  diff A B [--json]            the fields that differ (exit code 1 when any do)\n"
     "  check FILE...                the marker, the keys and every value against its range\n"
     "  set FILE KEY=VALUE...        change values by their file keys; the old file is kept in Backups/\n"
-    "  fleet REFERENCE DIR [--json] every parameter file under DIR against REFERENCE\n"
+    "  fleet REFERENCE DIR|FILE...  every parameter file under DIR, or each FILE, against REFERENCE\n"
+    "  apply MODEL DIR|FILE...      the model's values into many machines' files (--ignore keeps fields)\n"
     "\n"
     "factoryparams COMMAND --help tells more. Exit codes: 0 done (nothing different or wrong),\n"
     "1 differences or problems found, 2 the command could not do its work.";
@@ -149,7 +150,7 @@ struct ToolLine
         parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
         parser.addOption(help);
         parser.addOption(version);
-        parser.addPositionalArgument(QStringLiteral("COMMAND"), QStringLiteral("show, diff, check, set or fleet."),
+        parser.addPositionalArgument(QStringLiteral("COMMAND"), QStringLiteral("show, diff, check, set, fleet or apply."),
                                      QStringLiteral("COMMAND [arguments]"));
     }
 
@@ -217,6 +218,8 @@ int CParamsTool::Run(const QStringList& arguments)
         return Set(command);
     if (strCommand == "fleet")
         return Fleet(command);
+    if (strCommand == "apply")
+        return Apply(command);
     Complain(QStringLiteral("no command \"%1\"").arg(strCommand));
     return Usage();
 }
@@ -250,11 +253,14 @@ int ParseCommand(CommandLine& line, const QStringList& arguments, int nMin, int 
 }
 
 namespace {
-// The command's --ignore and --tolerance; false, said, when they are not ones.
-bool TakeFilter(const CommandLine& line, CDifferenceFilter& filter, const std::function<void(const QString&)>& complain)
+// The command's --ignore and (where it has one) --tolerance; false, said,
+// when they are not ones.
+bool TakeFilter(const CommandLine& line, CDifferenceFilter& filter, const std::function<void(const QString&)>& complain,
+                bool bTolerance = true)
 {
     QString strWhy;
-    if (filter.Set(line.parser.values(line.ignore), line.parser.values(line.tolerance), &strWhy))
+    if (filter.Set(line.parser.values(line.ignore), bTolerance ? line.parser.values(line.tolerance) : QStringList(),
+                   &strWhy))
         return true;
     complain(strWhy);
     return false;
@@ -453,6 +459,12 @@ int CParamsTool::Set(const QStringList& arguments)
         Complain(QStringLiteral("set changes a file; standard input cannot be changed"));
         return ExitFailed;
     }
+    return ChangeFile(strPath, strPath, assignments, line.parser.isSet(repair), line.parser.isSet(dryRun), QString());
+}
+
+int CParamsTool::ChangeFile(const QString& strPath, const QString& strName, const QStringList& assignments, bool bRepair,
+                            bool bDryRun, const QString& strPrefix)
+{
     // A link is followed: its target is the file that changes.
     const QFileInfo info(strPath);
     const QString strTarget = info.isSymLink() ? info.canonicalFilePath() : strPath;
@@ -460,12 +472,12 @@ int CParamsTool::Set(const QStringList& arguments)
     // waits, and no change is lost between the reading and the writing.
     const CParamFileLock lock(strTarget.isEmpty() ? strPath : strTarget);
     if (!lock.Taken()) {
-        Complain(QStringLiteral("%1: %2 has been using it for 10 s; it is unchanged").arg(strPath, lock.Holder()));
+        Complain(QStringLiteral("%1: %2 has been using it for 10 s; it is unchanged").arg(strName, lock.Holder()));
         return ExitFailed;
     }
     CParamEdit edit(strTarget.isEmpty() ? strPath : strTarget);
     if (!edit.Unreadable().isEmpty()) {
-        Complain(QStringLiteral("%1: %2").arg(strPath, edit.Unreadable()));
+        Complain(QStringLiteral("%1: %2").arg(strName, edit.Unreadable()));
         return ExitFailed;
     }
     bool bAllGood = true;
@@ -477,57 +489,57 @@ int CParamsTool::Set(const QStringList& arguments)
         }
     }
     if (!bAllGood) {
-        Complain(QStringLiteral("%1 is unchanged").arg(strPath));
+        Complain(QStringLiteral("%1 is unchanged").arg(strName));
         return ExitFailed;
     }
     QStringList repaired;
-    if (line.parser.isSet(repair)) {
+    if (bRepair) {
         QStringList left;
         repaired = edit.Repair(&left);
         for (const QString& strLeft : left)
-            Complain(QStringLiteral("%1: %2: cannot be repaired").arg(strPath, strLeft));
+            Complain(QStringLiteral("%1: %2: cannot be repaired").arg(strName, strLeft));
         if (!left.isEmpty()) {
-            Complain(QStringLiteral("%1 is unchanged").arg(strPath));
+            Complain(QStringLiteral("%1 is unchanged").arg(strName));
             return ExitFailed;
         }
     } else if (!edit.Problems().isEmpty()) {
         for (const SParamProblem& problem : edit.Problems())
-            Complain(QStringLiteral("%1: %2%3").arg(strPath,
+            Complain(QStringLiteral("%1: %2%3").arg(strName,
                                                    problem.strKey.isEmpty() ? QString()
                                                                             : problem.strKey + "=" + problem.strValue + ": ",
                                                    problem.strWhat));
         Complain(QStringLiteral("%1 is unchanged: it does not pass check (--repair fills and fixes what it can)")
-                     .arg(strPath));
+                     .arg(strName));
         return ExitFailed;
     }
     QString strError;
     if (!edit.Verify(&strError)) {
-        Complain(QStringLiteral("%1: %2; it is unchanged").arg(strPath, strError));
+        Complain(QStringLiteral("%1: %2; it is unchanged").arg(strName, strError));
         return ExitFailed;
     }
-    const QString strWould = line.parser.isSet(dryRun) ? QStringLiteral("would change: ") : QString();
+    const QString strWould = bDryRun ? QStringLiteral("would change: ") : QString();
     if (!edit.Changed()) {
-        m_out << strPath << ": " << (line.parser.isSet(dryRun) ? "would not change" : "unchanged")
+        m_out << strName << ": " << (bDryRun ? "would not change" : "unchanged")
               << " (it holds these values already)\n";
         return ExitOk;
     }
-    if (!line.parser.isSet(dryRun)) {
+    if (!bDryRun) {
         // Read-only by its mode, whoever runs this (root may write anything).
         struct stat mode {};
         if (::stat(QFile::encodeName(strTarget).constData(), &mode) != 0 || (mode.st_mode & 0222) == 0
             || ::access(QFile::encodeName(strTarget).constData(), W_OK) != 0) {
-            Complain(QStringLiteral("%1: read-only; it is unchanged").arg(strPath));
+            Complain(QStringLiteral("%1: read-only; it is unchanged").arg(strName));
             return ExitFailed;
         }
         if (!CParamBackups::KeepFile(strTarget, CParamBackups::ReasonSave, &strError))
             Complain(QStringLiteral("warning: no backup was kept: %1").arg(strError));
         if (!ReplaceParamFileBytes(strTarget, edit.Bytes(), &strError)) {
-            Complain(QStringLiteral("%1: cannot be written (%2); it is unchanged").arg(strPath, strError));
+            Complain(QStringLiteral("%1: cannot be written (%2); it is unchanged").arg(strName, strError));
             return ExitFailed;
         }
     }
     for (const QString& strRepaired : repaired)
-        m_out << strWould << "repaired " << strRepaired << "\n";
+        m_out << strPrefix << strWould << "repaired " << strRepaired << "\n";
     const QSet<QString> repairedKeys = [&repaired] {
         QSet<QString> keys;
         for (const QString& strRepaired : repaired)
@@ -536,7 +548,7 @@ int CParamsTool::Set(const QStringList& arguments)
     }();
     for (const SParamDifference& d : edit.Changes())
         if (!repairedKeys.contains(d.strKey))
-            m_out << strWould << d.strKey.leftJustified(28) << " " << CParamDiff::Describe(d) << "\n";
+            m_out << strPrefix << strWould << d.strKey.leftJustified(28) << " " << CParamDiff::Describe(d) << "\n";
     return ExitOk;
 }
 
@@ -737,4 +749,76 @@ int CParamsTool::Fleet(const QStringList& arguments)
     if (nMachines == 0 && skipped.isEmpty())
         Complain(QStringLiteral("no parameter files were found"));
     return !skipped.isEmpty() || nMachines == 0 ? ExitFailed : nDiffering == 0 ? ExitOk : ExitDifferent;
+}
+
+int CParamsTool::Apply(const QStringList& arguments)
+{
+    CommandLine line(QStringLiteral("apply"),
+                     QStringLiteral("Writes the model's values into every parameter file under DIR (not the "
+                                    "Backups), or each FILE, as set does for each: only the lines of the fields "
+                                    "that differ change, under the file's lock, with a backup; a file that does not "
+                                    "pass check is refused unless --repair is given. Fields matching --ignore "
+                                    "(the calibrated steps, for example) keep each machine's own value. Prints each "
+                                    "change after the file's name. Exit code 0 when every file holds the model's "
+                                    "values, 2 when any could not be read or changed."),
+                     {{QStringLiteral("MODEL"), QStringLiteral("The parameter file whose values the machines take.")},
+                      {QStringLiteral("DIR|FILE..."), QStringLiteral("The machines' parameter files, or folders of them.")}},
+                     false);
+    const QCommandLineOption repair(QStringLiteral("repair"),
+                                    QStringLiteral("Fill and fix what check finds in a machine's file, as set "
+                                                   "--repair does, instead of refusing it."));
+    const QCommandLineOption dryRun(QStringLiteral("dry-run"), QStringLiteral("Show what would change; write nothing."));
+    line.parser.addOptions({line.filesFrom, line.ignore, repair, dryRun});
+    const auto complain = [this](const QString& s) { Complain(s); };
+    if (const int n = ParseCommand(line, arguments, 1, -1, m_out, complain))
+        return n < 0 ? ExitOk : n;
+    CDifferenceFilter filter;
+    if (!TakeFilter(line, filter, complain, false))
+        return ExitFailed;
+    CToolInputs modelInput;
+    modelInput.Add(line.parser.positionalArguments().at(1), false);
+    FactoryParams model;
+    QSet<QString> missing;
+    if (!Load(modelInput.Inputs().first(), model, &missing))
+        return ExitFailed;
+    if (!missing.isEmpty()) {
+        Complain(QStringLiteral("%1: the model lacks %2; nothing was changed")
+                     .arg(modelInput.Inputs().first().strName, QStringList(missing.begin(), missing.end()).join(", ")));
+        return ExitFailed;
+    }
+    CToolInputs inputs;
+    if (!GatherInputs(line.parser, line.filesFrom, 2, inputs))
+        return ExitFailed;
+    // Every field of the model but the ignored ones.
+    QStringList assignments;
+    for (const FactoryParamKey& key : FactoryParamKey::ForRecord(model)) {
+        SParamDifference field;
+        field.strKey = key.strKey;
+        if (filter.Counts(field))
+            assignments << key.strKey + "=" + (key.pDouble ? CParamDiff::Number(key.Value()) : QString::number(qint64(key.Value())));
+    }
+    struct stat modelStat {};
+    const bool bModelStat = ::stat(QFile::encodeName(modelInput.Inputs().first().strPath).constData(), &modelStat) == 0;
+    int nExit = ExitOk;
+    for (const CToolInputs::SInput& input : inputs.Inputs()) {
+        if (!input.strWhy.isEmpty() || input.bCopy) {
+            Complain(QStringLiteral("%1: %2").arg(input.strName, input.bCopy ? QStringLiteral("cannot be changed in place")
+                                                                             : input.strWhy));
+            nExit = ExitFailed;
+            continue;
+        }
+        struct stat fileStat {};
+        if (bModelStat && ::stat(QFile::encodeName(input.strPath).constData(), &fileStat) == 0
+            && fileStat.st_dev == modelStat.st_dev && fileStat.st_ino == modelStat.st_ino)
+            continue;
+        if (ChangeFile(input.strPath, input.strName, assignments, line.parser.isSet(repair), line.parser.isSet(dryRun),
+                       input.strName + ": ")
+            != ExitOk)
+            nExit = ExitFailed;
+    }
+    if (inputs.Inputs().isEmpty()) {
+        Complain(QStringLiteral("no parameter files were found"));
+        return ExitFailed;
+    }
+    return nExit;
 }

@@ -35,6 +35,11 @@ private:
     int Check(const QStringList& arguments);
     int Set(const QStringList& arguments);
     int Fleet(const QStringList& arguments);
+    int Apply(const QStringList& arguments);
+    // Changes one file (strPath, named strName) by KEY=VALUE assignments, as
+    // set does; each change printed after strPrefix.
+    int ChangeFile(const QString& strPath, const QString& strName, const QStringList& assignments, bool bRepair,
+                   bool bDryRun, const QString& strPrefix);
     int Usage();
 
     // Reads a parameter file, naming the keys it lacks in pMissing; false,

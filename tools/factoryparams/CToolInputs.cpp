@@ -136,7 +136,7 @@ CToolInputs::SInput CToolInputs::Copy(const QByteArray& path, const QString& str
     QFile copy(m_pCopies->filePath(QStringLiteral("%1.ini").arg(++m_nCopies)));
     if (!m_pCopies->isValid() || !copy.open(QIODevice::WriteOnly) || copy.write(bytes) != bytes.size())
         return SInput{strName, QString(), QStringLiteral("no private copy could be made to read it")};
-    return SInput{strName, copy.fileName(), QString()};
+    return SInput{strName, copy.fileName(), QString(), true};
 }
 
 bool CToolInputs::AddListFrom(const QString& strList, QString* pWhy)

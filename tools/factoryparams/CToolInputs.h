@@ -20,6 +20,7 @@ public:
         QString strName;   // as the person reads it: the argument, or the path found under a folder
         QString strPath;   // what the reader opens
         QString strWhy;    // why it cannot be read at all (empty when it can be tried)
+        bool bCopy = false;   // strPath is a private copy: the file itself cannot be changed through it
     };
 
     // Adds what strArgument names. Folders are walked only when bFolders.
