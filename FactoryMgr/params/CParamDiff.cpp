@@ -30,7 +30,7 @@ QList<SParamDifference> CParamDiff::Compare(const FactoryParams& a, const Factor
         const QString strWhere = key.Where();
         differences << SParamDifference{key.strKey, tr(QString::fromUtf8(key.szLabel)),
                                         strWhere.isEmpty() ? QString() : tr(strWhere), QString::fromUtf8(key.szUnit),
-                                        dA, dB, bMissingA, bMissingB};
+                                        dA, dB, bMissingA, bMissingB, key.dShownScale};
     }
     return differences;
 }
@@ -42,13 +42,23 @@ QString CParamDiff::Name(const SParamDifference& difference)
 
 QString CParamDiff::Describe(const SParamDifference& difference)
 {
-    const QString strMissing = QStringLiteral("(missing)");
+    const auto number = [&difference](bool bMissing, double dValue) {
+        return bMissing ? QStringLiteral("(missing)") : Number(dValue * difference.dShownScale);
+    };
     QString strText = QStringLiteral("%1: %2 → %3")
-                          .arg(Name(difference), difference.bMissingA ? strMissing : Number(difference.dA),
-                               difference.bMissingB ? strMissing : Number(difference.dB));
+                          .arg(Name(difference), number(difference.bMissingA, difference.dA),
+                               number(difference.bMissingB, difference.dB));
     if (!difference.strUnit.isEmpty())
         strText += " " + difference.strUnit;
     return strText;
+}
+
+QString CParamDiff::Shown(const SParamDifference& difference, bool bSideB)
+{
+    if (bSideB ? difference.bMissingB : difference.bMissingA)
+        return QStringLiteral("(missing)");
+    const QString strNumber = Number((bSideB ? difference.dB : difference.dA) * difference.dShownScale);
+    return difference.strUnit.isEmpty() ? strNumber : strNumber + " " + difference.strUnit;
 }
 
 QString CParamDiff::Number(double dValue)

@@ -19,6 +19,7 @@ struct SParamDifference
     double dB = 0.0;
     bool bMissingA = false;   // the first file lacks the key (dA is what its reader put in)
     bool bMissingB = false;
+    double dShownScale = 1.0;   // dA and dB are stored values; times this they are in strUnit
 };
 
 // Compares two parameter records field by field, in the parameter file's
@@ -37,7 +38,10 @@ public:
     // "Max Speed(mm/s), X"
     static QString Name(const SParamDifference& difference);
     // "Max Speed(mm/s), X: 1000 → 1200 mm/s"; a missing value is "(missing)".
+    // Values are given in the unit the label names, as the dialog shows them.
     static QString Describe(const SParamDifference& difference);
+    // One side's value as the dialog shows it, with its unit: "5 kHz", "(missing)".
+    static QString Shown(const SParamDifference& difference, bool bSideB);
     // The shortest text that reads back as the same number ("nan", "inf" for those).
     static QString Number(double dValue);
 };

@@ -128,9 +128,12 @@ QVector<FactoryParamKey> Build(FactoryParams& record)
         laserKey("LASER_POWER_MAX", source.powerMax, kPowerMax, {"Max power(%)", "%", 0.0, 100.0});
         laserKey("LASER_POWER_REDUCTION", source.powerReduction, kPowerReduction,
                  {"Laser Attenuation(%)", "%", 0.0, 100.0});
-        laserKey("LASER_FREQUENCY", source.frequency, kFrequency, {"Laser Frequency(kHz)", "", 0.0, kMaxValue});
+        // The dialog shows the laser frequency as stored, the pre-burning
+        // frequency divided by 1000; both rows say kHz.
+        laserKey("LASER_FREQUENCY", source.frequency, kFrequency, {"Laser Frequency(kHz)", "kHz", 0.0, kMaxValue});
         laserKey("LASER_BURNING_FREQUENCY", source.burningFrequency, kBurningFrequency,
-                 {"Pre-burning frequency(kHz)", "Hz", 0.0, kMaxValue});
+                 {"Pre-burning frequency(kHz)", "kHz", 0.0, kMaxValue});
+        keys.last().dShownScale = 0.001;
         laserKey("LASER_BURNING_WIDTH", source.burningWidth, kBurningWidth,
                  {"Pre-ignition pulse width(%)", "%", 0.0, 100.0});
         laserKey("LASER_SWITCH_SIGNAL", source.switchSignal, kSwitchSignal, Switch("SwitchLevel"));
@@ -151,7 +154,7 @@ QVector<FactoryParamKey> Build(FactoryParams& record)
                  Switch("Hard limit protection"));
         motorKey("MOTOR_RESET_ENABLE", motor.resetEnable, kResetEnable, Switch("Takes part in homing"));
         motorKey("MOTOR_STARTUP_RESET", motor.startupReset, kStartupReset, Switch("Initialization"));
-        motorKey("MOTOR_PULSE_PER_MM", motor.pulsePerMm, kPulsePerMm, {"Step(p/um)", "pulses/mm", 0.0, kMaxValue});
+        motorKey("MOTOR_PULSE_PER_MM", motor.pulsePerMm, kPulsePerMm, {"Step(p/um)", "p/um", 0.0, kMaxValue});
         motorKey("MOTOR_SIZE", motor.size, kSize, {"Move Distance(mm)", "mm", 0.0, kMaxValue});
         motorKey("MOTOR_ZERO_OFFSET", motor.zeroOffset, kZeroOffset, {"Zero Offset(mm)", "mm", 0.0, kMaxValue});
         motorKey("MOTOR_SPEED_JUMP", motor.speedJump, kSpeedJump, {"Ini Speed(mm/s)", "mm/s", 0.0, kMaxValue});

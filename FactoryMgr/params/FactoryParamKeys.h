@@ -33,7 +33,11 @@ struct FactoryParamKey
     double dMissing;  // stored when an existing file lacks the key
 
     const char* szLabel = "";  // the dialog's wording key for the field
-    const char* szUnit = "";   // empty for counts, codes and switches
+    // The unit the dialog's label names, and what the stored value is
+    // multiplied by to be shown in it (the pre-burning frequency is kept in
+    // Hz and shown in kHz); empty for counts, codes and switches.
+    const char* szUnit = "";
+    double dShownScale = 1.0;
     Group group = GroupNone;
     int nIndex = 0;
     // The values the record's field takes; switches 0..1.
@@ -45,7 +49,7 @@ struct FactoryParamKey
     // The value of the field under strKey in record; NaN for a key the file does not have.
     static double ValueOf(const FactoryParams& record, const QString& strKey);
 
-    // The field's value as a number.
+    // The field's value as a number, as stored.
     double Value() const;
     // Sets the field from a value of the settings layer, as the plug-in's
     // reader does: its integer or double conversion, the conversion's zero

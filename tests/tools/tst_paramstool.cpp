@@ -172,6 +172,21 @@ void TestParamsTool::showListsEveryFieldAsTheDialogNamesIt()
     QCOMPARE(speed.size(), 1);
     QCOMPARE(speed[0].simplified(), QStringLiteral("MOTOR_SPEED_MAX_2 Max Speed(mm/s), Y 1234.5 mm/s"));
     QVERIFY(lines.filter(QRegularExpression("^LASER_WATER_PROTECT_1 +Water Protection, Laser 1 +1$")).size() == 1);
+    // Each value in the unit its label names, as the dialog shows it: the
+    // pre-burning frequency is kept in Hz and shown in kHz.
+    const auto line = [&lines](const QString& strKey) {
+        return lines.filter(QRegularExpression("^" + strKey + " ")).value(0).simplified();
+    };
+    QCOMPARE(line("LASER_BURNING_FREQUENCY_1"),
+             QStringLiteral("LASER_BURNING_FREQUENCY_1 Pre-burning frequency(kHz), Laser 1 5 kHz (stored 5000)"));
+    QCOMPARE(line("LASER_FREQUENCY_2"), QStringLiteral("LASER_FREQUENCY_2 Laser Frequency(kHz), Laser 2 20000 kHz"));
+    QCOMPARE(line("MOTOR_PULSE_PER_MM_1"), QStringLiteral("MOTOR_PULSE_PER_MM_1 Step(p/um), X 7.88627 p/um"));
+    // diff and fleet say it the same way.
+    FactoryParams other = record;
+    other.laser.lasers[0].burningFrequency = 6500.0;
+    const Run diff = Tool({"diff", strPath, Write("other.ini", other)});
+    QCOMPARE(diff.strOut.simplified(),
+             QStringLiteral("LASER_BURNING_FREQUENCY_1 Pre-burning frequency(kHz), Laser 1: 5 → 6.5 kHz"));
 }
 
 void TestParamsTool::showJsonGivesTheRecordsValues()

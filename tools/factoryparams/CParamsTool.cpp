@@ -293,6 +293,8 @@ int CParamsTool::Show(const QStringList& arguments)
                                           QString::fromUtf8(key.szUnit));
             field.insert("section", key.strSection);
             field.insert("value", JsonNumber(key.Value()));
+            if (key.dShownScale != 1.0)
+                field.insert("shown", JsonNumber(key.Value() * key.dShownScale));
             if (missing.contains(key.strKey))
                 field.insert("missing", true);
             fields << field;
@@ -303,9 +305,12 @@ int CParamsTool::Show(const QStringList& arguments)
     for (const FactoryParamKey& key : keys) {
         const QString strWhere = key.Where();
         const QString strName = QString::fromUtf8(key.szLabel) + (strWhere.isEmpty() ? QString() : ", " + strWhere);
-        QString strValue = CParamDiff::Number(key.Value());
+        // As the dialog shows it, in the unit its label names.
+        QString strValue = CParamDiff::Number(key.Value() * key.dShownScale);
         if (*key.szUnit)
             strValue += " " + QString::fromUtf8(key.szUnit);
+        if (key.dShownScale != 1.0)
+            strValue += QStringLiteral(" (stored %1)").arg(CParamDiff::Number(key.Value()));
         if (missing.contains(key.strKey))
             strValue += QStringLiteral("  (missing)");
         m_out << key.strKey.leftJustified(28) << " " << strName.leftJustified(44) << " " << strValue << "\n";
@@ -735,15 +740,13 @@ int CParamsTool::Fleet(const QStringList& arguments)
     } else {
         m_out << strSummary << "\n";
         for (const Field& field : fields) {
-            const QString strUnit = field.what.strUnit.isEmpty() ? QString() : " " + field.what.strUnit;
             m_out << field.what.strKey << "  " << CParamDiff::Name(field.what) << ": "
-                  << QStringLiteral("%1 of %2 machine(s) differ from %3%4\n")
+                  << QStringLiteral("%1 of %2 machine(s) differ from %3\n")
                          .arg(field.machines.size())
                          .arg(nMachines)
-                         .arg(CParamDiff::Number(field.what.dA), strUnit);
+                         .arg(CParamDiff::Shown(field.what, false));
             for (const auto& [strName, d] : field.machines)
-                m_out << "    " << strName << "  "
-                      << (d.bMissingB ? QStringLiteral("(missing)") : CParamDiff::Number(d.dB) + strUnit) << "\n";
+                m_out << "    " << strName << "  " << CParamDiff::Shown(d, true) << "\n";
         }
     }
     if (nMachines == 0 && skipped.isEmpty())
