@@ -205,6 +205,9 @@ bool CHostSession::Start(const QString& strPlugin)
             connect(pWidget, SIGNAL(CalibrateXyStepSignal(double, double)), this, SLOT(OnStepRatios(double, double)),
                     Qt::UniqueConnection);
     RefreshFile();
+    m_fileWatcher.addPath(QFileInfo(ParameterFile()).absolutePath());
+    connect(&m_fileWatcher, &QFileSystemWatcher::directoryChanged, this, &CHostSession::OnFileChangedOnDisk,
+            Qt::UniqueConnection);
     if (m_account.IsFileUnreadable())
         Report(Wording("The parameter file %1 cannot be read: %2. Nothing will be written over it; Save asks where to "
                        "save instead.")
@@ -912,6 +915,38 @@ void CHostSession::ForgetWhatChangedElsewhere()
     m_account.SetChangedSinceController(false);
     RefreshFile();
     RefreshDialog();
+}
+
+void CHostSession::OnFileChangedOnDisk()
+{
+    // The host's own flows read the file again when they end.
+    if (IsBusy() || !m_account.HasFile())
+        return;
+    FactoryParams record;
+    if (ReadFactoryParamFile(record, ParameterFile()) != ParamFileStatus::Loaded)
+        return;
+    const QList<SParamDifference> differences = CParamDiff::Compare(m_account.FileRecord(), record);
+    if (differences.isEmpty())
+        return;
+    // What the plug-in holds is what it saved itself (its dialog's own save):
+    // nothing of anybody's was overwritten.
+    FactoryParams held;
+    Mgr()->GetFactoryParams(&held);
+    if (CParamDiff::Compare(held, record).isEmpty()) {
+        RefreshFile();
+        RefreshDialog();
+        return;
+    }
+    QStringList named;
+    for (const SParamDifference& difference : differences.mid(0, 5))
+        named << CParamDiff::Describe(difference);
+    if (differences.size() > 5)
+        named << Wording("and %1 more").arg(differences.size() - 5);
+    RefreshFile();
+    RefreshDialog();
+    Report(Wording("Another program changed the parameter file: %1. The settings still hold what they held; saving "
+                   "them would write over that change.")
+               .arg(named.join(QStringLiteral("; "))));
 }
 
 void CHostSession::SetConnected(bool bConnected)

@@ -4,6 +4,7 @@
 #include "CParamAccount.h"
 #include "CPluginHost.h"
 
+#include <QFileSystemWatcher>
 #include <QObject>
 #include <QPointer>
 
@@ -50,6 +51,10 @@ public:
     // (the screenshot tour puts things back behind it): what the account
     // knew of the controller is forgotten, the file and dialog read again.
     void ForgetWhatChangedElsewhere();
+    // The parameter file changed on disk: when another program changed it
+    // (factoryparams set, an editor), the person is told which fields, and
+    // the account compares the settings with what the file holds now.
+    void OnFileChangedOnDisk();
     // Connects or disconnects the simulated controller and says so. A
     // controller connected again may hold anything: what it was last known to
     // hold is forgotten.
@@ -193,6 +198,8 @@ private:
     // Corrected steps are in the record and the file, not yet on the controller.
     bool m_bStepsPending = false;
     bool m_bAsking = false;
+    // Saves put a new file in place by renaming it, so the folder is watched.
+    QFileSystemWatcher m_fileWatcher;
     // The settings window is closing because the host quits: its question is
     // about quitting.
     bool m_bQuitting = false;

@@ -17,6 +17,7 @@
 
 #include <QLabel>
 #include <QLineEdit>
+#include <QProcess>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QTimer>
@@ -120,6 +121,7 @@ private slots:
     void aSecondHostOnTheSameDirectoryIsToldAndWritesNothing();
     void inInchesEveryLengthShownIsInInches();
     void reconnectingReplacesTheFailureAndForgetsTheController();
+    void aChangeByAnotherProgramIsToldAndNotSilentlyWrittenOver();
     void anImportOrReloadOfTwoLasersMakesTheDialogAnew_data();
     void anImportOrReloadOfTwoLasersMakesTheDialogAnew();
 };
@@ -593,6 +595,47 @@ void TestHostAccount::reconnectingReplacesTheFailureAndForgetsTheController()
     QVERIFY(session.Simulator()->IsConnected());
     QCOMPARE(pReport->text(), QStringLiteral("The controller is connected. Read to see what it holds."));
     QVERIFY2(session.Account().Sentence().endsWith("Controller: not read yet"), qPrintable(session.Account().Sentence()));
+}
+
+void TestHostAccount::aChangeByAnotherProgramIsToldAndNotSilentlyWrittenOver()
+{
+    CHostWindow host;
+    QVERIFY(host.Start());
+    CHostSession& session = host.Session();
+    session.OpenSettings();
+    session.SaveParameters();
+    auto* pReport = host.findChild<QLabel*>("label_report");
+    QTRY_VERIFY2(session.Account().Sentence().startsWith("Settings: no changes"), qPrintable(session.Account().Sentence()));
+    // factoryparams, as a factory script runs it beside the host.
+    QProcess tool;
+    tool.start(QCoreApplication::applicationDirPath() + "/factoryparams",
+               {"set", ParameterFile(), "MOTOR_SPEED_MAX_1=1234"});
+    QVERIFY(tool.waitForFinished(60000));
+    QCOMPARE(tool.exitCode(), 0);
+    QTRY_VERIFY2(pReport->text().startsWith("Another program changed the parameter file: Max Speed(mm/s), X: "),
+                 qPrintable(pReport->text()));
+    QVERIFY2(pReport->text().contains("→ 1234 mm/s"), qPrintable(pReport->text()));
+    QVERIFY2(session.Account().Sentence().startsWith("Settings: 1 change(s) not saved"),
+             qPrintable(session.Account().Sentence()));
+    // Closing asks: the settings hold another value than the file now.
+    ModalAnswerer answerer;
+    answerer.AnswerWith("Discard");
+    QVERIFY(session.SettingsWindow()->close());
+    QCOMPARE(answerer.Count(), 1);
+    QCOMPARE(FileRecord().motor[0].speedMax, 1234.0);
+
+    // The dialog's own saves are the host's: nothing is reported.
+    session.OpenSettings();
+    QSignalSpy reported(&session, &CHostSession::Reported);
+    FactoryParams record;
+    session.Mgr()->GetFactoryParams(&record);
+    record.motor[0].speedMax = 1500.0;
+    SetAndShow(host, record);
+    QCOMPARE(FileRecord().motor[0].speedMax, 1500.0);
+    QTRY_VERIFY2(session.Account().Sentence().contains("Settings: no changes"), qPrintable(session.Account().Sentence()));
+    QTest::qWait(500);
+    for (const QList<QVariant>& report : reported)
+        QVERIFY2(!report.first().toString().startsWith("Another program"), qPrintable(report.first().toString()));
 }
 
 void TestHostAccount::anImportOrReloadOfTwoLasersMakesTheDialogAnew_data()
