@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 
 CFleetReader::CFleetReader(const FactoryParams& reference, const QString& strReferencePath,
@@ -33,7 +34,7 @@ CFleetReader::CFleetReader(const FactoryParams& reference, const QString& strRef
     // On a terminal, a long run says how far it is.
     if (::isatty(STDERR_FILENO) && files.size() >= 1000) {
         m_threads.emplace_back(QThread::create([this] {
-            QMutexLocker locker(&m_mutex);
+            std::unique_lock<std::mutex> locker(m_mutex);
             QElapsedTimer shown;
             while (m_nDone < m_files.size() && !m_bStop) {
                 if (!shown.isValid() || shown.elapsed() >= 250) {
@@ -41,7 +42,7 @@ CFleetReader::CFleetReader(const FactoryParams& reference, const QString& strRef
                                  qlonglong(m_files.size()));
                     shown.start();
                 }
-                m_changed.wait(&m_mutex, 250);
+                m_changed.wait_for(locker, std::chrono::milliseconds(250));
             }
             std::fprintf(stderr, "\r\033[K");
         }));
@@ -52,10 +53,10 @@ CFleetReader::CFleetReader(const FactoryParams& reference, const QString& strRef
 CFleetReader::~CFleetReader()
 {
     {
-        QMutexLocker locker(&m_mutex);
+        const std::lock_guard<std::mutex> locker(m_mutex);
         m_bStop = true;
-        m_changed.wakeAll();
     }
+    m_changed.notify_all();
     for (const std::unique_ptr<QThread>& pThread : m_threads)
         pThread->wait();
 }
@@ -69,7 +70,7 @@ void CFleetReader::Work()
         qsizetype nFirst = 0;
         qsizetype nEnd = 0;
         {
-            QMutexLocker locker(&m_mutex);
+            const std::lock_guard<std::mutex> locker(m_mutex);
             if (m_bStop || m_nNext >= m_files.size())
                 return;
             nFirst = m_nNext;
@@ -78,11 +79,13 @@ void CFleetReader::Work()
         }
         for (qsizetype i = nFirst; i < nEnd; ++i)
             Read(i);
-        QMutexLocker locker(&m_mutex);
-        for (qsizetype i = nFirst; i < nEnd; ++i)
-            m_ready[size_t(i)] = 1;
-        m_nDone += nEnd - nFirst;
-        m_changed.wakeAll();
+        {
+            const std::lock_guard<std::mutex> locker(m_mutex);
+            for (qsizetype i = nFirst; i < nEnd; ++i)
+                m_ready[size_t(i)] = 1;
+            m_nDone += nEnd - nFirst;
+        }
+        m_changed.notify_all();
     }
 }
 
@@ -111,8 +114,7 @@ void CFleetReader::Read(qsizetype i)
 
 const CFleetReader::SResult& CFleetReader::Wait(qsizetype i)
 {
-    QMutexLocker locker(&m_mutex);
-    while (!m_ready[size_t(i)])
-        m_changed.wait(&m_mutex);
+    std::unique_lock<std::mutex> locker(m_mutex);
+    m_changed.wait(locker, [this, i] { return m_ready[size_t(i)] != 0; });
     return m_results[size_t(i)];
 }

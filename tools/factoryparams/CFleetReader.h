@@ -5,11 +5,11 @@
 #include "FactoryParams.h"
 
 #include <QList>
-#include <QMutex>
 #include <QThread>
-#include <QWaitCondition>
 
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 // Reads a fleet's parameter files on every core and compares each with the
@@ -50,7 +50,9 @@ private:
     qsizetype m_nNext = 0;       // under m_mutex
     qsizetype m_nDone = 0;       // under m_mutex
     bool m_bStop = false;        // under m_mutex
-    QMutex m_mutex;
-    QWaitCondition m_changed;
+    // The standard library's, which the race detector follows through a
+    // wait (it took QWaitCondition's for a second lock).
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
     std::vector<std::unique_ptr<QThread>> m_threads;
 };
