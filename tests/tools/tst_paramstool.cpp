@@ -58,6 +58,7 @@ private slots:
     void showJsonThenSetThenDiffIsARoundTrip();
     void fleetPerMachineCsvReportAndQuiet();
     void applyWritesTheModelAndKeepsEachMachinesCalibration();
+    void aLongFleetOnATerminalSaysHowFarItIs();
     void setWaitsForTheLockThenSaysWhoHoldsIt();
     void asAnotherUserUnreadableFilesAndFoldersAreNamed();
 
@@ -943,6 +944,29 @@ void TestParamsTool::applyWritesTheModelAndKeepsEachMachinesCalibration()
     run = Tool({"apply", "--ignore", "MOTOR_PULSE_PER_MM_*", "model.ini", "line"});
     QCOMPARE(run.nExit, 2);
     QVERIFY2(run.strErr.contains("line/m4/FactoryParam.ini: not a parameter file"), qPrintable(run.strErr));
+}
+
+void TestParamsTool::aLongFleetOnATerminalSaysHowFarItIs()
+{
+    // 1,000 machines, on a terminal (script(1) gives the tool one).
+    const QString strModel = Write("model.ini", FactoryParams());
+    const QByteArray model = ReadBytes(strModel);
+    QVERIFY(QDir().mkpath(m_pDir->filePath("line")));
+    for (int i = 0; i < 1000; ++i)
+        QVERIFY(!WriteBytes(QStringLiteral("line/m%1.ini").arg(i, 4, 10, QLatin1Char('0')), model).isEmpty());
+    const QString strCommand = QStringLiteral("'%1' fleet model.ini line >/dev/null")
+                                   .arg(QCoreApplication::applicationDirPath() + "/factoryparams");
+    QProcess terminal;
+    terminal.setWorkingDirectory(m_pDir->path());
+    terminal.start("script", {"-qec", strCommand, "/dev/null"});
+    QVERIFY(terminal.waitForFinished(120000));
+    const QByteArray shown = terminal.readAllStandardOutput();
+    QCOMPARE(terminal.exitCode(), 0);
+    QVERIFY2(shown.contains(" of 1000 files read"), shown.constData());
+    // Not on a terminal: no progress line in a log.
+    const Run run = Tool({"fleet", "model.ini", "line"});
+    QCOMPARE(run.nExit, 0);
+    QCOMPARE(run.strErr, QString());
 }
 
 void TestParamsTool::showJsonThenSetThenDiffIsARoundTrip()
