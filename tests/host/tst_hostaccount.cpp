@@ -64,6 +64,19 @@ int RedCells(QDialog* pDialog)
     return nRed;
 }
 
+// The value cells of the open dialog that tell assistive technology the
+// controller did not keep them.
+int DescribedCells(QDialog* pDialog)
+{
+    int nDescribed = 0;
+    for (QTableWidget* pTable : pDialog->findChildren<QTableWidget*>())
+        for (int r = 0; r < pTable->rowCount(); ++r)
+            for (int c = 1; c < pTable->columnCount(); ++c)
+                if (pTable->item(r, c) && !pTable->item(r, c)->data(Qt::AccessibleDescriptionRole).toString().isEmpty())
+                    ++nDescribed;
+    return nDescribed;
+}
+
 // Types a number into a Motor cell: click, keys, Return.
 void TypeInMotorCell(QDialog* pDialog, int nRow, int nColumn, const QString& strText)
 {
@@ -244,6 +257,20 @@ void TestHostAccount::aReadClearsTheMarksAndFollowsTheLaserCount()
     SetAndShow(host, record);
     session.UploadToController();
     QCOMPARE(RedCells(session.Dialog()), 1);
+    QCOMPARE(DescribedCells(session.Dialog()), 1);
+
+    // Read with the same number of lasers: the same dialog shows what the
+    // controller holds, and no mark is left, for the eye or for assistive
+    // technology.
+    {
+        ModalAnswerer answerer;
+        answerer.AnswerWith("Discard");
+        session.ReadFromController();
+    }
+    QCOMPARE(RedCells(session.Dialog()), 0);
+    QCOMPARE(DescribedCells(session.Dialog()), 0);
+    QCOMPARE(MotorCell(session.Dialog(), 10, 1),
+             QString::number(session.Simulator()->StoredParams().motor[0].speedMax, 'f', 2));
 
     // The controller now holds two lasers (set up at the machine, say).
     FactoryParams held = session.Simulator()->StoredParams();
