@@ -26,14 +26,12 @@ CFleetReader::CFleetReader(const FactoryParams& reference, const QString& strRef
         m_nReferenceDevice = status.st_dev;
         m_nReferenceInode = status.st_ino;
     }
-    const int nThreads = qBound(1, QThread::idealThreadCount(), 16);
-    for (int i = 0; i < nThreads; ++i) {
-        m_threads.emplace_back(QThread::create([this] { Work(); }));
-        m_threads.back()->start();
-    }
+    const int nThreads = qBound(1, int(std::thread::hardware_concurrency()), 16);
+    for (int i = 0; i < nThreads; ++i)
+        m_threads.emplace_back([this] { Work(); });
     // On a terminal, a long run says how far it is.
     if (::isatty(STDERR_FILENO) && files.size() >= 1000) {
-        m_threads.emplace_back(QThread::create([this] {
+        m_threads.emplace_back([this] {
             std::unique_lock<std::mutex> locker(m_mutex);
             QElapsedTimer shown;
             while (m_nDone < m_files.size() && !m_bStop) {
@@ -45,8 +43,7 @@ CFleetReader::CFleetReader(const FactoryParams& reference, const QString& strRef
                 m_changed.wait_for(locker, std::chrono::milliseconds(250));
             }
             std::fprintf(stderr, "\r\033[K");
-        }));
-        m_threads.back()->start();
+        });
     }
 }
 
@@ -57,8 +54,8 @@ CFleetReader::~CFleetReader()
         m_bStop = true;
     }
     m_changed.notify_all();
-    for (const std::unique_ptr<QThread>& pThread : m_threads)
-        pThread->wait();
+    for (std::thread& thread : m_threads)
+        thread.join();
 }
 
 void CFleetReader::Work()

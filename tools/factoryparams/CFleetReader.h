@@ -5,11 +5,10 @@
 #include "FactoryParams.h"
 
 #include <QList>
-#include <QThread>
 
 #include <condition_variable>
-#include <memory>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 // Reads a fleet's parameter files on every core and compares each with the
@@ -50,9 +49,10 @@ private:
     qsizetype m_nNext = 0;       // under m_mutex
     qsizetype m_nDone = 0;       // under m_mutex
     bool m_bStop = false;        // under m_mutex
-    // The standard library's, which the race detector follows through a
-    // wait (it took QWaitCondition's for a second lock).
+    // The standard library's threads, mutex and condition: the race
+    // detector follows them through a wait and a join (it cannot see into
+    // Qt's, and took them for races).
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::vector<std::unique_ptr<QThread>> m_threads;
+    std::vector<std::thread> m_threads;
 };
