@@ -20,6 +20,12 @@ int CCutPatternTask::Cut(double dPower)
         return CDlgCalibrateXyStep::ResultNoJob;
     const QString strJob = CDlgCalibrateXyStep::JobPath();
     QDir().mkpath(QFileInfo(strJob).absolutePath());
+    // A job left by an earlier run (one killed half-way leaves it) must never
+    // be cut in place of this one: whatever is there after the conversion was
+    // made by it. A job that cannot be removed is not cut either.
+    QFile::remove(strJob);
+    if (QFileInfo::exists(strJob))
+        return CDlgCalibrateXyStep::ResultNoJob;
     if (CFactoryMgrApp::PfnConvertPattern pfnConvert = CFactoryMgrApp::GetInstance()->GetConvertPatternCallback())
         pfnConvert(StringToUtf8(strPattern).constData(), StringToUtf8(strJob).constData(), dPower);
     if (!QFile::exists(strJob))

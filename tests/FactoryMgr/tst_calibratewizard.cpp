@@ -39,6 +39,12 @@ int MakeNoJob(const char*, const char*, double)
     return 0;
 }
 
+// A converter that fails, as one whose pattern tool crashed does.
+int FailToConvert(const char*, const char*, double)
+{
+    return 1;
+}
+
 // Sees the ticks of the GUI thread's repeating timers that belong to no
 // object, such as ThreadDialogRun's progress poll, which asks the task's owner.
 class PollTicks : public QObject
@@ -92,6 +98,8 @@ private slots:
     void pagesMoveFreely();
     void cuttingSendsTheJobAndDeletesIt();
     void cuttingWithoutAJobReportsEleven();
+    void aJobLeftByAnEarlierRunIsNeverCut_data();
+    void aJobLeftByAnEarlierRunIsNeverCut();
     void cuttingWithTheCardAbsentOrBusy_data();
     void cuttingWithTheCardAbsentOrBusy();
     void deletingTheWizardWhileItCuts();
@@ -457,6 +465,33 @@ void TestCalibrateWizard::cuttingWithoutAJobReportsEleven()
     CFactoryMgrApp::GetInstance()->SetConvertPatternCallback(nullptr);   // a host without one
     double dPower = 10.0;
     QCOMPARE(wizard.RunTask(CDlgCalibrateXyStep::TaskCut, &dPower), 11);
+}
+
+void TestCalibrateWizard::aJobLeftByAnEarlierRunIsNeverCut_data()
+{
+    QTest::addColumn<bool>("bConverter");
+    QTest::newRow("a converter that fails") << true;
+    QTest::newRow("no converter") << false;
+}
+
+void TestCalibrateWizard::aJobLeftByAnEarlierRunIsNeverCut()
+{
+    QFETCH(bool, bConverter);
+    // What a killed run leaves in the cache: a job the card would cut.
+    const QString strJob = CDlgCalibrateXyStep::JobPath();
+    QVERIFY(QDir().mkpath(QFileInfo(strJob).absolutePath()));
+    {
+        QFile stale(strJob);
+        QVERIFY(stale.open(QIODevice::WriteOnly));
+        QVERIFY(stale.write("TL 1\nPOWER 80\nPOLYLINE 0,0 300,0 300,300\n") > 0);
+    }
+    CFactoryMgrApp::GetInstance()->SetConvertPatternCallback(bConverter ? &FailToConvert : nullptr);
+    CDlgCalibrateXyStep wizard;
+    Show(wizard);
+    QTest::mouseClick(Child<QPushButton>(&wizard, "pushButton_cutting"), Qt::LeftButton);
+    QVERIFY2(m_pCard->Calls().isEmpty(), "the old job was sent to the card");
+    QCOMPARE(m_notifier.m_calls, (QList<QPair<int, int>>{{11, 0}}));
+    QVERIFY(!QFileInfo::exists(strJob));
 }
 
 void TestCalibrateWizard::cuttingWithTheCardAbsentOrBusy_data()
