@@ -8,6 +8,7 @@
 #include "CPatternConverter.h"
 #include "CRestoreDialog.h"
 #include "CSettingsWindow.h"
+#include "CSettingsFile.h"
 #include "CSimController.h"
 #include "CTranslator.h"
 #include "CUploadReport.h"
@@ -111,6 +112,7 @@ CHostSession::CHostSession(QWidget* pWindow)
 {
     setObjectName(QStringLiteral("hostSession"));
     m_pSim = new CSimController(UserDataDirectory() + "/Sim/controller.ini", this);
+    LogUnreadableFiles();
     connect(m_pSim, &CSimController::JobCut, this, &CHostSession::OnJobCut, Qt::QueuedConnection);
     m_pRecorder = new CDeviceRecorder(m_pSim, this);
     m_pRecorder->SetBackupFile(ParameterFile());
@@ -125,6 +127,22 @@ CHostSession::CHostSession(QWidget* pWindow)
             RefreshDialog();
     });
     pDialogWatch->start(300);
+}
+
+void CHostSession::LogUnreadableFiles() const
+{
+    // Each of these is read as far as it can be (a pipe or a huge file not at
+    // all) and the session goes on; the person learns from the log why a
+    // setting came up as its default.
+    const CUiPermissionsManager* pPermissions = CUiPermissionsManager::GetInstance();
+    const QStringList files{pPermissions->UrlsFilePath(), UserDataDirectory() + "/Data/UserParam.ini"};
+    for (const QString& strPath : files) {
+        const CSettingsFile file(strPath);
+        if (!file.Problem().isEmpty())
+            ILog_WriteLogF(1, "%s", qUtf8Printable(file.Problem()));
+    }
+    if (!m_pSim->FlashProblem().isEmpty())
+        ILog_WriteLogF(1, "The simulated controller's flash: %s", qUtf8Printable(m_pSim->FlashProblem()));
 }
 
 CHostSession::~CHostSession()

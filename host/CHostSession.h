@@ -139,6 +139,8 @@ private:
     QStringList PutBackLines(const FactoryParams& sent, const FactoryParams& kept);
     void Report(const QString& strText);
     void OnJobCut(double dWidth, double dHeight);
+    // Names in the log each file of the session that cannot be read as it stands.
+    void LogUnreadableFiles() const;
     void CloseSettings();
     // A settings dialog from the plug-in, its signals connected; null, with a
     // report, when the plug-in does not admit the settings here.

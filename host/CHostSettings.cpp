@@ -3,17 +3,37 @@
 #include "CHostPaths.h"
 #include "CUiPermissionsManager.h"
 
+#include "CSettingsFile.h"
+#include "ILog.h"
+
+#include <QSet>
 #include <QSettings>
 
 namespace {
+// A file the host cannot take is named in the log once, not at every value.
+void Report(const QString& strProblem)
+{
+    static QSet<QString> reported;
+    if (!strProblem.isEmpty() && !reported.contains(strProblem)) {
+        reported.insert(strProblem);
+        ILog_WriteLogF(1, "Host settings: %s", qUtf8Printable(strProblem));
+    }
+}
+
 QVariant Value(const QString& strKey, const QVariant& fallback = QVariant())
 {
-    return QSettings(CHostSettings::Path(), QSettings::IniFormat).value(strKey, fallback);
+    CSettingsFile file(CHostSettings::Path());
+    Report(file.Problem());
+    return file.Settings().value(strKey, fallback);
 }
 
 void SetValue(const QString& strKey, const QVariant& value)
 {
-    QSettings(CHostSettings::Path(), QSettings::IniFormat).setValue(strKey, value);
+    CSettingsFile file(CHostSettings::Path());
+    if (QSettings* pSettings = file.Writable())
+        pSettings->setValue(strKey, value);
+    else
+        Report(file.Problem() + QStringLiteral("; nothing is written to it"));
 }
 
 // The main window's key is the one earlier hosts wrote.

@@ -5,7 +5,9 @@
 
 // The host's own settings, in Data/Host.ini under the user data directory:
 // the display unit, the language, and where the person left the windows.
-// (QSettings writes the file under a lock file beside it.)
+// (QSettings writes the file under a lock file beside it.) A file that is no
+// regular file, too large, or holding values the host never writes is read
+// as far as it can be and never written; the log says why, once.
 class CHostSettings
 {
 public:

@@ -16,6 +16,38 @@
 #include <QTabWidget>
 #include <QTimer>
 #include <QTreeWidget>
+#include <QMessageBox>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+void CScreenshotTour::EndOnAnyQuestion(int nSeconds)
+{
+    auto* pWatch = new QTimer(qApp);
+    QObject::connect(pWatch, &QTimer::timeout, qApp, [] {
+        for (QWidget* pWidget : QApplication::topLevelWidgets()) {
+            const auto* pBox = qobject_cast<QMessageBox*>(pWidget);
+            if (pBox && pBox->isVisible()) {
+                std::fprintf(stderr, "screenshots failed: a box asked \"%s\": %s\n", qUtf8Printable(pBox->windowTitle()),
+                             qUtf8Printable(pBox->text()));
+                std::fflush(stdout);
+                std::fflush(stderr);
+                std::_Exit(2);
+            }
+        }
+    });
+    pWatch->start(100);
+    // A run stuck outside the event loop is ended all the same.
+    std::thread([nSeconds] {
+        std::this_thread::sleep_for(std::chrono::seconds(nSeconds));
+        std::fprintf(stderr, "screenshots failed: the run did not end within %d s\n", nSeconds);
+        std::fflush(stdout);
+        std::fflush(stderr);
+        std::_Exit(3);
+    }).detach();
+}
 
 CScreenshotTour::CScreenshotTour(CHostWindow& window)
     : m_window(window)

@@ -17,6 +17,12 @@ public:
     // True when every picture was written.
     bool Save(const QString& strDir);
 
+    // Nobody sits at an unattended run: from now on, a message box that opens
+    // (the tour never opens one) ends the process with exit code 2 and what
+    // the box said on the standard error, and a run still going after
+    // nSeconds ends with exit code 3.
+    static void EndOnAnyQuestion(int nSeconds);
+
 private:
     bool SaveRefusedUpload(const QString& strPath);
 

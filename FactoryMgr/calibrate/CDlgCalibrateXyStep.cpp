@@ -2,6 +2,8 @@
 
 #include "CCutPatternTask.h"
 #include "CFactoryMgrApp.h"
+#include "CSettingsFile.h"
+#include "ILog.h"
 #include "CTranslator.h"
 #include "ThreadDialogRun.h"
 #include "ui_CDlgCalibrateXyStep.h"
@@ -39,10 +41,14 @@ CDlgCalibrateXyStep::CDlgCalibrateXyStep(QWidget* parent)
 
 CDlgCalibrateXyStep::~CDlgCalibrateXyStep()
 {
-    QSettings settings(UserParamPath(), QSettings::IniFormat);
-    settings.beginGroup(kGroup);
-    settings.setValue(kPowerKey, m_dCuttingPower);
-    settings.endGroup();
+    CSettingsFile file(UserParamPath());
+    if (QSettings* pSettings = file.Writable()) {
+        pSettings->beginGroup(kGroup);
+        pSettings->setValue(kPowerKey, m_dCuttingPower);
+        pSettings->endGroup();
+    } else {
+        ILog_WriteLogF(1, "The cutting power is not kept: %s", qUtf8Printable(file.Problem()));
+    }
     delete ui;
 }
 
@@ -112,9 +118,11 @@ void CDlgCalibrateXyStep::showEvent(QShowEvent* event)
     // The stored power is a text in the user's file: one that is no number
     // counts as the default, any other is held to the spin box's range before
     // it becomes a whole number.
-    double dStored = QSettings(UserParamPath(), QSettings::IniFormat)
-                         .value(QStringLiteral("%1/%2").arg(kGroup, kPowerKey), kDefaultPower)
-                         .toDouble();
+    CSettingsFile file(UserParamPath());
+    if (!file.Problem().isEmpty())
+        ILog_WriteLogF(1, "%s", qUtf8Printable(file.Problem()));
+    double dStored =
+        file.Settings().value(QStringLiteral("%1/%2").arg(kGroup, kPowerKey), kDefaultPower).toDouble();
     if (std::isnan(dStored))
         dStored = kDefaultPower;
     dStored = qBound(double(ui->spinBox_power->minimum()), dStored, double(ui->spinBox_power->maximum()));

@@ -3,6 +3,7 @@
 #include "CParamDiff.h"
 #include "FactoryParamIo.h"
 #include "FactoryParams.h"
+#include "SafeFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -34,15 +35,13 @@ QRegularExpression NamePattern(const QString& strFile)
 // A file's text without its time stamp: two saves of the same values are the same content.
 QByteArray Content(const QString& strPath)
 {
-    QFile file(strPath);
-    if (!file.open(QIODevice::ReadOnly))
+    QByteArray bytes;
+    if (!SafeFile::ReadAll(strPath, kMaxParamFileSize, &bytes, nullptr))
         return QByteArray();
     QByteArray content;
-    while (!file.atEnd()) {
-        const QByteArray line = file.readLine();
+    for (const QByteArray& line : bytes.split('\n'))
         if (!line.trimmed().startsWith("CREATE_TIME="))
-            content += line;
-    }
+            content += line + '\n';
     return content;
 }
 }

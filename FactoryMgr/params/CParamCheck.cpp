@@ -11,6 +11,8 @@
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
+#include "CSettingsFile.h"
+
 #include <QSettings>
 
 #include <QSet>
@@ -85,7 +87,8 @@ QList<SParamProblem> CParamCheck::CheckFile(const QString& strPath)
         return {{strPath, QString(), QString(), raw.errorString(), true}};
 
     // One reading of the file for every value, as the plug-in's reader does.
-    const QSettings file(strPath, QSettings::IniFormat);
+    CSettingsFile guarded(strPath, kMaxParamFileSize);
+    const QSettings& file = guarded.Settings();
     QList<SParamProblem> problems;
     const QStringList present = file.allKeys();
     QSet<QString> known{kMarkerKey, kTimeKey};

@@ -1,6 +1,7 @@
 #include "FactoryParamIo.h"
 
 #include "CParamFileLock.h"
+#include "CSettingsFile.h"
 #include "FactoryParamKeys.h"
 #include "FactoryParams.h"
 #include "IniValue.h"
@@ -57,7 +58,8 @@ ParamFileStatus ParamFileKind(const QString& strPath)
     const ParamFileStatus status = KindByStat(strPath);
     if (status != ParamFileStatus::Loaded)
         return status;
-    return HasMarker(QSettings(strPath, QSettings::IniFormat)) ? ParamFileStatus::Loaded : ParamFileStatus::WrongMarker;
+    CSettingsFile file(strPath, kMaxParamFileSize);
+    return HasMarker(file.Settings()) ? ParamFileStatus::Loaded : ParamFileStatus::WrongMarker;
 }
 
 QString ParamFileProblem(const QString& strPath, ParamFileStatus status)
@@ -95,7 +97,10 @@ ParamFileStatus ReadFactoryParamFile(FactoryParams& record, const QString& strPa
         return status;
     // Read into a copy so that the record changes only as a whole, and every
     // value (the marker too) from one reading of the file.
-    const QSettings file(strPath, QSettings::IniFormat);
+    // A value in the settings layer's own encoding is read as the text it is.
+    // (A file that cannot be read at all reads as empty: no marker.)
+    CSettingsFile guarded(strPath, kMaxParamFileSize);
+    const QSettings& file = guarded.Settings();
     if (!HasMarker(file))
         return ParamFileStatus::WrongMarker;
     FactoryParams loaded;

@@ -1,5 +1,7 @@
 #include "IniValue.h"
 
+#include "CSettingsFile.h"
+
 #include <QSettings>
 
 #include <memory>
@@ -12,17 +14,20 @@ thread_local std::unique_ptr<QSettings> g_pBatchSettings;
 QVariant ReadValue(const QString& strSection, const QString& strKey, const QVariant& defaultValue,
                    const QString& strPath)
 {
-    QSettings settings(strPath, QSettings::IniFormat);
-    return settings.value(QStringLiteral("%1%2%3").arg(strSection, "/", strKey), defaultValue);
+    CSettingsFile file(strPath);
+    return file.Settings().value(QStringLiteral("%1%2%3").arg(strSection, "/", strKey), defaultValue);
 }
 
 void WriteValue(const QString& strSection, const QString& strKey, const QVariant& value, const QString& strPath)
 {
-    std::unique_ptr<QSettings> pOwn;
+    // A file that is no settings file this system wrote is left as it is.
+    std::unique_ptr<CSettingsFile> pOwn;
     QSettings* pSettings = g_pBatchSettings.get();
     if (!pSettings) {
-        pOwn = std::make_unique<QSettings>(strPath, QSettings::IniFormat);
-        pSettings = pOwn.get();
+        pOwn = std::make_unique<CSettingsFile>(strPath);
+        pSettings = pOwn->Writable();
+        if (!pSettings)
+            return;
     }
     pSettings->beginGroup(strSection);
     pSettings->setValue(strKey, value);
@@ -58,7 +63,8 @@ bool ReadIniText(const QString& strSection, const QString& strKey, const QString
 
 QStringList ReadIniKeys(const QString& strPath)
 {
-    return QSettings(strPath, QSettings::IniFormat).allKeys();
+    CSettingsFile file(strPath);
+    return file.Settings().allKeys();
 }
 
 void WriteIniInt(const QString& strSection, const QString& strKey, int nValue, const QString& strPath)

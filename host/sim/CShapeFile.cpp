@@ -1,6 +1,8 @@
 #include "CShapeFile.h"
 
 #include <QFile>
+#include "SafeFile.h"
+
 #include <QSaveFile>
 
 #include <cmath>
@@ -9,16 +11,14 @@ bool CShapeFile::Read(const QString& strPath, const QByteArray& magic, QString& 
 {
     shapes.clear();
     fields.clear();
-    QFile file(strPath);
-    if (!file.open(QIODevice::ReadOnly)) {
-        strError = QStringLiteral("cannot open %1").arg(strPath);
+    // A pipe or a device in the file's place is refused, never waited on.
+    QByteArray bytes;
+    QString strWhy;
+    if (!SafeFile::ReadAll(strPath, kMaxSize, &bytes, &strWhy)) {
+        strError = QStringLiteral("cannot read %1: %2").arg(strPath, strWhy);
         return false;
     }
-    if (file.size() > 16 * 1024 * 1024) {
-        strError = QStringLiteral("%1 is too large").arg(strPath);
-        return false;
-    }
-    const QList<QByteArray> lines = file.readAll().split('\n');
+    const QList<QByteArray> lines = bytes.split('\n');
     if (lines.isEmpty() || lines.first().trimmed() != magic + " 1") {
         strError = QStringLiteral("%1 is not a %2 file").arg(strPath, QString::fromLatin1(magic));
         return false;

@@ -18,6 +18,8 @@
 class CShapeFile
 {
 public:
+    // Pattern and job files are a few kilobytes; a larger one is refused unread.
+    static constexpr qint64 kMaxSize = 16 * 1024 * 1024;
     QVector<QPolygonF> shapes;
     QMap<QByteArray, QByteArray> fields;
 

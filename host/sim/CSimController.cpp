@@ -6,6 +6,9 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include "CSettingsFile.h"
+#include "SafeFile.h"
+
 #include <QSettings>
 #include <QThread>
 #include <QTimer>
@@ -61,9 +64,17 @@ QString CSimController::FlashPath() const
     return m_strFlashPath;
 }
 
+QString CSimController::FlashProblem() const
+{
+    QMutexLocker locker(&m_mutex);
+    return m_strFlashProblem;
+}
+
 void CSimController::Load()
 {
-    QSettings flash(m_strFlashPath, QSettings::IniFormat);
+    CSettingsFile file(m_strFlashPath, kMaxFlashSize);
+    m_strFlashProblem = file.Problem();
+    QSettings& flash = file.Settings();
     flash.beginGroup(kGroup);
     const QByteArray params = flash.value("PARAMS").toByteArray();
     if (params.size() == int(sizeof(FactoryParams)))
@@ -93,10 +104,16 @@ void CSimController::Load()
     m_nJobSeconds = qBound(qint64(0), m_nJobSeconds, qint64(std::numeric_limits<int>::max()));
 }
 
-void CSimController::SaveLocked()
+bool CSimController::SaveLocked()
 {
+    // A flash file the controller did not write (or cannot hold) is kept as
+    // it is: nothing reaches the flash, and the write says so.
     QDir().mkpath(QFileInfo(m_strFlashPath).absolutePath());
-    QSettings flash(m_strFlashPath, QSettings::IniFormat);
+    CSettingsFile file(m_strFlashPath, kMaxFlashSize);
+    QSettings* pFlash = file.Writable();
+    if (!pFlash)
+        return false;
+    QSettings& flash = *pFlash;
     flash.beginGroup(kGroup);
     flash.setValue("PARAMS", QByteArray(reinterpret_cast<const char*>(&m_params), sizeof(FactoryParams)));
     flash.setValue("WORK_SECONDS", WorkSecondsLocked());
@@ -112,6 +129,9 @@ void CSimController::SaveLocked()
     flash.setValue("PANEL_INCOMPLETE", m_bPanelIncomplete);
     flash.setValue("TRUE_STEP_X", m_dTrueStepX);
     flash.setValue("TRUE_STEP_Y", m_dTrueStepY);
+    flash.endGroup();
+    flash.sync();
+    return flash.status() == QSettings::NoError;
 }
 
 int CSimController::WorkSecondsLocked() const
@@ -171,8 +191,15 @@ int CSimController::WriteFactoryParams(FactoryParams* pParams)
             nResult = CodeLinkLost;
         else if (TakeFaultLocked({FaultFlashError}))
             nResult = CodeFlashError;
-        else
+        else {
+            // What does not reach the flash is not kept: a restart would lose it.
+            const FactoryParams kept = m_params;
             m_params = CSimLimits::Limit(*pParams, m_params, &m_nLastLimited);
+            if (SaveLocked())
+                return 0;
+            m_params = kept;
+            return int(CodeFlashError);
+        }
         SaveLocked();
         return nResult;
     });
@@ -368,12 +395,9 @@ int CSimController::Upgrade(const QVariant& arg, const QStringList& extensions, 
         return CodeFileMissing;
     if (!extensions.contains(info.suffix().toLower()))
         return CodeWrongFileType;
-    QFile file(info.absoluteFilePath());
-    if (!file.open(QIODevice::ReadOnly))
-        return CodeUnreadable;
-    // No image of these boards comes near 64 MiB.
-    const QByteArray content = file.read(64 * 1024 * 1024 + 1);
-    if (file.error() != QFileDevice::NoError)
+    // No image of these boards comes near 64 MiB; a pipe or a device is no image.
+    QByteArray content;
+    if (!SafeFile::ReadAll(info.absoluteFilePath(), 64 * 1024 * 1024, &content, nullptr))
         return CodeUnreadable;
     if (content.isEmpty())
         return CodeFileEmpty;

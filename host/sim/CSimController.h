@@ -117,6 +117,11 @@ public:
     QSizeF LastCut() const;
 
     QString FlashPath() const;
+    // Why the flash file was not read as it stood at start (not a regular
+    // file, larger than kMaxFlashSize, values it never writes); empty when it was.
+    QString FlashProblem() const;
+    // A flash file holds one record and a few counters: a few kilobytes.
+    static constexpr qint64 kMaxFlashSize = 1024 * 1024;
 
 signals:
     // A job was cut; the sizes are what a ruler would measure.
@@ -143,11 +148,13 @@ private:
     void DropLinkLocked();
     int Cut(const QVariant& arg);
     void Load();
-    void SaveLocked();
+    // False when the flash file could not be written (or may not be).
+    bool SaveLocked();
     int WorkSecondsLocked() const;
 
     mutable QMutex m_mutex;
     const QString m_strFlashPath;
+    QString m_strFlashProblem;
     FactoryParams m_params;
     bool m_bConnected = true;
     bool m_bInformationOnly = false;

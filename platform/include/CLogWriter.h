@@ -39,6 +39,7 @@ private:
     mutable QMutex m_mutex;
     QFile m_file;
     QString m_strDir;
+    QString m_strRefusedPath;   // the log file path found to be no regular file
     qint64 m_nMaxFileSize = 2 * 1024 * 1024;
     int m_nKeptFiles = 3;
     bool m_bToStderr = false;

@@ -2,6 +2,7 @@
 
 #include "CHostPaths.h"
 #include "CUiPermissionsManager.h"
+#include "SafeFile.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -102,6 +103,20 @@ void CLogWriter::Write(int nLevel, const QByteArray& text)
     }
     if (!m_file.isOpen()) {
         const QString strPath = FilePathLocked();
+        // Opening a FIFO to write waits for a reader that may never come; the
+        // log goes only to the listener then, and says so once.
+        const QString strProblem = SafeFile::Problem(strPath);
+        if (!strProblem.isEmpty()) {
+            if (m_strRefusedPath != strPath) {
+                m_strRefusedPath = strPath;
+                const QByteArray notice = "The log is not written to " + QFile::encodeName(strPath) + ": "
+                    + strProblem.toUtf8();
+                if (m_listener)
+                    m_listener(notice);
+                std::fprintf(stderr, "%s\n", notice.constData());
+            }
+            return;
+        }
         QDir().mkpath(QFileInfo(strPath).absolutePath());
         m_file.setFileName(strPath);
         if (!OpenLocked())

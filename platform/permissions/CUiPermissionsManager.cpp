@@ -3,6 +3,8 @@
 #include "CHostPaths.h"
 
 #include <QMutexLocker>
+#include "CSettingsFile.h"
+
 #include <QSettings>
 
 namespace {
@@ -36,7 +38,8 @@ QString CUiPermissionsManager::GetThemeName() const
             return m_strNameOverride;
     }
     // A missing or unreadable file reads as empty, and the host runs as Quorvane.
-    const QString strName = QSettings(ThemeFilePath(), QSettings::IniFormat).value("THEME/NAME").toString().trimmed();
+    CSettingsFile theme(ThemeFilePath());
+    const QString strName = theme.Settings().value("THEME/NAME").toString().trimmed();
     return strName.isEmpty() ? QString::fromLatin1(kDefaultThemeName) : strName;
 }
 
@@ -47,7 +50,8 @@ QString CUiPermissionsManager::GetThemeVersion() const
         if (!m_strNameOverride.isEmpty())
             return m_strVersionOverride;
     }
-    return QSettings(ThemeFilePath(), QSettings::IniFormat).value("THEME/VERSION").toString().trimmed();
+    CSettingsFile theme(ThemeFilePath());
+    return theme.Settings().value("THEME/VERSION").toString().trimmed();
 }
 
 void CUiPermissionsManager::SetThemeOverride(const QString& strName, const QString& strVersion)
@@ -65,8 +69,10 @@ QString CUiPermissionsManager::UrlsFilePath() const
 SUrls CUiPermissionsManager::GetUrls() const
 {
     // Stored addresses win; the theme file supplies the edition's defaults.
-    QSettings stored(UrlsFilePath(), QSettings::IniFormat);
-    QSettings theme(ThemeFilePath(), QSettings::IniFormat);
+    CSettingsFile storedFile(UrlsFilePath());
+    CSettingsFile themeFile(ThemeFilePath());
+    QSettings& stored = storedFile.Settings();
+    QSettings& theme = themeFile.Settings();
     stored.beginGroup(kUrlsGroup);
     theme.beginGroup(kUrlsGroup);
     SUrls urls;
@@ -79,11 +85,15 @@ SUrls CUiPermissionsManager::GetUrls() const
 
 bool CUiPermissionsManager::SetHomepageUrls(const SHomePageUrls& urls)
 {
-    QSettings stored(UrlsFilePath(), QSettings::IniFormat);
-    stored.beginGroup(kUrlsGroup);
+    // A file that is not one this platform wrote stays as it is.
+    CSettingsFile file(UrlsFilePath());
+    QSettings* pStored = file.Writable();
+    if (!pStored)
+        return false;
+    pStored->beginGroup(kUrlsGroup);
     for (int i = 1; i <= SHomePageUrls::kCount; ++i)
-        stored.setValue(UrlKey(i), *urls.At(i));
-    stored.endGroup();
-    stored.sync();
-    return stored.status() == QSettings::NoError;
+        pStored->setValue(UrlKey(i), *urls.At(i));
+    pStored->endGroup();
+    pStored->sync();
+    return pStored->status() == QSettings::NoError;
 }

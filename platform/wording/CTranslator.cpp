@@ -1,6 +1,7 @@
 #include "CTranslator.h"
 
 #include "CHostPaths.h"
+#include "SafeFile.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -9,6 +10,11 @@
 #include <QJsonObject>
 #include <QLibraryInfo>
 #include <QMutexLocker>
+
+namespace {
+// The largest wording table read: the Chinese one is under 10 KB.
+constexpr qint64 kMaxWordingSize = 4 * 1024 * 1024;
+}
 
 CTranslator::CTranslator() = default;
 
@@ -50,10 +56,13 @@ bool CTranslator::SetLanguage(const QString& strLanguage)
     QString strLoaded = QStringLiteral("en");
     bool bOk = true;
     if (!strLanguage.isEmpty() && strLanguage != QLatin1String("en")) {
-        QFile file(WordingDirectory() + "/" + strLanguage + ".json");
+        // A wording table is some kilobytes; a pipe or a huge file in its place is refused unread.
+        QByteArray bytes;
         QJsonParseError error{};
-        const QJsonDocument doc = file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll(), &error)
-                                                                 : QJsonDocument();
+        const QJsonDocument doc =
+            SafeFile::ReadAll(WordingDirectory() + "/" + strLanguage + ".json", kMaxWordingSize, &bytes, nullptr)
+            ? QJsonDocument::fromJson(bytes, &error)
+            : QJsonDocument();
         if (doc.isObject()) {
             const QJsonObject object = doc.object();
             for (auto it = object.begin(); it != object.end(); ++it)

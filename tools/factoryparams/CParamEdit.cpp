@@ -5,6 +5,8 @@
 
 #include <QDateTime>
 #include <QFile>
+#include "CSettingsFile.h"
+
 #include <QSettings>
 #include <QTemporaryDir>
 
@@ -159,8 +161,10 @@ bool CParamEdit::Verify(QString* pWhy) const
         return false;
     }
     // Every key the table does not know reads as it did.
-    const QSettings before(m_strPath, QSettings::IniFormat);
-    const QSettings after(strNew, QSettings::IniFormat);
+    CSettingsFile beforeFile(m_strPath, kMaxParamFileSize);
+    CSettingsFile afterFile(strNew, kMaxParamFileSize);
+    const QSettings& before = beforeFile.Settings();
+    const QSettings& after = afterFile.Settings();
     FactoryParams scratch;
     QSet<QString> known{QStringLiteral("FACTORY_PARAM/CREATE_TIME")};
     for (const FactoryParamKey& key : FactoryParamKey::ForRecord(scratch))

@@ -117,9 +117,15 @@ void CToolInputs::AddFolder(const QByteArray& folder, const QString& strName)
 
 CToolInputs::SInput CToolInputs::Copy(const QByteArray& path, const QString& strName)
 {
-    const int nFd = path.isEmpty() ? STDIN_FILENO : ::open(path.constData(), O_RDONLY | O_CLOEXEC);
+    // A named pipe or a device is no parameter file, and is never waited on.
+    const int nFd = path.isEmpty() ? STDIN_FILENO : ::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (nFd < 0)
         return SInput{strName, QString(), Reason(errno)};
+    struct stat status {};
+    if (!path.isEmpty() && (::fstat(nFd, &status) != 0 || !S_ISREG(status.st_mode))) {
+        ::close(nFd);
+        return SInput{strName, QString(), QStringLiteral("not a regular file")};
+    }
     // One byte past the limit is enough to know a file is too large.
     QByteArray bytes;
     char buffer[65536];
