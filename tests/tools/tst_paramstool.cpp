@@ -5,6 +5,7 @@
 #include "FactoryParamIo.h"
 #include "FactoryParamKeys.h"
 #include "FactoryParams.h"
+#include "HostileFiles.h"
 #include "ParamFileTestData.h"
 
 #include <QCryptographicHash>
@@ -61,6 +62,7 @@ private slots:
     void aLongFleetOnATerminalSaysHowFarItIs();
     void setWaitsForTheLockThenSaysWhoHoldsIt();
     void asAnotherUserUnreadableFilesAndFoldersAreNamed();
+    void aValueInTheSettingsLayersOwnEncodingReadsAsText();
 
 private:
     struct Run
@@ -1051,6 +1053,43 @@ void TestParamsTool::asAnotherUserUnreadableFilesAndFoldersAreNamed()
     QCOMPARE(strErr.split('\n', Qt::SkipEmptyParts),
              (QStringList{"factoryparams: fleet/closed: a folder that cannot be read: permission denied",
                           "factoryparams: fleet/secret.ini: permission denied"}));
+}
+
+void TestParamsTool::aValueInTheSettingsLayersOwnEncodingReadsAsText()
+{
+    // A value nested deep in the settings layer's own encoding would take the
+    // stack down were it decoded; it reads as the text it is, as "junk" does.
+    FactoryParams record;
+    record.motor[0].speedMax = 1234.0;
+    const QString strPlain = Write("fleet/m1/FactoryParam.ini", record);
+    const QByteArray plain = ReadBytes(strPlain);
+    QVERIFY(plain.contains("\nMOTOR_SPEED_MAX_1=1234\n"));
+    QByteArray deep = plain;
+    deep.replace("\nMOTOR_SPEED_MAX_1=1234\n", "\nMOTOR_SPEED_MAX_1=" + HostileFiles::NestedVariant() + "\n");
+    QByteArray junk = plain;
+    junk.replace("\nMOTOR_SPEED_MAX_1=1234\n", "\nMOTOR_SPEED_MAX_1=junk\n");
+    const QString strDeep = WriteBytes("fleet/m2/FactoryParam.ini", deep);
+    const QString strJunk = WriteBytes("junk.ini", junk);
+
+    Run deepShow = Tool({"show", strDeep});
+    const Run junkShow = Tool({"show", strJunk});
+    QCOMPARE(deepShow.nExit, 0);
+    QCOMPARE(deepShow.strOut, junkShow.strOut);
+    Run run = Tool({"check", strDeep});
+    QCOMPARE(run.nExit, 1);
+    QVERIFY2(run.strOut.contains(strDeep + ": MOTOR_SPEED_MAX_1=@Variant(...): not a number\n"), qPrintable(run.strOut));
+    run = Tool({"diff", strDeep, strJunk});
+    QCOMPARE(run.nExit, 0);
+    run = Tool({"diff", strPlain, strDeep});
+    QCOMPARE(run.nExit, 1);
+    QVERIFY2(run.strOut.contains("MOTOR_SPEED_MAX_1"), qPrintable(run.strOut));
+    // One such file in a fleet is one machine among the others.
+    run = Tool({"fleet", strPlain, m_pDir->filePath("fleet")});
+    QCOMPARE(run.nExit, 1);   // it differs in that field
+    QVERIFY2(run.strOut.startsWith("1 machine(s) compared") && run.strOut.contains("fleet/m2/FactoryParam.ini  0 mm/s"),
+             qPrintable(run.strOut + run.strErr));
+    // The file itself is never touched.
+    QCOMPARE(ReadBytes(strDeep), deep);
 }
 
 FACTORYMGR_TEST_MAIN(TestParamsTool)
