@@ -4,10 +4,14 @@
 #include "CPatternConverter.h"
 #include "CShapeFile.h"
 #include "CSimController.h"
+#include "FileSizeLimit.h"
+#include "HostileFiles.h"
 #include "TestThread.h"
 
 #include <QElapsedTimer>
 #include <QSettings>
+
+#include <sys/stat.h>
 
 #include <cmath>
 #include <functional>
@@ -54,6 +58,10 @@ private slots:
     void aCutTakesTheTimeOfItsPath();
     void clearResetsTheCounters();
     void workTimeComesFromTheFlash();
+    void aWriteThatMissesTheFlashIsAFlashError();
+    void aFlashFileItNeverWroteIsReadAsFarAsItCanBe_data();
+    void aFlashFileItNeverWroteIsReadAsFarAsItCanBe();
+    void aPipeInPlaceOfAFirmwareOrPatternFileIsRefused();
     void upgradeChecksTheFile_data();
     void upgradeChecksTheFile();
     void upgradeChangesTheVersion();
@@ -408,6 +416,102 @@ void TestSimController::workTimeComesFromTheFlash()
     auto pSim = Make();
     QVERIFY(pSim->Info().totalWorkTime >= 3600);
     QCOMPARE(pSim->Info().totalJobTime, 61);
+}
+
+void TestSimController::aWriteThatMissesTheFlashIsAFlashError()
+{
+    auto pSim = Make();
+    FactoryParams kept;
+    kept.motor[0].speedMax = 1200.0;
+    QCOMPARE(pSim->WriteFactoryParams(&kept), 0);
+    QFile flash(m_strFlash);
+    QVERIFY(flash.open(QIODevice::ReadOnly));
+    const QByteArray before = flash.readAll();
+    flash.close();
+    FactoryParams next = kept;
+    next.motor[0].speedMax = 1300.0;
+    {
+        // A full disk: the flash file cannot be written again.
+        FileSizeLimit full(64);
+        QCOMPARE(pSim->WriteFactoryParams(&next), int(CSimController::CodeFlashError));
+    }
+    FactoryParams read;
+    QCOMPARE(pSim->ReadFactoryParams(&read), 0);
+    QCOMPARE(read.motor[0].speedMax, 1200.0);
+    QVERIFY(flash.open(QIODevice::ReadOnly));
+    QCOMPARE(flash.readAll(), before);
+    flash.close();
+    // With room again the same write goes through.
+    QCOMPARE(pSim->WriteFactoryParams(&next), 0);
+    QCOMPARE(CSimController(m_strFlash).ReadFactoryParams(&read), 0);
+    QCOMPARE(read.motor[0].speedMax, 1300.0);
+}
+
+void TestSimController::aFlashFileItNeverWroteIsReadAsFarAsItCanBe_data()
+{
+    QTest::addColumn<QString>("strKind");
+    QTest::addColumn<QString>("strProblem");
+    QTest::newRow("a nested value") << "nested" << "line 2 (WORK_SECONDS) holds a value in the settings layer's own "
+                                                  "encoding (@Variant), read as plain text";
+    QTest::newRow("a FIFO") << "fifo" << "a FIFO, not a regular file, not read";
+    QTest::newRow("100 MB") << "huge" << "larger than 1048576 bytes, not read";
+}
+
+void TestSimController::aFlashFileItNeverWroteIsReadAsFarAsItCanBe()
+{
+    QFETCH(QString, strKind);
+    QFETCH(QString, strProblem);
+    QVERIFY(QDir().mkpath(QFileInfo(m_strFlash).absolutePath()));
+    const QByteArray nested = "[CONTROLLER]\nWORK_SECONDS=" + HostileFiles::NestedVariant() + "\nJOB_SECONDS=61\n";
+    if (strKind == "fifo") {
+        QCOMPARE(::mkfifo(QFile::encodeName(m_strFlash).constData(), 0600), 0);
+    } else {
+        QFile file(m_strFlash);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        if (strKind == "nested")
+            QVERIFY(file.write(nested) == nested.size());
+        else
+            QVERIFY(file.resize(100 * 1024 * 1024));
+    }
+    QElapsedTimer timer;
+    timer.start();
+    auto pSim = Make();
+    QVERIFY2(timer.elapsed() < 20000, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(pSim->FlashProblem(), m_strFlash + ": " + strProblem);
+    if (strKind == "nested")
+        QCOMPARE(pSim->Info().totalJobTime, 61);   // the rest of the file is read
+    // Nothing it writes reaches a flash file it did not write, and the write says so.
+    FactoryParams params;
+    QCOMPARE(pSim->WriteFactoryParams(&params), int(CSimController::CodeFlashError));
+    pSim.reset();
+    QFile after(m_strFlash);
+    if (strKind == "fifo") {
+        QVERIFY(!QFileInfo(m_strFlash).isFile());
+    } else if (strKind == "huge") {
+        QCOMPARE(QFileInfo(m_strFlash).size(), qint64(100 * 1024 * 1024));
+    } else {
+        QVERIFY(after.open(QIODevice::ReadOnly));
+        QCOMPARE(after.readAll(), nested);
+    }
+}
+
+void TestSimController::aPipeInPlaceOfAFirmwareOrPatternFileIsRefused()
+{
+    auto pSim = Make();
+    const QString strFirmware = m_pDir->filePath("main.upd");
+    const QString strPattern = m_pDir->filePath("pattern.lcpx");
+    QCOMPARE(::mkfifo(QFile::encodeName(strFirmware).constData(), 0600), 0);
+    QCOMPARE(::mkfifo(QFile::encodeName(strPattern).constData(), 0600), 0);
+    QElapsedTimer timer;
+    timer.start();
+    const int nUpgrade = pSim->CallFunction("CardUpgrade", QVariant(strFirmware));
+    QVERIFY2(nUpgrade == CSimController::CodeFileMissing || nUpgrade == CSimController::CodeUnreadable,
+             qPrintable(QString::number(nUpgrade)));
+    CShapeFile pattern;
+    QString strError;
+    QVERIFY(!pattern.Read(strPattern, "LCPX", strError));
+    QCOMPARE(strError, QStringLiteral("cannot read %1: a FIFO, not a regular file").arg(strPattern));
+    QVERIFY(timer.elapsed() < 20000);
 }
 
 void TestSimController::upgradeChecksTheFile_data()
