@@ -11,6 +11,7 @@
 #include <QLocale>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTimer>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -65,26 +66,49 @@ CRestoreDialog::CRestoreDialog(const QString& strParameterFile, const FactoryPar
     connect(m_pRestore, &QPushButton::clicked, this, &CRestoreDialog::Restore);
     connect(m_pList, &QTreeWidget::currentItemChanged, this, &CRestoreDialog::ShowDifferences);
 
+    // Every backup is listed at once; each is offered once it has been read.
+    QList<QTreeWidgetItem*> items;
     for (const CParamBackups::Entry& entry : CParamBackups::List(strParameterFile)) {
         Backup backup;
         backup.entry = entry;
-        backup.bReadable = ReadFactoryParamFile(backup.record, entry.strPath) == ParamFileStatus::Loaded;
-        const int nDiffering = backup.bReadable ? int(CParamDiff::Compare(m_current, backup.record).size()) : -1;
-        auto* pItem = new QTreeWidgetItem(
-            m_pList, {When(entry.when), Wording(CParamBackups::ReasonText(entry.reason)),
-                      nDiffering < 0 ? Wording("cannot be read") : QString::number(nDiffering)});
-        pItem->setDisabled(!backup.bReadable);
         m_backups << backup;
+        auto* pItem = new QTreeWidgetItem({When(entry.when), Wording(CParamBackups::ReasonText(entry.reason)),
+                                           Wording("reading...")});
+        pItem->setDisabled(true);
+        items << pItem;
     }
+    m_pList->addTopLevelItems(items);
+    ReadBatch(kFirstRead);
     if (m_backups.isEmpty())
         m_pCaption->setText(Wording("No backup has been kept yet: one is kept before every save."));
     else
         m_pList->setCurrentItem(m_pList->topLevelItem(0));
     // The arrow keys go through the backups at once.
     m_pList->setFocus();
-    for (QTreeWidget* pTree : {m_pList, m_pDifferences})
-        pTree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    // The list's first columns fit their texts, which never change, once; the
+    // last one stretches: its texts change as the backups are read.
+    m_pList->resizeColumnToContents(0);
+    m_pList->resizeColumnToContents(1);
+    m_pDifferences->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     resize(640, 520);
+}
+
+void CRestoreDialog::ReadBatch(int nCount)
+{
+    const int nEnd = qMin(int(m_backups.size()), m_nRead + nCount);
+    for (; m_nRead < nEnd; ++m_nRead) {
+        Backup& backup = m_backups[m_nRead];
+        backup.bReadable = ReadFactoryParamFile(backup.record, backup.entry.strPath) == ParamFileStatus::Loaded;
+        QTreeWidgetItem* pItem = m_pList->topLevelItem(m_nRead);
+        pItem->setText(2, backup.bReadable ? QString::number(CParamDiff::Compare(m_current, backup.record).size())
+                                           : Wording("cannot be read"));
+        pItem->setDisabled(!backup.bReadable);
+        if (pItem == m_pList->currentItem())
+            ShowDifferences();
+    }
+    // The rest a batch at a time, between which the window paints and answers.
+    if (!AllRead())
+        QTimer::singleShot(0, this, [this] { ReadBatch(20); });
 }
 
 QString CRestoreDialog::ChosenText() const
@@ -99,10 +123,12 @@ void CRestoreDialog::ShowDifferences()
 {
     m_pDifferences->clear();
     const int nRow = m_pList->indexOfTopLevelItem(m_pList->currentItem());
-    const bool bUsable = nRow >= 0 && m_backups[nRow].bReadable;
+    const bool bUsable = nRow >= 0 && nRow < m_nRead && m_backups[nRow].bReadable;
     m_pRestore->setEnabled(bUsable);
     if (!bUsable) {
-        m_pCaption->setText(nRow >= 0 ? Wording("This backup cannot be read.") : QString());
+        m_pCaption->setText(nRow < 0          ? QString()
+                                : nRow < m_nRead ? Wording("This backup cannot be read.")
+                                                 : Wording("This backup is being read."));
         return;
     }
     const QList<SParamDifference> differences = CParamDiff::Compare(m_current, m_backups[nRow].record, &Translate);
@@ -118,7 +144,7 @@ void CRestoreDialog::ShowDifferences()
 void CRestoreDialog::Restore()
 {
     const int nRow = m_pList->indexOfTopLevelItem(m_pList->currentItem());
-    if (nRow < 0 || !m_backups[nRow].bReadable)
+    if (nRow < 0 || nRow >= m_nRead || !m_backups[nRow].bReadable)
         return;
     const CParamBackups::Entry& entry = m_backups[nRow].entry;
     const int nChanges = m_pDifferences->topLevelItemCount();

@@ -25,8 +25,15 @@ public:
     const FactoryParams& Record() const { return m_chosen; }
     // When the chosen backup was kept, and why, for the person.
     QString ChosenText() const;
+    // Whether every backup listed has been read (the newest kFirstRead at
+    // once, any beyond them a batch at a time while the window goes on).
+    bool AllRead() const { return m_nRead == m_backups.size(); }
+
+    // Pruning keeps 50 backups; a folder may hold more that someone copied there.
+    static constexpr int kFirstRead = 50;
 
 private:
+    void ReadBatch(int nCount);
     void ShowDifferences();
     void Restore();
 
@@ -41,6 +48,7 @@ private:
     QList<Backup> m_backups;
     FactoryParams m_chosen;
     int m_nChosen = -1;
+    int m_nRead = 0;   // the backups up to here have been read
     QTreeWidget* m_pList;
     QTreeWidget* m_pDifferences;
     QLabel* m_pCaption;

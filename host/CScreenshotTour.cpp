@@ -101,6 +101,8 @@ bool CScreenshotTour::Save(const QString& strDir)
     session.Mgr()->GetFactoryParams(&current);
     CRestoreDialog restore(CHostSession::ParameterFile(), current, session.Unit(), &m_window);
     restore.show();
+    while (!restore.AllRead())
+        QApplication::processEvents();
     // The first backup that differs from now, with its differences.
     if (auto* pList = restore.findChild<QTreeWidget*>(QStringLiteral("treeWidget_backups"))) {
         for (int i = 0; i < pList->topLevelItemCount(); ++i) {

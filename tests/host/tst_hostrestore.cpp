@@ -1,10 +1,13 @@
 #include "TestMain.h"
 
+#include "HostileFiles.h"
+
 #include "CHostSession.h"
 #include "CHostWindow.h"
 #include "CActivityPanel.h"
 #include "CParamBackups.h"
 #include "CParamDiff.h"
+#include "CRestoreDialog.h"
 #include "CSettingsWindow.h"
 #include "CSimController.h"
 #include "FactoryParamIo.h"
@@ -16,6 +19,8 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QTimer>
+#include <QElapsedTimer>
 #include <QStandardPaths>
 #include <QTabWidget>
 #include <QTreeWidget>
@@ -35,6 +40,8 @@ private slots:
     void restoreShowsTheDifferencesAndAsksFirst();
     void aBackupThatCannotBeReadIsListedButNotOffered();
     void aBackupThatCannotBeKeptStopsNoUpload();
+    void tenThousandBackupsAreListedWhileTheWindowGoesOn();
+    void aBackupHoldingANestedEncodedValueIsListed();
 };
 
 namespace {
@@ -251,6 +258,86 @@ void TestHostRestore::aBackupThatCannotBeKeptStopsNoUpload()
     QTRY_VERIFY(host.Activity()->ShownRows().join('\n').contains(
         "No backup of the controller's parameters was kept before upload"));
     QTRY_VERIFY(host.Activity()->ShownRows().join('\n').contains("No backup was kept before saving the parameters"));
+}
+
+void TestHostRestore::tenThousandBackupsAreListedWhileTheWindowGoesOn()
+{
+    // Ten thousand backups copied into the folder, one of them 1500 mm/s.
+    FactoryParams record;
+    const QString strDir = CParamBackups::Directory(ParameterFile());
+    QVERIFY(QDir().mkpath(strDir));
+    QVERIFY(WriteFactoryParamFile(record, strDir + "/model.ini"));
+    QFile model(strDir + "/model.ini");
+    QVERIFY(model.open(QIODevice::ReadOnly));
+    const QByteArray bytes = model.readAll();
+    model.close();
+    QVERIFY(QFile::remove(strDir + "/model.ini"));
+    constexpr int kCount = 10000;
+    for (int i = 0; i < kCount; ++i) {
+        QFile copy(QStringLiteral("%1/FactoryParam-%2-20260101-120000000-save.ini").arg(strDir).arg(i + 1, 6, 10, QLatin1Char('0')));
+        QVERIFY(copy.open(QIODevice::WriteOnly));
+        QByteArray content = bytes;
+        if (i == 17)   // the 17th oldest
+            content.replace("MOTOR_SPEED_MAX_1=1000", "MOTOR_SPEED_MAX_1=1500");
+        QVERIFY(copy.write(content) == content.size());
+    }
+
+    CRestoreDialog restore(ParameterFile(), record, 1);
+    restore.show();
+    auto* pList = restore.findChild<QTreeWidget*>("treeWidget_backups");
+    QCOMPARE(pList->topLevelItemCount(), kCount);
+    QCOMPARE(pList->topLevelItem(0)->text(2), QStringLiteral("0"));   // the newest, read at once
+    QVERIFY(!restore.AllRead());
+    QVERIFY(pList->topLevelItem(kCount - 1)->isDisabled());
+    // While the rest is read, the event loop keeps turning: a timer every
+    // 20 ms never waits long, where reading all at once froze the window.
+    QElapsedTimer since;
+    since.start();
+    qint64 nLongestWait = 0;
+    QTimer tick;
+    QObject::connect(&tick, &QTimer::timeout, [&] {
+        nLongestWait = qMax(nLongestWait, since.restart());
+    });
+    tick.start(20);
+    QTRY_VERIFY_WITH_TIMEOUT(restore.AllRead(), 300000);
+    tick.stop();
+    QVERIFY2(nLongestWait < 2000, qPrintable(QStringLiteral("the window waited %1 ms").arg(nLongestWait)));
+    // Every backup read, the different one among them.
+    const QTreeWidgetItem* pOld = pList->topLevelItem(kCount - 1 - 17);
+    QCOMPARE(pOld->text(2), QStringLiteral("1"));
+    QVERIFY(!pOld->isDisabled());
+    for (int i = 0; i < kCount; ++i)
+        QVERIFY(pList->topLevelItem(i)->text(2) == (i == kCount - 1 - 17 ? "1" : "0"));
+    pList->setCurrentItem(const_cast<QTreeWidgetItem*>(pOld));
+    QVERIFY(restore.findChild<QPushButton*>("pushButton_restore")->isEnabled());
+}
+
+void TestHostRestore::aBackupHoldingANestedEncodedValueIsListed()
+{
+    // A value nested deep in the settings layer's own encoding reads as the
+    // text it is: the backup is listed, that field as one that is no number.
+    FactoryParams record;
+    const QString strDir = CParamBackups::Directory(ParameterFile());
+    QVERIFY(QDir().mkpath(strDir));
+    const QString strPath = strDir + "/FactoryParam-000001-20260101-120000000-save.ini";
+    QVERIFY(WriteFactoryParamFile(record, strPath));
+    QFile file(strPath);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QByteArray bytes = file.readAll();
+    file.close();
+    bytes.replace("MOTOR_SPEED_MAX_1=1000", "MOTOR_SPEED_MAX_1=" + HostileFiles::NestedVariant());
+    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    QVERIFY(file.write(bytes) == bytes.size());
+    file.close();
+    CHostWindow host;
+    QVERIFY(host.Start());
+    QAction* pRestore = host.findChild<QAction*>("action_restore");
+    QVERIFY(WithModal<QDialog>([&] { pRestore->trigger(); }, [&](QDialog* pDialog) {
+        auto* pList = pDialog->findChild<QTreeWidget*>("treeWidget_backups");
+        QCOMPARE(pList->topLevelItemCount(), 1);
+        QCOMPARE(pList->topLevelItem(0)->text(2), QStringLiteral("1"));
+        pDialog->reject();
+    }));
 }
 
 FACTORYMGR_TEST_MAIN(TestHostRestore)
