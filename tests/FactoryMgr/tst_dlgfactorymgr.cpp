@@ -1,5 +1,8 @@
 #include "TestMain.h"
 
+#include "FactoryParamIo.h"
+#include "HostileFiles.h"
+
 #include "CFactoryMgrApp.h"
 #include "CLogWriter.h"
 #include "CTranslator.h"
@@ -114,6 +117,7 @@ private slots:
     void cancelledFileDialogsChangeNothing();
     void anExportThatCannotBeWrittenSaysWhy();
     void anImportOfWhatIsNoFileSaysWhy();
+    void anImportHoldingANestedEncodedValueTakesItAsText();
     void deletedWhileARefusedImportIsTold();
     void applyXyStepRatio();
     void aBadRatioLeavesBothSteps_data();
@@ -489,6 +493,39 @@ void TestDlgFactoryMgr::anExportThatCannotBeWrittenSaysWhy()
     QVERIFY2(log.contains("The parameters were not saved to " + QFile::encodeName(strPath)), log.constData());
     // Nothing is left behind in the folder.
     QCOMPARE(QDir(m_strDir).entryList(QDir::Files), QStringList());
+}
+
+void TestDlgFactoryMgr::anImportHoldingANestedEncodedValueTakesItAsText()
+{
+    // Decoded, the value would take the host down with the edits in the
+    // dialog; read as the text it is, it counts as any text does.
+    FactoryParams fileRecord;
+    fileRecord.motor[3].speedMax = 444.5;
+    const QString strPath = m_strDir + "/nested.ini";
+    const QString strJunk = m_strDir + "/junk.ini";
+    QVERIFY(SaveFactoryParams(fileRecord, strPath));
+    QByteArray bytes = ReadBytes(strPath);
+    QVERIFY(bytes.contains("\nMOTOR_SPEED_MAX_1=1000\n"));
+    QByteArray junk = bytes;
+    bytes.replace("\nMOTOR_SPEED_MAX_1=1000\n", "\nMOTOR_SPEED_MAX_1=" + HostileFiles::NestedVariant() + "\n");
+    junk.replace("\nMOTOR_SPEED_MAX_1=1000\n", "\nMOTOR_SPEED_MAX_1=junk\n");
+    for (const auto& [strFile, content] : {std::pair{strPath, bytes}, std::pair{strJunk, junk}}) {
+        QFile file(strFile);
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        QVERIFY(file.write(content) == content.size());
+    }
+    FactoryParams asJunk;
+    QCOMPARE(ReadFactoryParamFile(asJunk, strJunk), ParamFileStatus::Loaded);
+
+    DlgFactoryMgr dialog(&m_caller);
+    dialog.show();
+    ModalAnswerer answerer;
+    answerer.AnswerFileWith(strPath);
+    dialog.ImportParams();
+    QCOMPARE(answerer.Count(), 1);
+    QCOMPARE(m_caller.motor[3].speedMax, 444.5);
+    QCOMPARE(m_caller.motor[0].speedMax, asJunk.motor[0].speedMax);
+    QCOMPARE(ReadBytes(strPath), bytes);
 }
 
 void TestDlgFactoryMgr::anImportOfWhatIsNoFileSaysWhy()

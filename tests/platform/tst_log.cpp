@@ -1,5 +1,7 @@
 #include "TestMain.h"
 
+#include <sys/stat.h>
+
 #include "CLogWriter.h"
 #include "ILog.h"
 #include "TestThread.h"
@@ -23,6 +25,7 @@ private slots:
     void linesFromManyThreadsStayWhole();
     void unwritableDirectoryIsHarmless();
     void copiesToStderrWhenAsked();
+    void aPipeInPlaceOfTheLogIsNeverWaitedOn();
     void eachFileBeginsWithTheVersion();
 
 private:
@@ -173,6 +176,25 @@ void TestLog::unwritableDirectoryIsHarmless()
     ILog_WriteLogF(0, "%s", "nowhere to go");
     QVERIFY(!QFileInfo::exists(strBlocker + "/Log/Quorvane.log"));
     QCOMPARE(QFileInfo(strBlocker).size(), 0);
+}
+
+void TestLog::aPipeInPlaceOfTheLogIsNeverWaitedOn()
+{
+    // Opening a FIFO to write blocks until a reader comes: the writer never
+    // opens one, and says so once to whoever listens.
+    CLogWriter writer;
+    writer.SetDirectory(m_dir.path() + "/pipe-log");
+    QVERIFY(QDir().mkpath(m_dir.path() + "/pipe-log"));
+    QCOMPARE(::mkfifo(QFile::encodeName(writer.FilePath()).constData(), 0600), 0);
+    QList<QByteArray> heard;
+    writer.SetListener([&heard](const QByteArray& line) { heard << line; });
+    writer.Write(0, "first");
+    writer.Write(0, "second");
+    QCOMPARE(heard.size(), 3);
+    QVERIFY(heard[0].endsWith("first"));
+    QCOMPARE(heard[1], "The log is not written to " + QFile::encodeName(writer.FilePath()) + ": a FIFO, not a regular file");
+    QVERIFY(heard[2].endsWith("second"));
+    QVERIFY(!QFileInfo(writer.FilePath()).isFile());
 }
 
 void TestLog::copiesToStderrWhenAsked()

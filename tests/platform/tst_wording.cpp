@@ -1,5 +1,7 @@
 #include "TestMain.h"
 
+#include <sys/stat.h>
+
 #include "CHostPaths.h"
 #include "CTranslator.h"
 
@@ -43,6 +45,7 @@ private slots:
     void missingTableStaysInEnglish();
     void damagedTableStaysInEnglish();
     void nonTextEntriesAreIgnored();
+    void aPipeOrAHugeFileInPlaceOfATableIsRefusedUnread();
     void availableLanguagesListsTheTables();
     void shippedTablesAreValid();
 
@@ -130,6 +133,25 @@ void TestWording::damagedTableStaysInEnglish()
     WriteFile(m_strResources + "/Wording/de.json", "[\"an array, not a table\"]");
     QVERIFY(!CTranslator::GetInstance()->SetLanguage("de"));
     QCOMPARE(CTranslator::GetInstance()->GetLanguage(), QStringLiteral("en"));
+}
+
+void TestWording::aPipeOrAHugeFileInPlaceOfATableIsRefusedUnread()
+{
+    QVERIFY(QDir().mkpath(m_strResources + "/Wording"));
+    QCOMPARE(::mkfifo(QFile::encodeName(m_strResources + "/Wording/fr.json").constData(), 0600), 0);
+    QVERIFY(!CTranslator::GetInstance()->SetLanguage("fr"));   // would wait forever for a writer
+    QCOMPARE(CTranslator::GetInstance()->GetLanguage(), QStringLiteral("en"));
+
+    // A valid table, padded past 4 MiB with blanks: refused before it is parsed.
+    QByteArray huge = "{\"Motor\": \"Moteur\"}";
+    huge += QByteArray(4 * 1024 * 1024, ' ');
+    QVERIFY(QFile::remove(m_strResources + "/Wording/fr.json"));
+    WriteFile(m_strResources + "/Wording/fr.json", huge);
+    QVERIFY(!CTranslator::GetInstance()->SetLanguage("fr"));
+    QCOMPARE(CTranslator::GetInstance()->GetWording("Motor"), QStringLiteral("Motor"));
+    WriteFile(m_strResources + "/Wording/fr.json", huge.trimmed());
+    QVERIFY(CTranslator::GetInstance()->SetLanguage("fr"));
+    QCOMPARE(CTranslator::GetInstance()->GetWording("Motor"), QStringLiteral("Moteur"));
 }
 
 void TestWording::nonTextEntriesAreIgnored()
