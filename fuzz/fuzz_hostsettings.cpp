@@ -4,6 +4,8 @@
 #include "CHostSettings.h"
 #include "CSettingsFile.h"
 
+#include "FuzzSetUp.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -14,15 +16,12 @@
 #include <cstdlib>
 
 namespace {
-QCoreApplication* g_pApp = nullptr;
 QTemporaryDir* g_pDir = nullptr;
 }
 
 extern "C" int LLVMFuzzerInitialize(int* pArgc, char*** pArgv)
 {
-    g_pDir = new QTemporaryDir;
-    qputenv("XDG_CONFIG_HOME", g_pDir->path().toLocal8Bit());
-    g_pApp = new QCoreApplication(*pArgc, *pArgv);
+    g_pDir = FuzzSetUp(pArgc, pArgv, true);
     QDir().mkpath(QFileInfo(CHostSettings::Path()).absolutePath());
     return 0;
 }

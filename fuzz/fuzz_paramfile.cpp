@@ -1,6 +1,7 @@
 // Arbitrary bytes as a parameter file, through the real reader.
 #include "FactoryParamFile.h"
 #include "FactoryParams.h"
+#include "FuzzSetUp.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -10,16 +11,13 @@
 #include <cstdlib>
 
 namespace {
-QCoreApplication* g_pApp = nullptr;
 QTemporaryDir* g_pDir = nullptr;
 }
 
 extern "C" int LLVMFuzzerInitialize(int* pArgc, char*** pArgv)
 {
     // A console application: a wrong marker is logged, not shown in a box.
-    g_pDir = new QTemporaryDir;
-    qputenv("XDG_CONFIG_HOME", g_pDir->path().toLocal8Bit());
-    g_pApp = new QCoreApplication(*pArgc, *pArgv);
+    g_pDir = FuzzSetUp(pArgc, pArgv, true);
     // FUZZ_WRITE_SEED=<path>: write a parameter file with the project's own
     // writer, for the seed corpus, and stop.
     const QString strSeed = qEnvironmentVariable("FUZZ_WRITE_SEED");

@@ -2,6 +2,8 @@
 // writes and reads back the same.
 #include "CShapeFile.h"
 
+#include "FuzzSetUp.h"
+
 #include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>
@@ -10,14 +12,12 @@
 #include <cstdlib>
 
 namespace {
-QCoreApplication* g_pApp = nullptr;
 QTemporaryDir* g_pDir = nullptr;
 }
 
 extern "C" int LLVMFuzzerInitialize(int* pArgc, char*** pArgv)
 {
-    g_pDir = new QTemporaryDir;
-    g_pApp = new QCoreApplication(*pArgc, *pArgv);
+    g_pDir = FuzzSetUp(pArgc, pArgv);
     return 0;
 }
 

@@ -1,11 +1,14 @@
 // Arbitrary bytes as an INI file (and as the value of every kind of setting
 // the system reads), through the guard in front of the settings layer.
 // Whatever the guard lets through, the layer must not have deserialised; a
-// file the guard passes untouched must read the same straight through the
-// layer; and a defused file must hold nothing left to defuse.
+// file the guard passes untouched must decode nothing read straight through
+// the layer either; and a defused file must hold nothing left to defuse.
 #include "CSettingsFile.h"
+#include "HostileFiles.h"
 #include "FactoryParamIo.h"
 #include "FactoryParams.h"
+
+#include "FuzzSetUp.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -16,26 +19,8 @@
 #include <cstdlib>
 
 namespace {
-QCoreApplication* g_pApp = nullptr;
 QTemporaryDir* g_pDir = nullptr;
 int g_nFile = 0;
-
-bool Decoded(const QVariant& value)
-{
-    switch (value.typeId()) {
-    case QMetaType::QString:
-    case QMetaType::QStringList:
-    case QMetaType::QByteArray:
-        return false;
-    case QMetaType::QVariantList:
-        for (const QVariant& item : value.toList())
-            if (Decoded(item))
-                return true;
-        return false;
-    default:
-        return value.isValid();
-    }
-}
 
 // A name the settings layer has not cached yet.
 QString Write(const QByteArray& bytes)
@@ -50,7 +35,7 @@ QString Write(const QByteArray& bytes)
 void CheckNothingDecoded(QSettings& settings)
 {
     for (const QString& strKey : settings.allKeys())
-        if (Decoded(settings.value(strKey)))
+        if (HostileFiles::Decoded(settings.value(strKey)))
             std::abort();
 }
 
@@ -63,8 +48,7 @@ const char* const kHeaders[] = {
 
 extern "C" int LLVMFuzzerInitialize(int* pArgc, char*** pArgv)
 {
-    g_pDir = new QTemporaryDir;
-    g_pApp = new QCoreApplication(*pArgc, *pArgv);
+    g_pDir = FuzzSetUp(pArgc, pArgv);
     return 0;
 }
 

@@ -4,6 +4,8 @@
 #include "CHostPaths.h"
 #include "CTranslator.h"
 
+#include "FuzzSetUp.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -13,15 +15,13 @@
 #include <cstdlib>
 
 namespace {
-QCoreApplication* g_pApp = nullptr;
 QTemporaryDir* g_pDir = nullptr;
 }
 
 extern "C" int LLVMFuzzerInitialize(int* pArgc, char*** pArgv)
 {
-    g_pDir = new QTemporaryDir;
+    g_pDir = FuzzSetUp(pArgc, pArgv);
     QDir().mkpath(g_pDir->filePath("Wording"));
-    g_pApp = new QCoreApplication(*pArgc, *pArgv);
     CHostPaths::SetResourceDirectory(g_pDir->path());
     return 0;
 }

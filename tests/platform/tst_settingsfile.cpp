@@ -37,25 +37,6 @@ namespace {
 // decoding produces one from a text.
 const QByteArray kInt = "@Variant(\\0\\0\\0\\x2\\0\\0\\0\\x5)";
 const QByteArray kIntTail = "Variant(\\0\\0\\0\\x2\\0\\0\\0\\x5)";
-
-// Whether what the layer made of a value came out of its decoder: anything
-// but a text, a list of texts or a byte array.
-bool Decoded(const QVariant& value)
-{
-    switch (value.typeId()) {
-    case QMetaType::QString:
-    case QMetaType::QStringList:
-    case QMetaType::QByteArray:
-        return false;
-    case QMetaType::QVariantList:
-        for (const QVariant& item : value.toList())
-            if (Decoded(item))
-                return true;
-        return false;
-    default:
-        return value.isValid();
-    }
-}
 }
 
 QString TestSettingsFile::Write(const QByteArray& bytes)
@@ -113,7 +94,7 @@ void TestSettingsFile::findsWhatTheLayerWouldDeserialise()
     const QSettings layer(Write(bytes), QSettings::IniFormat);
     bool bDecoded = false;
     for (const QString& strKey : layer.allKeys())
-        bDecoded = bDecoded || Decoded(layer.value(strKey));
+        bDecoded = bDecoded || HostileFiles::Decoded(layer.value(strKey));
     QCOMPARE(bDecoded, bLayerDecodes);
     QCOMPARE(layer.value("s/a").toString(), QStringLiteral("1"));
     QCOMPARE(layer.value("s/z").toString(), QStringLiteral("2"));
@@ -123,7 +104,7 @@ void TestSettingsFile::findsWhatTheLayerWouldDeserialise()
     QCOMPARE(guarded.Problem().isEmpty(), !bEncoded);
     QCOMPARE(guarded.Writable() == nullptr, bEncoded);
     for (const QString& strKey : guarded.Settings().allKeys())
-        QVERIFY2(!Decoded(guarded.Settings().value(strKey)), qPrintable(strKey));
+        QVERIFY2(!HostileFiles::Decoded(guarded.Settings().value(strKey)), qPrintable(strKey));
     QCOMPARE(guarded.Settings().value("s/a").toString(), QStringLiteral("1"));
     QCOMPARE(guarded.Settings().value("s/z").toString(), QStringLiteral("2"));
 }

@@ -778,6 +778,12 @@ void TestParamsTool::standardInputPipesListsAndAFullOutput()
     shell.start("/bin/bash", {"-c", "\"$0\" diff \"$1\" <(cat \"$1\"); echo \"exit $?\"", strTool, strPath});
     QVERIFY(shell.waitForFinished(60000));
     QCOMPARE(QString::fromUtf8(shell.readAllStandardOutput()), QStringLiteral("exit 0\n"));
+    // A FIFO that nobody writes to is empty, not a wait without end.
+    const QString strFifo = m_pDir->filePath("lonely.fifo");
+    QCOMPARE(::mkfifo(QFile::encodeName(strFifo).constData(), 0600), 0);
+    run = Tool({"check", strFifo});
+    QCOMPARE(run.nExit, 2);
+    QVERIFY2(run.strErr.startsWith("factoryparams: " + strFifo + ": "), qPrintable(run.strErr));
     // A list of files on standard input.
     const QString strOther = Write("other.ini", FactoryParams());
     run = Tool({"check", "--files-from", "-"}, 0, (strPath + "\n" + strOther + "\n").toUtf8());

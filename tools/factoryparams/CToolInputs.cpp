@@ -117,15 +117,14 @@ void CToolInputs::AddFolder(const QByteArray& folder, const QString& strName)
 
 CToolInputs::SInput CToolInputs::Copy(const QByteArray& path, const QString& strName)
 {
-    // A named pipe or a device is no parameter file, and is never waited on.
+    // A pipe named on the command line (the shell's <(...)) is read; the open
+    // never waits for a writer, and a FIFO that nobody writes to reads as
+    // empty at once instead of hanging the tool.
     const int nFd = path.isEmpty() ? STDIN_FILENO : ::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (nFd < 0)
         return SInput{strName, QString(), Reason(errno)};
-    struct stat status {};
-    if (!path.isEmpty() && (::fstat(nFd, &status) != 0 || !S_ISREG(status.st_mode))) {
-        ::close(nFd);
-        return SInput{strName, QString(), QStringLiteral("not a regular file")};
-    }
+    if (!path.isEmpty())
+        ::fcntl(nFd, F_SETFL, ::fcntl(nFd, F_GETFL) & ~O_NONBLOCK);
     // One byte past the limit is enough to know a file is too large.
     QByteArray bytes;
     char buffer[65536];
