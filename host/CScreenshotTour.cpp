@@ -11,12 +11,12 @@
 #include <QDialog>
 #include <QDir>
 #include <QFileInfo>
+#include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTimer>
 #include <QTreeWidget>
-#include <QMessageBox>
 
 #include <chrono>
 #include <cstdio>

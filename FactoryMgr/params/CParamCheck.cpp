@@ -7,12 +7,11 @@
 #include "IniValue.h"
 #include "CParamFileLock.h"
 #include "CParamFileText.h"
+#include "CSettingsFile.h"
 
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
-#include "CSettingsFile.h"
-
 #include <QSettings>
 
 #include <QSet>

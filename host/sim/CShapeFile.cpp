@@ -1,8 +1,8 @@
 #include "CShapeFile.h"
 
-#include <QFile>
 #include "SafeFile.h"
 
+#include <QFile>
 #include <QSaveFile>
 
 #include <cmath>

@@ -3,12 +3,11 @@
 #include "CShapeFile.h"
 #include "CFirmwareFile.h"
 #include "CSimLimits.h"
-
-#include <QDir>
-#include <QFileInfo>
 #include "CSettingsFile.h"
 #include "SafeFile.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QSettings>
 #include <QThread>
 #include <QTimer>

@@ -1,10 +1,9 @@
 #include "CUiPermissionsManager.h"
 
 #include "CHostPaths.h"
-
-#include <QMutexLocker>
 #include "CSettingsFile.h"
 
+#include <QMutexLocker>
 #include <QSettings>
 
 namespace {

@@ -1,12 +1,11 @@
 #include "CParamEdit.h"
 
+#include "CSettingsFile.h"
 #include "FactoryParamIo.h"
 #include "FactoryParamKeys.h"
 
 #include <QDateTime>
 #include <QFile>
-#include "CSettingsFile.h"
-
 #include <QSettings>
 #include <QTemporaryDir>
 
