@@ -97,8 +97,8 @@ QList<SParamDifference> CParamAccount::ControllerDifferences() const
 QString CParamAccount::Describe(const SParamDifference& difference, const QString& strA, const QString& strB) const
 {
     return QStringLiteral("%1: %2 %3, %4 %5")
-        .arg(CParamDiff::Name(difference), strA, CDisplayUnit::Value(difference.dA * difference.dShownScale, difference.strUnit, m_nUnit), strB,
-             CDisplayUnit::Value(difference.dB * difference.dShownScale, difference.strUnit, m_nUnit));
+        .arg(CParamDiff::Name(difference), strA, CDisplayUnit::Value(difference.Shown(difference.dA), difference.strUnit, m_nUnit), strB,
+             CDisplayUnit::Value(difference.Shown(difference.dB), difference.strUnit, m_nUnit));
 }
 
 QString CParamAccount::Sentence() const

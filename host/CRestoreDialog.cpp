@@ -136,8 +136,8 @@ void CRestoreDialog::ShowDifferences()
                                               : Wording("What this backup holds against the current parameters:"));
     for (const SParamDifference& difference : differences)
         new QTreeWidgetItem(m_pDifferences,
-                            {CParamDiff::Name(difference), CDisplayUnit::Number(difference.dA * difference.dShownScale, difference.strUnit, m_nUnit),
-                             CDisplayUnit::Number(difference.dB * difference.dShownScale, difference.strUnit, m_nUnit),
+                            {CParamDiff::Name(difference), CDisplayUnit::Number(difference.Shown(difference.dA), difference.strUnit, m_nUnit),
+                             CDisplayUnit::Number(difference.Shown(difference.dB), difference.strUnit, m_nUnit),
                              CDisplayUnit::Unit(difference.strUnit, m_nUnit)});
 }
 

@@ -20,9 +20,9 @@ QStringList CUploadReport::PutBackLines(const FactoryParams& sent, const Factory
     const auto translate = [](const QString& strText) { return CTranslator::GetInstance()->GetWording(strText); };
     for (const SParamDifference& d : CParamDiff::Compare(sent, kept, translate))
         lines << Wording("%1: sent %2, the controller kept %3, put back %4")
-                     .arg(CParamDiff::Name(d), CDisplayUnit::Value(d.dA * d.dShownScale, d.strUnit, nUnit),
-                          CDisplayUnit::Value(d.dB * d.dShownScale, d.strUnit, nUnit),
-                          CDisplayUnit::Value(FactoryParamKey::ValueOf(putBack, d.strKey) * d.dShownScale, d.strUnit, nUnit));
+                     .arg(CParamDiff::Name(d), CDisplayUnit::Value(d.Shown(d.dA), d.strUnit, nUnit),
+                          CDisplayUnit::Value(d.Shown(d.dB), d.strUnit, nUnit),
+                          CDisplayUnit::Value(d.Shown(FactoryParamKey::ValueOf(putBack, d.strKey)), d.strUnit, nUnit));
     return lines;
 }
 

@@ -5,10 +5,11 @@
 class DlgFactoryMgr;
 struct FactoryParams;
 
-// What the device did not keep: every listed field whose read-back value
-// differs (exactly) from the value before the read is put back to the value
-// the dialog had when it was opened, its section's flag is set, and, where the
-// field has a cell, the cell is marked red with the put-back value.
+// What the device did not keep: every field the descriptors mark as checked
+// whose read-back value differs (exactly) from the value before the read is
+// put back to the value the dialog had when it was opened, its section's flag
+// is set, and, where the descriptor says so, its cell is marked red with the
+// put-back value.
 class CReadBackCheck
 {
 public:
@@ -18,13 +19,6 @@ public:
         FlagLaser = 2,
         FlagSpeed = 4,
         FlagMachine = 8
-    };
-    enum TableKind
-    {
-        KindMotor = 0,
-        KindLaser = 1,
-        KindSpeed = 2,
-        KindMachine = 3
     };
 
     // record: as read back; before: as it was before the read; snapshot: the

@@ -12,6 +12,7 @@
 #include "ComboBox.h"
 #include "CTranslator.h"
 #include "FactoryParamFile.h"
+#include "FactoryParamKeys.h"
 #include "ILog.h"
 #include "ParamsEqual.h"
 #include "PluginLoader.h"
@@ -363,8 +364,8 @@ void DlgFactoryMgr::on_pushButton_panelUpgrade_clicked()
 
 void DlgFactoryMgr::ClearInvalidMarks()
 {
-    for (QTableWidget* pTable : {ui->tableWidget_motor, ui->tableWidget_laser, ui->tableWidget_speed,
-                                 ui->tableWidget_machine}) {
+    for (int nTable = FactoryParamKey::TableMotor; nTable <= FactoryParamKey::TableMachine; ++nTable) {
+        QTableWidget* pTable = PropertyTable(nTable);
         for (int r = 0; r < pTable->rowCount(); ++r)
             for (int c = 1; c < pTable->columnCount(); ++c)
                 CPropertyTable::ClearMark(pTable, r, c);
@@ -372,75 +373,48 @@ void DlgFactoryMgr::ClearInvalidMarks()
     }
 }
 
+QTableWidget* DlgFactoryMgr::PropertyTable(int nTable) const
+{
+    switch (nTable) {
+    case FactoryParamKey::TableMotor: return ui->tableWidget_motor;
+    case FactoryParamKey::TableLaser: return ui->tableWidget_laser;
+    case FactoryParamKey::TableSpeed: return ui->tableWidget_speed;
+    case FactoryParamKey::TableMachine: return ui->tableWidget_machine;
+    default: return nullptr;
+    }
+}
+
 void DlgFactoryMgr::MarkInvalidCell(int nTableKind, int nRow, int nColumn, double dValue)
 {
-    QTableWidget* pTable = nullptr;
-    QString strShown = CPropertyTable::Fixed2(dValue);
-    switch (nTableKind) {
-    case 0: {
-        if (nColumn < 1 || nColumn > 4)
-            return;
-        double* pField = CMotorTab::NumberField(m_displayParams.motor[nColumn - 1], nRow);
-        if (!pField)
-            return;
-        *pField = dValue;
-        pTable = ui->tableWidget_motor;
-        break;
-    }
-    case 1: {
-        pTable = ui->tableWidget_laser;
-        // The row's identifier names the field, so the value lands in the
-        // field the row shows. The value comes as the record keeps it; the
-        // pre-burning frequency is kept in Hz and shown in kHz.
-        LaserParams* pLaser = m_pLaserTab->LaserForColumn(nColumn);
-        if (!pLaser)
-            break;
-        switch (m_pLaserTab->RowId(nRow)) {
-        case 3: pLaser->powerMin = dValue; break;
-        case 4: pLaser->powerMax = dValue; break;
-        case 5: pLaser->powerReduction = dValue; break;
-        case 6: pLaser->frequency = dValue; break;
-        case 7:
-            pLaser->burningFrequency = dValue;
-            strShown = CPropertyTable::Fixed2(dValue / 1000.0);
-            break;
-        case 8: pLaser->burningWidth = dValue; break;
-        default: break;
-        }
-        break;
-    }
-    case 2: {
-        double* pField = CSpeedTab::SpeedField(m_displayParams.speed, nRow);
-        if (!pField)
-            return;
-        *pField = dValue;
-        pTable = ui->tableWidget_speed;
-        break;
-    }
-    case 3: {
-        MachineSection& machine = m_displayParams.machine;
-        pTable = ui->tableWidget_machine;
-        int nChoice = -1;
-        switch (nRow) {
-        case 0: nChoice = machine.motiveMode = CPropertyTable::ToInt(dValue); break;
-        case 1: machine.laserSpace = dValue; break;
-        case 2: nChoice = machine.machineZero = CPropertyTable::ToInt(dValue); break;
-        case 3: machine.openProject = dValue != 0.0; nChoice = machine.openProject ? 1 : 0; break;
-        case 4: machine.blow = dValue != 0.0; nChoice = machine.blow ? 1 : 0; break;
-        default: return;
-        }
+    QTableWidget* pTable = PropertyTable(nTableKind);
+    if (!pTable)
+        return;
+    const auto table = FactoryParamKey::Table(nTableKind);
+    const bool bLaser = table == FactoryParamKey::TableLaser;
+    // The Motor and Laser tables have a column per axis or laser; the others
+    // store the value whatever column they are given.
+    const FactoryParamKey* pKey = FactoryParamKey::AtCell(
+        table, bLaser ? m_pLaserTab->RowId(nRow) : nRow,
+        table == FactoryParamKey::TableMotor || bLaser ? nColumn : 1);
+    const bool bList = pKey && pKey->editor == FactoryParamKey::EditorList;
+    // A cell that shows no field is marked in the Laser table only; a Motor
+    // list is never marked, a Laser list marked without taking the value.
+    if ((!pKey && !bLaser) || (bList && table == FactoryParamKey::TableMotor))
+        return;
+    if (pKey && !(bList && bLaser)) {
+        // The value comes as the record keeps it; whole-number fields take it
+        // truncated, within their range.
+        pKey->SetValue(m_displayParams, pKey->type == FactoryParamKey::TypeInt ? CPropertyTable::ToInt(dValue) : dValue);
         // A list shows the put-back choice.
         ComboBox* pCell = CPropertyTable::Cell(pTable, nRow, nColumn);
-        if (pCell && pCell->comboBox() && nChoice >= 0) {
+        const int nChoice = int(pKey->Value(m_displayParams));
+        if (bList && pCell && pCell->comboBox() && nChoice >= 0) {
             const QSignalBlocker block(pCell->comboBox());
             pCell->setCurrentIndex(nChoice);
         }
-        break;
     }
-    default:
-        return;
-    }
-    CPropertyTable::MarkCell(pTable, nRow, nColumn, strShown);
+    CPropertyTable::MarkCell(pTable, nRow, nColumn,
+                             FactoryParamKey::Fixed2(pKey && !bList ? pKey->ToShown(dValue) : dValue));
     pTable->viewport()->update();
 }
 

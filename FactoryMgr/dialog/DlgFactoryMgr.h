@@ -14,6 +14,7 @@ class CMotorTab;
 class CSpeedTab;
 class CSystemTab;
 class IResolution;
+class QTableWidget;
 namespace Ui {
 class DlgFactoryMgr;
 }
@@ -54,8 +55,9 @@ public:
     // that has read the controller's values into the dialog can clear them.
     Q_INVOKABLE void ClearInvalidMarks();
     // Shows a value the device did not keep, put back, and marks its cell red.
-    // nTableKind: 0 Motor, 1 Laser, 2 Processing, 3 Machine. A Laser row is
-    // told by its row identifier: the field is the one the row shows.
+    // nTableKind: a FactoryParamKey::Table (0 Motor, 1 Laser, 2 Processing,
+    // 3 Machine). A Laser row is told by its row identifier: the field is the
+    // one the row shows.
     void MarkInvalidCell(int nTableKind, int nRow, int nColumn, double dValue);
     // The Laser table's row that shows the row identifier nId, or -1.
     int LaserRowOfId(int nId) const;
@@ -116,6 +118,8 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
+    // The property table of a FactoryParamKey::Table, or null.
+    QTableWidget* PropertyTable(int nTable) const;
     void RetranslateTexts();
     void InitDialog();
     // The fields that leave the dialog forced, whatever the controls hold.

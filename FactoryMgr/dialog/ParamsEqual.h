@@ -3,7 +3,7 @@
 struct FactoryParams;
 
 // Whether two records hold the same settings: whole numbers and booleans
-// equal, doubles within 0.0001. Compared section by section (the four axes,
-// laser, machine, speed), stopping at the first difference. Padding bytes
-// are not compared.
+// equal, doubles within 0.0001. Every field of the record is compared, and
+// nothing else: padding bytes never count. The project's one comparison of
+// whole records.
 bool ParamsEqual(const FactoryParams& a, const FactoryParams& b);

@@ -46,7 +46,7 @@ bool CParamCheck::Parse(const FactoryParamKey& key, const QString& strText, doub
     double dValue = 0.0;
     dValue = strTrimmed.toDouble(&bNumber);
     // "1.5" for a switch: a number, but not one the field can hold.
-    if (!key.pDouble && bNumber && std::isfinite(dValue) && dValue != std::trunc(dValue)) {
+    if (!key.IsDouble() && bNumber && std::isfinite(dValue) && dValue != std::trunc(dValue)) {
         if (pWhy)
             *pWhy = QStringLiteral("not a whole number");
         return false;
@@ -92,7 +92,7 @@ QList<SParamProblem> CParamCheck::CheckFile(const QString& strPath)
     const QStringList present = file.allKeys();
     QSet<QString> known{kMarkerKey, kTimeKey};
     FactoryParams record;
-    for (const FactoryParamKey& key : FactoryParamKey::ForRecord(record)) {
+    for (const FactoryParamKey& key : FactoryParamKey::File()) {
         const QString strName = key.strSection + "/" + key.strKey;
         known << strName;
         const QVariant value = file.value(strName);
@@ -110,11 +110,11 @@ QList<SParamProblem> CParamCheck::CheckFile(const QString& strPath)
         }
         // A value the plug-in would read as another number ("80.000" for
         // a whole number reads as 0).
-        key.SetFromSettings(value);
-        if (key.Value() != dValue)
+        key.SetFromSettings(record, value);
+        if (key.Value(record) != dValue)
             problems << SParamProblem{strPath, key.strKey, strText,
                                       QStringLiteral("the plug-in reads this as %1; write %2")
-                                          .arg(CParamDiff::Number(key.Value()), CParamDiff::Number(dValue))};
+                                          .arg(CParamDiff::Number(key.Value(record)), CParamDiff::Number(dValue))};
     }
     const QVariant time = file.value(kTimeKey);
     if (!time.isValid())

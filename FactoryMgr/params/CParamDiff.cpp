@@ -6,23 +6,15 @@
 #include <QLocale>
 
 #include <cmath>
-#include <cstring>
 
 QList<SParamDifference> CParamDiff::Compare(const FactoryParams& a, const FactoryParams& b, const Translate& translate,
                                             const QSet<QString>& missingA, const QSet<QString>& missingB)
 {
     const auto tr = [&translate](const QString& strText) { return translate ? translate(strText) : strText; };
-    FactoryParams first;
-    FactoryParams second;
-    std::memcpy(static_cast<void*>(&first), &a, sizeof(FactoryParams));
-    std::memcpy(static_cast<void*>(&second), &b, sizeof(FactoryParams));
-    const QVector<FactoryParamKey> keysA = FactoryParamKey::ForRecord(first);
-    const QVector<FactoryParamKey> keysB = FactoryParamKey::ForRecord(second);
     QList<SParamDifference> differences;
-    for (int i = 0; i < keysA.size(); ++i) {
-        const FactoryParamKey& key = keysA[i];
-        const double dA = key.Value();
-        const double dB = keysB[i].Value();
+    for (const FactoryParamKey& key : FactoryParamKey::File()) {
+        const double dA = key.Value(a);
+        const double dB = key.Value(b);
         const bool bMissingA = missingA.contains(key.strKey);
         const bool bMissingB = missingB.contains(key.strKey);
         if ((dA == dB || (std::isnan(dA) && std::isnan(dB))) && bMissingA == bMissingB)
@@ -30,7 +22,7 @@ QList<SParamDifference> CParamDiff::Compare(const FactoryParams& a, const Factor
         const QString strWhere = key.Where();
         differences << SParamDifference{key.strKey, tr(QString::fromUtf8(key.szLabel)),
                                         strWhere.isEmpty() ? QString() : tr(strWhere), QString::fromUtf8(key.szUnit),
-                                        dA, dB, bMissingA, bMissingB, key.dShownScale};
+                                        dA, dB, bMissingA, bMissingB, key.dStoredPerShown};
     }
     return differences;
 }
@@ -43,7 +35,7 @@ QString CParamDiff::Name(const SParamDifference& difference)
 QString CParamDiff::Describe(const SParamDifference& difference)
 {
     const auto number = [&difference](bool bMissing, double dValue) {
-        return bMissing ? QStringLiteral("(missing)") : Number(dValue * difference.dShownScale);
+        return bMissing ? QStringLiteral("(missing)") : Number(difference.Shown(dValue));
     };
     QString strText = QStringLiteral("%1: %2 → %3")
                           .arg(Name(difference), number(difference.bMissingA, difference.dA),
@@ -57,7 +49,7 @@ QString CParamDiff::Shown(const SParamDifference& difference, bool bSideB)
 {
     if (bSideB ? difference.bMissingB : difference.bMissingA)
         return QStringLiteral("(missing)");
-    const QString strNumber = Number((bSideB ? difference.dB : difference.dA) * difference.dShownScale);
+    const QString strNumber = Number(difference.Shown(bSideB ? difference.dB : difference.dA));
     return difference.strUnit.isEmpty() ? strNumber : strNumber + " " + difference.strUnit;
 }
 

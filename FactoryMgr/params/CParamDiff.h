@@ -19,7 +19,10 @@ struct SParamDifference
     double dB = 0.0;
     bool bMissingA = false;   // the first file lacks the key (dA is what its reader put in)
     bool bMissingB = false;
-    double dShownScale = 1.0;   // dA and dB are stored values; times this they are in strUnit
+    double dStoredPerShown = 1.0;   // dA and dB are stored values; divided by this they are in strUnit
+
+    // A stored value of the field in strUnit.
+    double Shown(double dStored) const { return dStored / dStoredPerShown; }
 };
 
 // Compares two parameter records field by field, in the parameter file's

@@ -22,7 +22,6 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <optional>
 
 namespace {
@@ -103,15 +102,12 @@ ParamFileStatus ReadFactoryParamFile(FactoryParams& record, const QString& strPa
     const QSettings& file = guarded.Settings();
     if (!HasMarker(file))
         return ParamFileStatus::WrongMarker;
-    FactoryParams loaded;
-    std::memcpy(static_cast<void*>(&loaded), &record, sizeof(FactoryParams));
-    for (const FactoryParamKey& key : FactoryParamKey::ForRecord(loaded)) {
+    for (const FactoryParamKey& key : FactoryParamKey::File()) {
         const QVariant value = file.value(key.strSection + "/" + key.strKey);
-        key.SetFromSettings(value.isValid() ? value : QVariant(key.dMissing));
+        key.SetFromSettings(record, value.isValid() ? value : QVariant(key.dMissing));
         if (pMissing && !value.isValid())
             pMissing->insert(key.strKey);
     }
-    std::memcpy(static_cast<void*>(&record), &loaded, sizeof(FactoryParams));
     return ParamFileStatus::Loaded;
 }
 
@@ -121,23 +117,22 @@ namespace {
 // new file is read back before it may replace the old one. strPath must be a
 // name the settings layer has not seen in this process: its cache would
 // otherwise answer with the values it meant to write.
-bool HoldsExactly(const QString& strPath, FactoryParams& values, const QString& strTime)
+bool HoldsExactly(const QString& strPath, const FactoryParams& values, const QString& strTime)
 {
     QSettings written(strPath, QSettings::IniFormat);
     const QString strHeader = kHeader + "/";
     if (written.status() != QSettings::NoError || written.value(strHeader + kMarkerKey).toString() != kMarker
         || written.value(strHeader + kTimeKey).toString() != strTime)
         return false;
-    const QVector<FactoryParamKey> keys = FactoryParamKey::ForRecord(values);
+    const QVector<FactoryParamKey>& keys = FactoryParamKey::File();
     if (written.allKeys().size() != keys.size() + 2)
         return false;
     for (const FactoryParamKey& key : keys) {
         const QVariant value = written.value(key.strSection + "/" + key.strKey);
         // A NaN read from a hand-written file must save and read back as NaN.
-        const bool bSame = key.pDouble ? (value.toDouble() == *key.pDouble
-                                          || (std::isnan(value.toDouble()) && std::isnan(*key.pDouble)))
-            : key.pInt                 ? value.toInt() == *key.pInt
-                                       : value.toInt() == (*key.pBool ? 1 : 0);
+        const double dValue = key.Value(values);
+        const bool bSame = key.IsDouble() ? (value.toDouble() == dValue || (std::isnan(value.toDouble()) && std::isnan(dValue)))
+                                          : value.toInt() == int(dValue);
         if (!value.isValid() || !bSame)
             return false;
     }
@@ -222,26 +217,22 @@ bool WriteFactoryParamFile(const FactoryParams& record, const QString& strFile, 
             return fail(QStringLiteral("no file can be made in %1: %2").arg(info.absolutePath(), probe.errorString()));
     }
 
-    FactoryParams values;
-    std::memcpy(static_cast<void*>(&values), &record, sizeof(FactoryParams));
     const QString strTime = QDateTime::currentDateTime().toString("yyyyMMddHHmmss");
     BeginBatchWrite(strNew);
     WriteIniString(kHeader, kMarkerKey, kMarker, strNew);
     WriteIniString(kHeader, kTimeKey, strTime, strNew);
-    for (const FactoryParamKey& key : FactoryParamKey::ForRecord(values)) {
-        if (key.pDouble)
-            WriteIniDouble(key.strSection, key.strKey, *key.pDouble, strNew);
-        else if (key.pInt)
-            WriteIniInt(key.strSection, key.strKey, *key.pInt, strNew);
+    for (const FactoryParamKey& key : FactoryParamKey::File()) {
+        if (key.IsDouble())
+            WriteIniDouble(key.strSection, key.strKey, key.Value(record), strNew);
         else
-            WriteIniInt(key.strSection, key.strKey, *key.pBool ? 1 : 0, strNew);
+            WriteIniInt(key.strSection, key.strKey, int(key.Value(record)), strNew);
     }
     const bool bWritten = EndBatchWrite();
 
     QString strWhy;
     if (!bWritten)
         strWhy = QStringLiteral("the file could not be written in full (a full disk, or a size limit)");
-    else if (!RenameOver(strNew, strCheck) || !HoldsExactly(strCheck, values, strTime))
+    else if (!RenameOver(strNew, strCheck) || !HoldsExactly(strCheck, record, strTime))
         strWhy = QStringLiteral("read back, the new file does not hold the values written");
     else if (!RenameOver(strCheck, strFile))
         strWhy = QStringLiteral("it could not be put in place of the old file: %1").arg(QString::fromLocal8Bit(std::strerror(errno)));

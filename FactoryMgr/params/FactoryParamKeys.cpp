@@ -39,204 +39,302 @@ constexpr Meaning Quantity(const char* szLabel, const char* szUnit = "")
     return {szLabel, szUnit, 0.0, kMaxValue};
 }
 
-FactoryParamKey Key(const QString& strSection, const QString& strKey, int32_t* pInt, bool* pBool, double* pDouble,
-                    double dMissing, const Meaning& meaning, FactoryParamKey::Group group, int nIndex)
+// Per-axis and per-laser keys carry the number of their axis or laser, counting from 1.
+QString Numbered(const char* szPattern, int nIndex)
 {
-    FactoryParamKey key{strSection, strKey, pInt, pBool, pDouble, dMissing};
-    key.szLabel = meaning.szLabel;
-    key.szUnit = meaning.szUnit;
-    key.group = group;
-    key.nIndex = nIndex;
-    key.dMin = meaning.dMin;
-    key.dMax = meaning.dMax;
-    return key;
+    return QString::fromLatin1(szPattern).arg(nIndex + 1);
 }
 
-// Per-axis and per-laser keys end in "_<n>", n counting from 1.
-QString Numbered(const char* szKey, int nIndex)
-{
-    return QStringLiteral("%1_%2").arg(QLatin1String(szKey)).arg(nIndex + 1);
-}
-}
+using Key = FactoryParamKey;
 
-namespace {
-QVector<FactoryParamKey> Build(FactoryParams& record);
-
-// Moves a pointer into one record to the same field of another.
-template <typename T>
-T* Rebound(T* pField, const FactoryParams& from, FactoryParams& to)
+// Builds the table over a record of its own: a field's place is its address
+// there, less the record's.
+QVector<FactoryParamKey> Build()
 {
-    if (!pField)
-        return nullptr;
-    const std::ptrdiff_t nOffset = reinterpret_cast<const char*>(pField) - reinterpret_cast<const char*>(&from);
-    return reinterpret_cast<T*>(reinterpret_cast<char*>(&to) + nOffset);
-}
-}
-
-QVector<FactoryParamKey> FactoryParamKey::ForRecord(FactoryParams& record)
-{
-    // The table is built once, over a record of its own, and bound to each
-    // record by the fields' places: a fleet of files reads it thousands of
-    // times.
     static FactoryParams s_template;
-    static const QVector<FactoryParamKey> s_keys = Build(s_template);
-    QVector<FactoryParamKey> keys = s_keys;
-    for (FactoryParamKey& key : keys) {
-        key.pInt = Rebound(key.pInt, s_template, record);
-        key.pBool = Rebound(key.pBool, s_template, record);
-        key.pDouble = Rebound(key.pDouble, s_template, record);
-    }
-    return keys;
-}
-
-namespace {
-QVector<FactoryParamKey> Build(FactoryParams& record)
-{
-    using Group = FactoryParamKey::Group;
-    constexpr Group GroupAxis = FactoryParamKey::GroupAxis;
-    constexpr Group GroupLaser = FactoryParamKey::GroupLaser;
+    const char* const pBase = reinterpret_cast<const char*>(&s_template);
     using namespace FactoryParamMissing;
     QVector<FactoryParamKey> keys;
-    keys.reserve(105);
-    const auto add = [&keys](const QString& strSection, const QString& strKey, auto& field, double dMissing,
-                             const Meaning& meaning, Group group = FactoryParamKey::GroupNone, int nIndex = 0) {
+    keys.reserve(108);
+    const auto add = [&keys, pBase](Key::Section section, const QString& strSection, const QString& strKey,
+                                    auto& field, double dMissing, const Meaning& meaning,
+                                    Key::Group group = Key::GroupNone, int nIndex = 0) -> FactoryParamKey& {
         using Field = std::remove_reference_t<decltype(field)>;
-        int32_t* pInt = nullptr;
-        bool* pBool = nullptr;
-        double* pDouble = nullptr;
-        if constexpr (std::is_same_v<Field, int32_t>)
-            pInt = &field;
-        else if constexpr (std::is_same_v<Field, bool>)
-            pBool = &field;
-        else
-            pDouble = &field;
-        keys << Key(strSection, strKey, pInt, pBool, pDouble, dMissing, meaning, group, nIndex);
+        FactoryParamKey key;
+        key.section = section;
+        key.strSection = strSection;
+        key.strKey = strKey;
+        key.type = std::is_same_v<Field, int32_t> ? Key::TypeInt
+            : std::is_same_v<Field, bool>         ? Key::TypeBool
+                                                  : Key::TypeDouble;
+        key.nOffset = std::size_t(reinterpret_cast<const char*>(&field) - pBase);
+        key.dMissing = dMissing;
+        key.szLabel = meaning.szLabel;
+        key.szUnit = meaning.szUnit;
+        key.group = group;
+        key.nIndex = nIndex;
+        key.dMin = meaning.dMin;
+        key.dMax = meaning.dMax;
+        keys << key;
+        return keys.last();
     };
+    // Where the dialog shows a field, and what the read-back check does with it.
+    const auto number = [](FactoryParamKey& key, Key::Table table, int nRow, Key::Check check) {
+        key.table = table;
+        key.nRow = nRow;
+        key.editor = Key::EditorNumber;
+        key.check = check;
+    };
+    const auto list = [](FactoryParamKey& key, Key::Table table, int nRow, const QStringList& choices,
+                         Key::Check check = Key::CheckNone) {
+        key.table = table;
+        key.nRow = nRow;
+        key.editor = Key::EditorList;
+        key.choices = choices;
+        key.check = check;
+    };
+    const QStringList noYes{"No", "Yes"};
 
+    FactoryParams& record = s_template;
     LaserSection& laser = record.laser;
-    add(kLaser, "LASER_COUNT", laser.laserCount, kLaserCount, {"Laser count", "", 1.0, 2.0});
-    add(kLaser, "LASER1_TYPE", laser.lasers[0].type, kLaserType, {"Laser type", "", 0.0, 4.0}, GroupLaser, 0);
-    add(kLaser, "LASER2_TYPE", laser.lasers[1].type, kLaserType, {"Laser type", "", 0.0, 4.0}, GroupLaser, 1);
-    add(kLaser, "LASER_MACHINE_TYPE", laser.laserMachineType, kLaserMachineType, Switch("Laser tube configuration"));
+    const auto laserKey = [&](const QString& strKey, auto& field, double dMissing, const Meaning& meaning,
+                              Key::Group group = Key::GroupNone, int nIndex = 0) -> FactoryParamKey& {
+        return add(Key::SectionLaser, kLaser, strKey, field, dMissing, meaning, group, nIndex);
+    };
+    laserKey("LASER_COUNT", laser.laserCount, kLaserCount, {"Laser count", "", 1.0, 2.0});
+    // The Laser tab writes RF as type 2 and shows types 1 and 2 as "RF": its
+    // rule maps list and value.
+    for (int i = 0; i < 2; ++i)
+        list(laserKey(Numbered("LASER%1_TYPE", i), laser.lasers[i].type, kLaserType, {"Laser type", "", 0.0, 4.0},
+                      Key::GroupLaser, i),
+             Key::TableLaser, 0, {"Glass", "RF", "Fiber"});
+    laserKey("LASER_MACHINE_TYPE", laser.laserMachineType, kLaserMachineType, Switch("Laser tube configuration"));
     for (int i = 0; i < 2; ++i) {
         LaserParams& source = laser.lasers[i];
-        const auto laserKey = [&](const char* szKey, auto& field, double dMissing, const Meaning& meaning) {
-            add(kLaser, Numbered(szKey, i), field, dMissing, meaning, GroupLaser, i);
+        const auto sourceKey = [&](const char* szKey, auto& field, double dMissing,
+                                   const Meaning& meaning) -> FactoryParamKey& {
+            return laserKey(Numbered(szKey, i), field, dMissing, meaning, Key::GroupLaser, i);
         };
-        laserKey("LASER_POWER", source.power, kPower, Quantity("Laser power(W)", "W"));
-        laserKey("LASER_POWER_MIN", source.powerMin, kPowerMin, {"Min power(%)", "%", 0.0, 100.0});
-        laserKey("LASER_POWER_MAX", source.powerMax, kPowerMax, {"Max power(%)", "%", 0.0, 100.0});
-        laserKey("LASER_POWER_REDUCTION", source.powerReduction, kPowerReduction,
-                 {"Laser Attenuation(%)", "%", 0.0, 100.0});
+        // The rated power's list holds the powers; the tab's rule stores the one picked.
+        list(sourceKey("LASER_POWER_%1", source.power, kPower, Quantity("Laser power(W)", "W")), Key::TableLaser, 9,
+             {"30", "40", "50", "60", "80", "100", "130"});
+        number(sourceKey("LASER_POWER_MIN_%1", source.powerMin, kPowerMin, {"Min power(%)", "%", 0.0, 100.0}),
+               Key::TableLaser, 3, Key::CheckMarked);
+        number(sourceKey("LASER_POWER_MAX_%1", source.powerMax, kPowerMax, {"Max power(%)", "%", 0.0, 100.0}),
+               Key::TableLaser, 4, Key::CheckMarked);
+        number(sourceKey("LASER_POWER_REDUCTION_%1", source.powerReduction, kPowerReduction,
+                         {"Laser Attenuation(%)", "%", 0.0, 100.0}),
+               Key::TableLaser, 5, Key::CheckMarked);
         // The dialog shows the laser frequency as stored, the pre-burning
         // frequency divided by 1000; both rows say kHz.
-        laserKey("LASER_FREQUENCY", source.frequency, kFrequency, {"Laser Frequency(kHz)", "kHz", 0.0, kMaxValue});
-        laserKey("LASER_BURNING_FREQUENCY", source.burningFrequency, kBurningFrequency,
-                 {"Pre-burning frequency(kHz)", "kHz", 0.0, kMaxValue});
-        keys.last().dShownScale = 0.001;
-        laserKey("LASER_BURNING_WIDTH", source.burningWidth, kBurningWidth,
-                 {"Pre-ignition pulse width(%)", "%", 0.0, 100.0});
-        laserKey("LASER_SWITCH_SIGNAL", source.switchSignal, kSwitchSignal, Switch("SwitchLevel"));
-        laserKey("LASER_WATER_PROTECT", source.waterProtect, kWaterProtect, Switch("Water Protection"));
+        number(sourceKey("LASER_FREQUENCY_%1", source.frequency, kFrequency,
+                         {"Laser Frequency(kHz)", "kHz", 0.0, kMaxValue}),
+               Key::TableLaser, 6, Key::CheckMarked);
+        FactoryParamKey& burning = sourceKey("LASER_BURNING_FREQUENCY_%1", source.burningFrequency, kBurningFrequency,
+                                             {"Pre-burning frequency(kHz)", "kHz", 0.0, kMaxValue});
+        burning.dStoredPerShown = 1000.0;
+        number(burning, Key::TableLaser, 7, Key::CheckMarkedWhenShifted);
+        number(sourceKey("LASER_BURNING_WIDTH_%1", source.burningWidth, kBurningWidth,
+                         {"Pre-ignition pulse width(%)", "%", 0.0, 100.0}),
+               Key::TableLaser, 8, Key::CheckMarkedWhenShifted);
+        list(sourceKey("LASER_SWITCH_SIGNAL_%1", source.switchSignal, kSwitchSignal, Switch("SwitchLevel")),
+             Key::TableLaser, 2, {"Low level", "High level"});
+        list(sourceKey("LASER_WATER_PROTECT_%1", source.waterProtect, kWaterProtect, Switch("Water Protection")),
+             Key::TableLaser, 1, {"Close", "On"});
     }
 
     for (int a = 0; a < 4; ++a) {
         MotorParams& motor = record.motor[a];
-        const auto motorKey = [&](const char* szKey, auto& field, double dMissing, const Meaning& meaning) {
-            add(kMotor, Numbered(szKey, a), field, dMissing, meaning, GroupAxis, a);
+        const auto motorKey = [&](const char* szKey, auto& field, double dMissing,
+                                  const Meaning& meaning) -> FactoryParamKey& {
+            return add(Key::SectionMotor, kMotor, Numbered(szKey, a), field, dMissing, meaning, Key::GroupAxis, a);
         };
-        motorKey("MOTOR_DIRECTION_POLAR", motor.directionPolar, kDirectionPolar, Switch("Direction of Polarity"));
-        motorKey("MOTOR_LIMIT_POLAR", motor.limitPolar, kLimitPolar, Switch("Limit switch polarity"));
-        motorKey("MOTOR_CONTROL_TYPE", motor.controlType, kControlType, Switch("Control Mode"));
-        motorKey("MOTOR_PWM_EDGE", motor.pwmEdge, kPwmEdge, Switch("PWM Edge Valid"));
-        motorKey("MOTOR_KEY_DIRECTION", motor.keyDirection, kKeyDirection, Switch("Keypad Direction"));
-        motorKey("MOTOR_HARD_LIMIT_PROTECT", motor.hardLimitProtect, kHardLimitProtect,
+        const auto motorNumber = [&](const char* szKey, double& field, double dMissing, const Meaning& meaning,
+                                     int nRow) {
+            number(motorKey(szKey, field, dMissing, meaning), Key::TableMotor, nRow, Key::CheckMarked);
+        };
+        // "Negative" first here, "Positive" first for the keypad: the stored
+        // value is the list index in both.
+        list(motorKey("MOTOR_DIRECTION_POLAR_%1", motor.directionPolar, kDirectionPolar,
+                      Switch("Direction of Polarity")),
+             Key::TableMotor, 0, {"Negative", "Positive"});
+        // Not shown: every record leaving the dialog carries 0.
+        motorKey("MOTOR_LIMIT_POLAR_%1", motor.limitPolar, kLimitPolar, Switch("Limit switch polarity"));
+        list(motorKey("MOTOR_CONTROL_TYPE_%1", motor.controlType, kControlType, Switch("Control Mode")),
+             Key::TableMotor, 1, {"Pulse+Direction", "Double pulse"});
+        list(motorKey("MOTOR_PWM_EDGE_%1", motor.pwmEdge, kPwmEdge, Switch("PWM Edge Valid")), Key::TableMotor, 2,
+             {"Descending Edge", "Rising Edge"});
+        list(motorKey("MOTOR_KEY_DIRECTION_%1", motor.keyDirection, kKeyDirection, Switch("Keypad Direction")),
+             Key::TableMotor, 3, {"Positive", "Negative"});
+        // Not shown: every record leaving the dialog carries protection on.
+        motorKey("MOTOR_HARD_LIMIT_PROTECT_%1", motor.hardLimitProtect, kHardLimitProtect,
                  Switch("Hard limit protection"));
-        motorKey("MOTOR_RESET_ENABLE", motor.resetEnable, kResetEnable, Switch("Takes part in homing"));
-        motorKey("MOTOR_STARTUP_RESET", motor.startupReset, kStartupReset, Switch("Initialization"));
-        motorKey("MOTOR_PULSE_PER_MM", motor.pulsePerMm, kPulsePerMm, {"Step(p/um)", "p/um", 0.0, kMaxValue});
-        motorKey("MOTOR_SIZE", motor.size, kSize, {"Move Distance(mm)", "mm", 0.0, kMaxValue});
-        motorKey("MOTOR_ZERO_OFFSET", motor.zeroOffset, kZeroOffset, {"Zero Offset(mm)", "mm", 0.0, kMaxValue});
-        motorKey("MOTOR_SPEED_JUMP", motor.speedJump, kSpeedJump, {"Ini Speed(mm/s)", "mm/s", 0.0, kMaxValue});
-        motorKey("MOTOR_SPEED_MAX", motor.speedMax, kSpeedMax, {"Max Speed(mm/s)", "mm/s", 0.0, kMaxValue});
-        motorKey("MOTOR_ACC_MAX", motor.accMax, kAccMax, {"Max Acc(mm/s²)", "mm/s²", 0.0, kMaxValue});
-        motorKey("MOTOR_ACC_URGENT_STOP", motor.accUrgentStop, kAccUrgentStop,
-                 {"Emergency stop Acc(mm/s²)", "mm/s²", 0.0, kMaxValue});
-        motorKey("MOTOR_ACC_KEY", motor.accKey, kAccKey, {"Button Acc(mm/s²)", "mm/s²", 0.0, kMaxValue});
-        motorKey("MOTOR_SPEED_KEY_JUMP", motor.speedKeyJump, kSpeedKeyJump,
-                 {"Keypad Speed(mm/s)", "mm/s", 0.0, kMaxValue});
+        motorKey("MOTOR_RESET_ENABLE_%1", motor.resetEnable, kResetEnable, Switch("Takes part in homing"));
+        list(motorKey("MOTOR_STARTUP_RESET_%1", motor.startupReset, kStartupReset, Switch("Initialization")),
+             Key::TableMotor, 4, noYes);
+        motorNumber("MOTOR_PULSE_PER_MM_%1", motor.pulsePerMm, kPulsePerMm, {"Step(p/um)", "p/um", 0.0, kMaxValue}, 5);
+        motorNumber("MOTOR_SIZE_%1", motor.size, kSize, {"Move Distance(mm)", "mm", 0.0, kMaxValue}, 6);
+        motorNumber("MOTOR_ZERO_OFFSET_%1", motor.zeroOffset, kZeroOffset, {"Zero Offset(mm)", "mm", 0.0, kMaxValue}, 7);
+        // Row 8 is the sub-heading "Motor Speed Limit".
+        motorNumber("MOTOR_SPEED_JUMP_%1", motor.speedJump, kSpeedJump, {"Ini Speed(mm/s)", "mm/s", 0.0, kMaxValue}, 9);
+        motorNumber("MOTOR_SPEED_MAX_%1", motor.speedMax, kSpeedMax, {"Max Speed(mm/s)", "mm/s", 0.0, kMaxValue}, 10);
+        motorNumber("MOTOR_ACC_MAX_%1", motor.accMax, kAccMax, {"Max Acc(mm/s²)", "mm/s²", 0.0, kMaxValue}, 11);
+        motorNumber("MOTOR_ACC_URGENT_STOP_%1", motor.accUrgentStop, kAccUrgentStop,
+                    {"Emergency stop Acc(mm/s²)", "mm/s²", 0.0, kMaxValue}, 12);
+        motorNumber("MOTOR_ACC_KEY_%1", motor.accKey, kAccKey, {"Button Acc(mm/s²)", "mm/s²", 0.0, kMaxValue}, 13);
+        motorNumber("MOTOR_SPEED_KEY_JUMP_%1", motor.speedKeyJump, kSpeedKeyJump,
+                    {"Keypad Speed(mm/s)", "mm/s", 0.0, kMaxValue}, 14);
     }
 
     MachineSection& machine = record.machine;
-    add(kMachine, "MACHINE_MACHINE_TYPE", machine.machineType, kMachineType, Quantity("Machine type"));
-    add(kMachine, "MACHINE_MOTIVE_MODE", machine.motiveMode, kMotiveMode, {"Moving parts", "", 0.0, 3.0});
-    add(kMachine, "MACHINE_FEED_MODE", machine.feedMode, kFeedMode, Quantity("Feed mode"));
-    add(kMachine, "MACHINE_ZERO", machine.machineZero, kMachineZero, {"Machine zero", "", 0.0, 1.0});
-    add(kMachine, "MACHINE_OPEN_PROJECT", machine.openProject, kOpenProject, Switch("Lid protection"));
-    add(kMachine, "MACHINE_BLOW", machine.blow, kBlow, Switch("Blowing"));
-    add(kMachine, "MACHINE_OUTAGE_DELAY", machine.outageDelay, kOutageDelay, Quantity("Power-off delay"));
-    add(kMachine, "MACHINE_LASER_SPACE", machine.laserSpace, kLaserSpace, Quantity("Dual head Distance", "mm"));
+    const auto machineKey = [&](const char* szKey, auto& field, double dMissing,
+                                const Meaning& meaning) -> FactoryParamKey& {
+        return add(Key::SectionMachine, kMachine, QString::fromLatin1(szKey), field, dMissing, meaning);
+    };
+    machineKey("MACHINE_MACHINE_TYPE", machine.machineType, kMachineType, Quantity("Machine type")).check
+        = Key::CheckUnmarked;
+    list(machineKey("MACHINE_MOTIVE_MODE", machine.motiveMode, kMotiveMode, {"Moving parts", "", 0.0, 3.0}),
+         Key::TableMachine, 0, {"Belt Stepping", "Belt Servo", "Screw Stepper", "Screw Servo"}, Key::CheckMarked);
+    machineKey("MACHINE_FEED_MODE", machine.feedMode, kFeedMode, Quantity("Feed mode")).check = Key::CheckUnmarked;
+    list(machineKey("MACHINE_ZERO", machine.machineZero, kMachineZero, {"Machine zero", "", 0.0, 1.0}),
+         Key::TableMachine, 2, {"Top Left", "Top Right"}, Key::CheckMarked);
+    list(machineKey("MACHINE_OPEN_PROJECT", machine.openProject, kOpenProject, Switch("Lid protection")),
+         Key::TableMachine, 3, noYes, Key::CheckMarked);
+    list(machineKey("MACHINE_BLOW", machine.blow, kBlow, Switch("Blowing")), Key::TableMachine, 4, noYes,
+         Key::CheckMarked);
+    machineKey("MACHINE_OUTAGE_DELAY", machine.outageDelay, kOutageDelay, Quantity("Power-off delay")).check
+        = Key::CheckUnmarked;
+    number(machineKey("MACHINE_LASER_SPACE", machine.laserSpace, kLaserSpace, Quantity("Dual head Distance", "mm")),
+           Key::TableMachine, 1, Key::CheckMarked);
 
     SpeedSection& speed = record.speed;
-    add(kSpeed, "SPEED_CUT_SPEED_SPACE", speed.cutSpeedSpace, kCutSpeedSpace, Quantity("Idle speed(mm/s)", "mm/s"));
-    add(kSpeed, "SPEED_CUT_SPEED_CORNER", speed.cutSpeedCorner, kCutSpeedCorner,
-        Quantity("Corner speed(mm/s)", "mm/s"));
-    add(kSpeed, "SPEED_CUT_ACC_SPACE", speed.cutAccSpace, kCutAccSpace, Quantity("Idle Acc(mm/s²)", "mm/s²"));
-    add(kSpeed, "SPEED_CUT_ACC_CORNER", speed.cutAccCorner, kCutAccCorner, Quantity("PMax Acc(mm/s²)", "mm/s²"));
-    add(kSpeed, "SPEED_CUT_ACC_WORK", speed.cutAccWork, kCutAccWork, Quantity("Working Acc(mm/s²)", "mm/s²"));
-    add(kSpeed, "SPEED_SWEEP_SPEED_XSTART", speed.sweepSpeedXStart, kSweepSpeedXStart,
-        Quantity("Engraving X-axis Ini speed(mm/s)", "mm/s"));
-    add(kSpeed, "SPEED_SWEEP_SPEED_YSTART", speed.sweepSpeedYStart, kSweepSpeedYStart,
-        Quantity("Engraving Y-axis Ini speed(mm/s)", "mm/s"));
-    add(kSpeed, "SPEED_SWEEP_SPEED_NEWLINE", speed.sweepSpeedNewline, kSweepSpeedNewline,
-        Quantity("Engraving DPI speed(mm/s)", "mm/s"));
-    add(kSpeed, "SPEED_SWEEP_ACC_X", speed.sweepAccX, kSweepAccX, Quantity("Engraving X-axis Acc(mm/s²)", "mm/s²"));
-    add(kSpeed, "SPEED_SWEEP_ACC_Y", speed.sweepAccY, kSweepAccY, Quantity("Engraving Y-axis Acc(mm/s²)", "mm/s²"));
-    add(kSpeed, "SPEED_PANEL_SPEED_RESET", speed.panelSpeedReset, kPanelSpeedReset,
-        Quantity("Reset speed(mm/s)", "mm/s"));
+    int nSpeedRow = 0;
+    const auto speedKey = [&](const char* szKey, double& field, double dMissing, const char* szLabel,
+                              const char* szUnit) {
+        number(add(Key::SectionSpeed, kSpeed, QString::fromLatin1(szKey), field, dMissing, Quantity(szLabel, szUnit)),
+               Key::TableSpeed, nSpeedRow++, Key::CheckMarked);
+    };
+    speedKey("SPEED_CUT_SPEED_SPACE", speed.cutSpeedSpace, kCutSpeedSpace, "Idle speed(mm/s)", "mm/s");
+    speedKey("SPEED_CUT_SPEED_CORNER", speed.cutSpeedCorner, kCutSpeedCorner, "Corner speed(mm/s)", "mm/s");
+    speedKey("SPEED_CUT_ACC_SPACE", speed.cutAccSpace, kCutAccSpace, "Idle Acc(mm/s²)", "mm/s²");
+    speedKey("SPEED_CUT_ACC_CORNER", speed.cutAccCorner, kCutAccCorner, "PMax Acc(mm/s²)", "mm/s²");
+    speedKey("SPEED_CUT_ACC_WORK", speed.cutAccWork, kCutAccWork, "Working Acc(mm/s²)", "mm/s²");
+    speedKey("SPEED_SWEEP_SPEED_XSTART", speed.sweepSpeedXStart, kSweepSpeedXStart,
+             "Engraving X-axis Ini speed(mm/s)", "mm/s");
+    speedKey("SPEED_SWEEP_SPEED_YSTART", speed.sweepSpeedYStart, kSweepSpeedYStart,
+             "Engraving Y-axis Ini speed(mm/s)", "mm/s");
+    speedKey("SPEED_SWEEP_SPEED_NEWLINE", speed.sweepSpeedNewline, kSweepSpeedNewline, "Engraving DPI speed(mm/s)",
+             "mm/s");
+    speedKey("SPEED_SWEEP_ACC_X", speed.sweepAccX, kSweepAccX, "Engraving X-axis Acc(mm/s²)", "mm/s²");
+    speedKey("SPEED_SWEEP_ACC_Y", speed.sweepAccY, kSweepAccY, "Engraving Y-axis Acc(mm/s²)", "mm/s²");
+    speedKey("SPEED_PANEL_SPEED_RESET", speed.panelSpeedReset, kPanelSpeedReset, "Reset speed(mm/s)", "mm/s");
+
+    // The fields the file does not hold: every record the dialog hands out
+    // carries both sources enabled and the row shift it was given.
+    for (int i = 0; i < 2; ++i)
+        laserKey(QString(), laser.lasers[i].enabled, 1.0, Switch(""), Key::GroupLaser, i);
+    laserKey(QString(), laser.reserved, 0.0, {"", "", -2147483648.0, 2147483647.0});
     return keys;
 }
 }
 
+const QVector<FactoryParamKey>& FactoryParamKey::All()
+{
+    static const QVector<FactoryParamKey> s_all = Build();
+    return s_all;
+}
+
+const QVector<FactoryParamKey>& FactoryParamKey::File()
+{
+    static const QVector<FactoryParamKey> s_file = [] {
+        QVector<FactoryParamKey> keys;
+        for (const FactoryParamKey& key : All())
+            if (key.InFile())
+                keys << key;
+        return keys;
+    }();
+    return s_file;
+}
+
+const FactoryParamKey* FactoryParamKey::Find(const QString& strKey)
+{
+    if (strKey.isEmpty())
+        return nullptr;
+    for (const FactoryParamKey& key : File())
+        if (key.strKey == strKey)
+            return &key;
+    return nullptr;
+}
+
+const FactoryParamKey* FactoryParamKey::AtCell(Table table, int nRow, int nColumn)
+{
+    if (table == TableNone)
+        return nullptr;
+    for (const FactoryParamKey& key : All())
+        if (key.table == table && key.nRow == nRow && key.Column() == nColumn)
+            return &key;
+    return nullptr;
+}
+
 double FactoryParamKey::ValueOf(const FactoryParams& record, const QString& strKey)
 {
-    FactoryParams copy;
-    std::memcpy(static_cast<void*>(&copy), &record, sizeof(FactoryParams));
-    for (const FactoryParamKey& key : ForRecord(copy))
-        if (key.strKey == strKey)
-            return key.Value();
-    return std::numeric_limits<double>::quiet_NaN();
+    const FactoryParamKey* pKey = Find(strKey);
+    return pKey ? pKey->Value(record) : std::numeric_limits<double>::quiet_NaN();
 }
 
-double FactoryParamKey::Value() const
+namespace {
+template <typename T>
+T& FieldIn(FactoryParams& record, std::size_t nOffset)
 {
-    if (pDouble)
-        return *pDouble;
-    if (pInt)
-        return double(*pInt);
-    return *pBool ? 1.0 : 0.0;
+    return *reinterpret_cast<T*>(reinterpret_cast<char*>(&record) + nOffset);
 }
 
-void FactoryParamKey::SetFromSettings(const QVariant& value) const
+template <typename T>
+T FieldOf(const FactoryParams& record, std::size_t nOffset)
 {
-    if (pDouble)
-        *pDouble = value.toDouble();
-    else if (pInt)
-        *pInt = value.toInt();
-    else
-        *pBool = value.toInt() != 0;
+    T value;
+    std::memcpy(&value, reinterpret_cast<const char*>(&record) + nOffset, sizeof(T));
+    return value;
+}
 }
 
-void FactoryParamKey::SetValue(double dValue) const
+double FactoryParamKey::Value(const FactoryParams& record) const
 {
-    if (pDouble)
-        *pDouble = dValue;
-    else if (pInt)
-        *pInt = std::isfinite(dValue) && std::fabs(dValue) <= double(std::numeric_limits<int32_t>::max())
+    switch (type) {
+    case TypeDouble: return FieldOf<double>(record, nOffset);
+    case TypeInt: return double(FieldOf<int32_t>(record, nOffset));
+    case TypeBool: return FieldOf<bool>(record, nOffset) ? 1.0 : 0.0;
+    }
+    return 0.0;
+}
+
+void FactoryParamKey::SetFromSettings(FactoryParams& record, const QVariant& value) const
+{
+    switch (type) {
+    case TypeDouble: FieldIn<double>(record, nOffset) = value.toDouble(); break;
+    case TypeInt: FieldIn<int32_t>(record, nOffset) = value.toInt(); break;
+    case TypeBool: FieldIn<bool>(record, nOffset) = value.toInt() != 0; break;
+    }
+}
+
+void FactoryParamKey::SetValue(FactoryParams& record, double dValue) const
+{
+    switch (type) {
+    case TypeDouble: FieldIn<double>(record, nOffset) = dValue; break;
+    case TypeInt:
+        FieldIn<int32_t>(record, nOffset)
+            = std::isfinite(dValue) && dValue >= double(std::numeric_limits<int32_t>::min())
+                && dValue <= double(std::numeric_limits<int32_t>::max())
             ? int32_t(std::lround(dValue))
             : 0;
-    else
-        *pBool = dValue != 0.0;
+        break;
+    case TypeBool: FieldIn<bool>(record, nOffset) = dValue != 0.0; break;
+    }
+}
+
+bool FactoryParamKey::Same(const FactoryParams& a, const FactoryParams& b) const
+{
+    return Value(a) == Value(b);
 }
 
 QString FactoryParamKey::Where() const
@@ -253,10 +351,20 @@ bool FactoryParamKey::Takes(double dValue) const
 {
     if (!std::isfinite(dValue))
         return false;
-    if (!pDouble) {
+    if (!IsDouble()) {
         const double dLimit = double(std::numeric_limits<int32_t>::max());
         if (dValue != std::trunc(dValue) || dValue < -dLimit - 1.0 || dValue > dLimit)
             return false;
     }
     return dValue >= dMin && dValue <= dMax;
+}
+
+QString FactoryParamKey::Shown(const FactoryParams& record) const
+{
+    return Fixed2(ToShown(Value(record)));
+}
+
+QString FactoryParamKey::Fixed2(double dValue)
+{
+    return QString::number(dValue, 'f', 2);
 }

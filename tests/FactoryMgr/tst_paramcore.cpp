@@ -71,8 +71,7 @@ QString TestParamCore::Write(const QString& strName, const QByteArray& content)
 
 void TestParamCore::everyKeyHasALabelAPlaceAndTheFilesOrder()
 {
-    FactoryParams record;
-    const QVector<FactoryParamKey> keys = FactoryParamKey::ForRecord(record);
+    const QVector<FactoryParamKey>& keys = FactoryParamKey::File();
     QStringList names;
     for (const FactoryParamKey& key : keys) {
         names << key.strSection + "/" + key.strKey;
@@ -168,11 +167,9 @@ void TestParamCore::rangesAreTheRecords()
     QFETCH(QString, strKey);
     QFETCH(double, dValue);
     QFETCH(bool, bTaken);
-    FactoryParams record;
-    const QVector<FactoryParamKey> keys = FactoryParamKey::ForRecord(record);
-    const auto key = std::find_if(keys.begin(), keys.end(), [&](const FactoryParamKey& k) { return k.strKey == strKey; });
-    QVERIFY(key != keys.end());
-    QCOMPARE(key->Takes(dValue), bTaken);
+    const FactoryParamKey* pKey = FactoryParamKey::Find(strKey);
+    QVERIFY(pKey);
+    QCOMPARE(pKey->Takes(dValue), bTaken);
 }
 
 void TestParamCore::diffNamesEachDifferingField()
@@ -472,9 +469,10 @@ void TestParamCore::aReaderDuringSavesSeesOneSaveOrTheOther()
     // Two records that differ in every field the file stores.
     FactoryParams first;
     FactoryParams second;
-    for (const FactoryParamKey& key : FactoryParamKey::ForRecord(second))
-        key.SetValue(key.pBool ? (key.Value() != 0.0 ? 0.0 : 1.0) : key.Value() + 1.0);
-    QCOMPARE(CParamDiff::Compare(first, second).size(), FactoryParamKey::ForRecord(first).size());
+    for (const FactoryParamKey& key : FactoryParamKey::File())
+        key.SetValue(second, key.type == FactoryParamKey::TypeBool ? (key.Value(second) != 0.0 ? 0.0 : 1.0)
+                                                                   : key.Value(second) + 1.0);
+    QCOMPARE(CParamDiff::Compare(first, second).size(), FactoryParamKey::File().size());
     const QString strPath = m_pDir->filePath("shared.ini");
     QVERIFY(WriteFactoryParamFile(first, strPath));
 

@@ -34,11 +34,11 @@ FactoryParams TwoLasers()
 }
 
 // The first field of the record that holds a value that is not finite; empty when none.
-QString NotFinite(FactoryParams record)
+QString NotFinite(const FactoryParams& record)
 {
-    for (const FactoryParamKey& key : FactoryParamKey::ForRecord(record))
-        if (!std::isfinite(key.Value()))
-            return key.strKey + "=" + QString::number(key.Value());
+    for (const FactoryParamKey& key : FactoryParamKey::File())
+        if (!std::isfinite(key.Value(record)))
+            return key.strKey + "=" + QString::number(key.Value(record));
     return QString();
 }
 }

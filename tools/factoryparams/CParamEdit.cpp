@@ -11,22 +11,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 namespace {
 const QString kTimeFormat = QStringLiteral("yyyyMMddHHmmss");
 
-// The key of the record's field strKey, bound to record.
-const FactoryParamKey* Find(const QVector<FactoryParamKey>& keys, const QString& strKey)
-{
-    const auto key = std::find_if(keys.begin(), keys.end(), [&](const FactoryParamKey& k) { return k.strKey == strKey; });
-    return key == keys.end() ? nullptr : &*key;
-}
-
 // The text a field's value is written as: what the plug-in reads back exactly.
 QString TextFor(const FactoryParamKey& key, double dValue)
 {
-    return key.pDouble ? CParamDiff::Number(dValue) : QString::number(qint64(dValue));
+    return key.IsDouble() ? CParamDiff::Number(dValue) : QString::number(qint64(dValue));
 }
 }
 
@@ -53,12 +45,11 @@ CParamEdit::CParamEdit(const QString& strPath)
 
 void CParamEdit::Put(const QString& strKey, double dValue)
 {
-    const QVector<FactoryParamKey> keys = FactoryParamKey::ForRecord(m_intended);
-    const FactoryParamKey* pKey = Find(keys, strKey);
+    const FactoryParamKey* pKey = FactoryParamKey::Find(strKey);
     // A value the file holds already, as the plug-in reads it, keeps its line as written.
-    if (!m_missing.contains(strKey) && pKey->Value() == dValue && m_text.Has(pKey->strSection, strKey))
+    if (!m_missing.contains(strKey) && pKey->Value(m_intended) == dValue && m_text.Has(pKey->strSection, strKey))
         return;
-    pKey->SetValue(dValue);
+    pKey->SetValue(m_intended, dValue);
     m_text.Set(pKey->strSection, pKey->strKey, TextFor(*pKey, dValue));
 }
 
@@ -66,8 +57,7 @@ bool CParamEdit::Assign(const QString& strAssignment, QString* pWhy)
 {
     const QString strKey = strAssignment.section('=', 0, 0).trimmed();
     const QString strValue = strAssignment.section('=', 1);
-    const QVector<FactoryParamKey> keys = FactoryParamKey::ForRecord(m_intended);
-    const FactoryParamKey* pKey = Find(keys, strKey);
+    const FactoryParamKey* pKey = FactoryParamKey::Find(strKey);
     if (!strAssignment.contains('=')) {
         *pWhy = QStringLiteral("\"%1\" is not KEY=VALUE").arg(strAssignment);
         return false;
@@ -91,8 +81,7 @@ QStringList CParamEdit::Repair(QStringList* pLeft)
     QStringList repaired;
     bool bRepeatedDropped = false;
     for (const SParamProblem& problem : m_problems) {
-        const QVector<FactoryParamKey> keys = FactoryParamKey::ForRecord(m_intended);
-        const FactoryParamKey* pKey = Find(keys, problem.strKey);
+        const FactoryParamKey* pKey = FactoryParamKey::Find(problem.strKey);
         if (pKey) {
             double dValue = pKey->dMissing;
             QString strWhy;
@@ -104,7 +93,7 @@ QStringList CParamEdit::Repair(QStringList* pLeft)
                 bool bNumber = false;
                 const double dText = problem.strValue.trimmed().toDouble(&bNumber);
                 if (bNumber && std::isfinite(dText))
-                    dValue = std::clamp(pKey->pDouble ? dText : std::round(dText), pKey->dMin, pKey->dMax);
+                    dValue = std::clamp(pKey->IsDouble() ? dText : std::round(dText), pKey->dMin, pKey->dMax);
                 strWhy = problem.strWhat;
             }
             Put(pKey->strKey, dValue);
@@ -134,9 +123,7 @@ QList<SParamDifference> CParamEdit::Changes() const
 {
     QSet<QString> missingAfter;
     for (const QString& strKey : m_missing) {
-        FactoryParams scratch;
-        const QVector<FactoryParamKey> keys = FactoryParamKey::ForRecord(scratch);
-        const FactoryParamKey* pKey = Find(keys, strKey);
+        const FactoryParamKey* pKey = FactoryParamKey::Find(strKey);
         if (!CParamFileText(Bytes()).Has(pKey->strSection, strKey))
             missingAfter << strKey;
     }
@@ -164,9 +151,8 @@ bool CParamEdit::Verify(QString* pWhy) const
     CSettingsFile afterFile(strNew, kMaxParamFileSize);
     const QSettings& before = beforeFile.Settings();
     const QSettings& after = afterFile.Settings();
-    FactoryParams scratch;
     QSet<QString> known{QStringLiteral("FACTORY_PARAM/CREATE_TIME")};
-    for (const FactoryParamKey& key : FactoryParamKey::ForRecord(scratch))
+    for (const FactoryParamKey& key : FactoryParamKey::File())
         known << key.strSection + "/" + key.strKey;
     for (const QString& strKey : before.allKeys())
         if (!known.contains(strKey) && before.value(strKey) != after.value(strKey)) {

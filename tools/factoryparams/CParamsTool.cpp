@@ -285,16 +285,16 @@ int CParamsTool::Show(const QStringList& arguments)
     QSet<QString> missing;
     if (!Load(input, record, &missing))
         return ExitFailed;
-    const QVector<FactoryParamKey> keys = FactoryParamKey::ForRecord(record);
+    const QVector<FactoryParamKey>& keys = FactoryParamKey::File();
     if (line.parser.isSet(line.json)) {
         QJsonArray fields;
         for (const FactoryParamKey& key : keys) {
             QJsonObject field = JsonField(key.strKey, QString::fromUtf8(key.szLabel), key.Where(),
                                           QString::fromUtf8(key.szUnit));
             field.insert("section", key.strSection);
-            field.insert("value", JsonNumber(key.Value()));
-            if (key.dShownScale != 1.0)
-                field.insert("shown", JsonNumber(key.Value() * key.dShownScale));
+            field.insert("value", JsonNumber(key.Value(record)));
+            if (key.dStoredPerShown != 1.0)
+                field.insert("shown", JsonNumber(key.ToShown(key.Value(record))));
             if (missing.contains(key.strKey))
                 field.insert("missing", true);
             fields << field;
@@ -306,11 +306,11 @@ int CParamsTool::Show(const QStringList& arguments)
         const QString strWhere = key.Where();
         const QString strName = QString::fromUtf8(key.szLabel) + (strWhere.isEmpty() ? QString() : ", " + strWhere);
         // As the dialog shows it, in the unit its label names.
-        QString strValue = CParamDiff::Number(key.Value() * key.dShownScale);
+        QString strValue = CParamDiff::Number(key.ToShown(key.Value(record)));
         if (*key.szUnit)
             strValue += " " + QString::fromUtf8(key.szUnit);
-        if (key.dShownScale != 1.0)
-            strValue += QStringLiteral(" (stored %1)").arg(CParamDiff::Number(key.Value()));
+        if (key.dStoredPerShown != 1.0)
+            strValue += QStringLiteral(" (stored %1)").arg(CParamDiff::Number(key.Value(record)));
         if (missing.contains(key.strKey))
             strValue += QStringLiteral("  (missing)");
         m_out << key.strKey.leftJustified(28) << " " << strName.leftJustified(44) << " " << strValue << "\n";
@@ -632,12 +632,8 @@ int CParamsTool::Fleet(const QStringList& arguments)
     };
     QMap<int, Field> fields;
     QHash<QString, int> order;
-    {
-        FactoryParams copy = reference;
-        const QVector<FactoryParamKey> keys = FactoryParamKey::ForRecord(copy);
-        for (int i = 0; i < keys.size(); ++i)
-            order.insert(keys[i].strKey, i);
-    }
+    for (int i = 0; i < FactoryParamKey::File().size(); ++i)
+        order.insert(FactoryParamKey::File()[i].strKey, i);
     const auto csvField = [](QString strText) {
         return strText.contains(QRegularExpression(QStringLiteral("[\",\n]")))
             ? "\"" + strText.replace('"', QStringLiteral("\"\"")) + "\""
@@ -794,11 +790,11 @@ int CParamsTool::Apply(const QStringList& arguments)
         return ExitFailed;
     // Every field of the model but the ignored ones.
     QStringList assignments;
-    for (const FactoryParamKey& key : FactoryParamKey::ForRecord(model)) {
+    for (const FactoryParamKey& key : FactoryParamKey::File()) {
         SParamDifference field;
         field.strKey = key.strKey;
         if (filter.Counts(field))
-            assignments << key.strKey + "=" + (key.pDouble ? CParamDiff::Number(key.Value()) : QString::number(qint64(key.Value())));
+            assignments << key.strKey + "=" + (key.IsDouble() ? CParamDiff::Number(key.Value(model)) : QString::number(qint64(key.Value(model))));
     }
     struct stat modelStat {};
     const bool bModelStat = ::stat(QFile::encodeName(modelInput.Inputs().first().strPath).constData(), &modelStat) == 0;
