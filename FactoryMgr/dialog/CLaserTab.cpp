@@ -18,48 +18,75 @@
 
 namespace {
 const int kIdRole = Qt::UserRole + 1;
-const int kPowers[] = {30, 40, 50, 60, 80, 100, 130};
-const char* const kLabels[] = {"Laser type", "Water Protection", "SwitchLevel", "Min power(%)", "Max power(%)",
-                               "Laser Attenuation(%)", "Laser Frequency(kHz)", "Pre-burning frequency(kHz)",
-                               "Pre-ignition pulse width(%)", "Laser power(W)"};
+// The rows whose identifiers carry a rule.
+const int kTypeRow = 0;
+const int kSwitchRow = 2;
+const int kBurningFrequencyRow = 7;
+const int kBurningWidthRow = 8;
+const int kPowerRow = 9;
 
-QString Wording(const char* szText)
+QString Wording(const QString& strText)
 {
-    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
-}
-}
-
-CLaserTab::CLaserTab(DlgFactoryMgr* pDialog, Ui::DlgFactoryMgr* pUi, LaserSection* pSection)
-    : m_pDialog(pDialog)
-    , ui(pUi)
-    , m_pSection(pSection)
-{
+    return CTranslator::GetInstance()->GetWording(strText);
 }
 
-QString CLaserTab::LaserTypeText(int nType)
+// The type list shows types 1 and 2 as "RF", 3 as "Fiber", anything else as "Glass".
+int TypeChoice(int nType)
 {
-    switch (nType) {
-    case 1:
-    case 2: return Wording("RF");
-    case 3: return Wording("Fiber");
-    default: return Wording("Glass");
+    return nType == 1 || nType == 2 ? 1 : nType == 3 ? 2 : 0;
+}
+
+// The tab never writes type 1: RF is written as 2.
+int TypeOfChoice(int nChoice)
+{
+    return nChoice == 0 ? 0 : nChoice == 1 ? 2 : 3;
+}
+
+// A typed number as the row keeps it, in the row's unit; laser: the source's other values.
+double Bounded(int nId, double v, const LaserParams& laser)
+{
+    switch (nId) {
+    case 3: v = std::min(std::trunc(v), laser.powerMax); return v > 0.0 ? v : 0.0;
+    case 4: v = std::min(std::trunc(v), 100.0); return v > laser.powerMin ? v : laser.powerMin;
+    case 5: v = std::min(std::trunc(v), 100.0); return v > 0.0 ? v : 0.0;
+    // No scaling and no upper bound: the record's number as it is.
+    case 6: return v > 0.0 ? v : 0.0;
+    // Between 1 and 10 kHz.
+    case kBurningFrequencyRow: v = std::min(v, 10.0); return v > 1.0 ? v : 1.0;
+    case kBurningWidthRow:
+        v = std::round(v * 10.0) / 10.0;
+        v = std::min(std::max(v, 0.0), 100.0);
+        return v > 0.0 ? v : 0.0;
+    default: return v;
     }
 }
+}
 
-LaserParams* CLaserTab::LaserForColumn(int nColumn) const
+CLaserTab::CLaserTab(DlgFactoryMgr* pDialog, Ui::DlgFactoryMgr* pUi, FactoryParams* pShown)
+    : CPropertyTab(pDialog, pUi->tableWidget_laser, FactoryParamKey::TableLaser, pShown)
+    , ui(pUi)
 {
-    return nColumn == 1 || nColumn == 2 ? &m_pSection->lasers[nColumn - 1] : nullptr;
+}
+
+LaserSection& CLaserTab::Section() const
+{
+    return m_pShown->laser;
+}
+
+bool CLaserTab::Opens(int nRow, int nColumn) const
+{
+    return nRow >= 0 && nColumn >= 0;
 }
 
 int CLaserTab::RowId(int nRow) const
 {
-    const QTableWidgetItem* pLabel = ui->tableWidget_laser->item(nRow, 0);
+    const QTableWidgetItem* pLabel = m_pTable->item(nRow, 0);
     return pLabel ? pLabel->data(kIdRole).toInt() : -1;
 }
 
 int CLaserTab::RowOfId(int nId) const
 {
-    for (int r = 0; r < ui->tableWidget_laser->rowCount(); ++r)
+    for (int r = 0; r < m_pTable->rowCount(); ++r)
         if (RowId(r) == nId)
             return r;
     return -1;
@@ -67,6 +94,7 @@ int CLaserTab::RowOfId(int nId) const
 
 void CLaserTab::RefreshLaserTab()
 {
+    LaserSection& section = Section();
     if (ICard* pCard = CFactoryMgrApp::GetInstance()->GetCurrentCard()) {
         QVariant cardType;
         pCard->QueryFunction("CurrentCardType", cardType);
@@ -76,90 +104,83 @@ void CLaserTab::RefreshLaserTab()
         QRadioButton* pSingle = bLaserWording ? ui->radioButton_laserSingle : ui->radioButton_tubeSingle;
         QRadioButton* pMulti = bLaserWording ? ui->radioButton_laserDouble : ui->radioButton_tubeDouble;
 
-        m_nCount = m_pSection->laserCount == 1 ? 1 : 2;
+        m_nCount = section.laserCount == 1 ? 1 : 2;
         // Two tubes are always of one type.
         if (!bLaserWording && m_nCount == 2)
-            m_pSection->lasers[1].type = m_pSection->lasers[0].type;
+            section.lasers[1].type = section.lasers[0].type;
         const QSignalBlocker blockSingle(pSingle);
         const QSignalBlocker blockMulti(pMulti);
         (m_nCount == 1 ? pSingle : pMulti)->setChecked(true);
     }
     BuildLaserTable();
-    FillLaserColumn(m_pSection->lasers[0], 1);
-    if (m_pSection->laserCount != 1)
-        FillLaserColumn(m_pSection->lasers[1], 2);
-    CPropertyTable::Format(ui->tableWidget_laser, m_pDialog->Resolution());
+    RefillColumns();
+    CPropertyTable::Format(m_pTable, m_pDialog->Resolution());
 }
 
 void CLaserTab::RefillColumns()
 {
-    FillLaserColumn(m_pSection->lasers[0], 1);
-    if (m_pSection->laserCount != 1)
-        FillLaserColumn(m_pSection->lasers[1], 2);
+    FillLaserColumn(1);
+    if (Section().laserCount != 1)
+        FillLaserColumn(2);
 }
 
 void CLaserTab::BuildLaserTable()
 {
-    QTableWidget* pTable = ui->tableWidget_laser;
+    QTableWidget* pTable = m_pTable;
     for (int c = pTable->columnCount() - 1; c >= 1; --c)
         pTable->removeColumn(c);
     for (int r = pTable->rowCount() - 1; r >= 0; --r)
         pTable->removeRow(r);
     pTable->insertColumn(1);
-    pTable->setHorizontalHeaderItem(1, new QTableWidgetItem(Wording("Laser 1")));
+    pTable->setHorizontalHeaderItem(1, new QTableWidgetItem(Wording(QStringLiteral("Laser 1"))));
     if (m_nCount == 2) {
         pTable->insertColumn(2);
-        pTable->setHorizontalHeaderItem(2, new QTableWidgetItem(Wording("Laser 2")));
+        pTable->setHorizontalHeaderItem(2, new QTableWidgetItem(Wording(QStringLiteral("Laser 2"))));
     }
-    for (int nId = 0; nId <= 9; ++nId) {
+    for (int nId = 0; nId <= kPowerRow; ++nId) {
         pTable->insertRow(nId);
-        auto* pLabel = new QTableWidgetItem(Wording(kLabels[nId]));
+        auto* pLabel = new QTableWidgetItem(Wording(QString::fromUtf8(FactoryParamKey::AtCell(m_table, nId, 1)->szLabel)));
         pLabel->setData(kIdRole, nId);
         pTable->setItem(nId, 0, pLabel);
     }
 }
 
-void CLaserTab::FillLaserColumn(const LaserParams& laser, int nColumn)
+void CLaserTab::FillLaserColumn(int nColumn)
 {
-    QTableWidget* pTable = ui->tableWidget_laser;
+    QTableWidget* pTable = m_pTable;
     if (nColumn >= pTable->columnCount())
         return;
     for (int r = 0; r < pTable->rowCount(); ++r) {
-        const int nId = RowId(r);
-        if (nId < 0 || nId > 9)
+        const FactoryParamKey* pKey = KeyAt(r, nColumn);
+        if (!pKey)
             continue;
+        const LaserParams& laser = Section().lasers[pKey->nIndex];
+        const int nId = pKey->nRow;
         ComboBox* pCell = nullptr;
-        if (nId == 0 || nId == 1 || nId == 2 || nId == 9) {
+        if (nId == kTypeRow) {
             QStringList choices;
-            QString strCurrent;
-            if (nId == 0) {
-                choices = {Wording("Glass"), Wording("RF"), Wording("Fiber")};
-                strCurrent = LaserTypeText(laser.type);
-            } else if (nId == 1) {
-                choices = {Wording("Close"), Wording("On")};
-                strCurrent = choices[laser.waterProtect ? 1 : 0];
-            } else if (nId == 2) {
-                choices = {Wording("Low level"), Wording("High level")};
-                strCurrent = choices.value(laser.switchSignal);
-            } else {
-                for (int nPower : kPowers)
-                    choices << QString::number(nPower);
+            for (const QString& strChoice : pKey->choices)
+                choices << Wording(strChoice);
+            const int nChoice = TypeChoice(laser.type);
+            pCell = CPropertyTable::MakeListCell(pTable, r, nColumn, choices, nChoice, choices[nChoice]);
+        } else if (nId == kPowerRow) {
+            // The rated power is the item data, not the position; a power
+            // that is none of them shows the first choice, record untouched.
+            pCell = CPropertyTable::MakeListCell(pTable, r, nColumn, pKey->choices, -1, QString());
+            int nIndex = 0;
+            for (int i = 0; i < pKey->choices.size(); ++i) {
+                pCell->setItemData(i, pKey->choices[i].toInt(), kIdRole);
+                if (pKey->choices[i].toInt() == laser.power)
+                    nIndex = i;
             }
-            pCell = CPropertyTable::MakeListCell(pTable, r, nColumn, choices, choices.indexOf(strCurrent), strCurrent);
-            if (nId == 9) {
-                // The rated power is the item data, not the position; a power
-                // that is none of them shows the first choice, record untouched.
-                int nIndex = 0;
-                for (int i = 0; i < int(sizeof(kPowers) / sizeof(kPowers[0])); ++i) {
-                    pCell->setItemData(i, kPowers[i], kIdRole);
-                    if (kPowers[i] == laser.power)
-                        nIndex = i;
-                }
-                const QSignalBlocker block(pCell->comboBox());
-                pCell->setCurrentIndex(nIndex);
-                pTable->item(r, nColumn)->setText(pCell->comboBox()->currentText());
-                CPropertyTable::Describe(pTable, r, nColumn);
-            }
+            const QSignalBlocker block(pCell->comboBox());
+            pCell->setCurrentIndex(nIndex);
+            pTable->item(r, nColumn)->setText(pCell->comboBox()->currentText());
+            CPropertyTable::Describe(pTable, r, nColumn);
+        } else {
+            pCell = MakeCell(*pKey, r);
+        }
+        if (pCell->comboBox()) {
             DlgFactoryMgr* pDialog = m_pDialog;
             QObject::connect(pCell->comboBox(), &QComboBox::currentIndexChanged, pDialog,
                              [pDialog, r, nColumn](int nIndex) {
@@ -167,20 +188,13 @@ void CLaserTab::FillLaserColumn(const LaserParams& laser, int nColumn)
                                  pDialog->on_LaserSelchangeComboValue(nIndex);
                              });
         } else {
-            const double dValue = nId == 3   ? laser.powerMin
-                : nId == 4                   ? laser.powerMax
-                : nId == 5                   ? laser.powerReduction
-                : nId == 6                   ? laser.frequency
-                : nId == 7                   ? laser.burningFrequency / 1000.0
-                                             : laser.burningWidth;
-            pCell = CPropertyTable::MakeNumberCell(pTable, r, nColumn, CPropertyTable::Fixed2(dValue));
             QObject::connect(pCell->lineEdit(), &QLineEdit::editingFinished, m_pDialog,
                              &DlgFactoryMgr::on_LaserKillfocusEditValue);
         }
         // The switch level is a glass tube's; pre-ignition is an RF source's.
-        if (nId == 2)
+        if (nId == kSwitchRow)
             pCell->setEnabled(laser.type == 0);
-        else if (nId == 7 || nId == 8)
+        else if (nId == kBurningFrequencyRow || nId == kBurningWidthRow)
             pCell->setEnabled(laser.type == 2);
     }
 }
@@ -188,104 +202,52 @@ void CLaserTab::FillLaserColumn(const LaserParams& laser, int nColumn)
 void CLaserTab::SetCount(int nCount)
 {
     m_nCount = nCount;
-    m_pSection->laserCount = nCount;
+    Section().laserCount = nCount;
     RefreshLaserTab();
-}
-
-void CLaserTab::Clicked(const QModelIndex& index)
-{
-    ILog_WriteLogF(0, "tableWidget_laser was clicked.");
-    CPropertyTable::ShowCellsAsText(ui->tableWidget_laser);
-    SelectLaserCell(index.row(), index.column());
-}
-
-void CLaserTab::SelectLaserCell(int nRow, int nColumn)
-{
-    m_nRow = nRow;
-    m_nColumn = nColumn;
-    CPropertyTable::OpenCellEditor(ui->tableWidget_laser, nRow, nColumn);
 }
 
 void CLaserTab::ComboChanged(int nIndex)
 {
-    LaserParams* pLaser = LaserForColumn(m_nColumn);
-    if (!pLaser)
+    const FactoryParamKey* pKey = KeyAt(m_nRow, m_nColumn);
+    if (!pKey)
         return;
     // A choice replaces whatever the cell showed: no red stays on it.
-    CPropertyTable::ClearMark(ui->tableWidget_laser, m_nRow, m_nColumn);
-    const int nId = RowId(m_nRow);
-    if (nId == 1) {
-        pLaser->waterProtect = nIndex != 0;
-    } else if (nId == 2) {
-        pLaser->switchSignal = nIndex;
-    } else if (nId == 9) {
-        if (ComboBox* pCell = CPropertyTable::Cell(ui->tableWidget_laser, m_nRow, m_nColumn))
-            pLaser->power = pCell->itemData(nIndex, kIdRole).toInt();
-    } else if (nId == 0) {
-        // The tab never writes type 1; RF is written as 2.
-        const int nType = nIndex == 0 ? 0 : nIndex == 1 ? 2 : 3;
+    CPropertyTable::ClearMark(m_pTable, m_nRow, m_nColumn);
+    if (pKey->nRow == kPowerRow) {
+        if (ComboBox* pCell = CPropertyTable::Cell(m_pTable, m_nRow, m_nColumn))
+            pKey->SetValue(*m_pShown, pCell->itemData(nIndex, kIdRole).toInt());
+    } else if (pKey->nRow == kTypeRow) {
+        const int nType = TypeOfChoice(nIndex);
+        // Tubes: both are always of one type.
         if (ui->widget_laserConfiguration->isHidden()) {
-            m_pSection->lasers[0].type = nType;
-            m_pSection->lasers[1].type = nType;
-            FillLaserColumn(m_pSection->lasers[0], 1);
-            FillLaserColumn(m_pSection->lasers[1], 2);
+            Section().lasers[0].type = nType;
+            Section().lasers[1].type = nType;
+            FillLaserColumn(1);
+            FillLaserColumn(2);
             return;
         }
-        pLaser->type = nType;
+        pKey->SetValue(*m_pShown, nType);
+    } else if (pKey->editor == FactoryParamKey::EditorList) {
+        pKey->SetValue(*m_pShown, nIndex);
     }
-    FillLaserColumn(*pLaser, m_nColumn);
+    FillLaserColumn(m_nColumn);
 }
 
 void CLaserTab::EditFinished()
 {
-    LaserParams* pLaser = LaserForColumn(m_nColumn);
-    if (!pLaser)
-        return;
-    ComboBox* pCell = CPropertyTable::Cell(ui->tableWidget_laser, m_nRow, m_nColumn);
-    QString strTyped;
+    const FactoryParamKey* pKey = KeyAt(m_nRow, m_nColumn);
     double v = 0.0;
-    if (!CPropertyTable::TakeTypedText(pCell, strTyped) || !CPropertyTable::ParseNumber(strTyped, v))
+    if (!pKey || !TakeTypedNumber(v, NoNumberRefused) || pKey->editor != FactoryParamKey::EditorNumber)
         return;
-    v = CPropertyTable::Round3(v);
-    switch (RowId(m_nRow)) {
-    case 3:
-        v = std::min(std::trunc(v), pLaser->powerMax);
-        pLaser->powerMin = v > 0.0 ? v : 0.0;
-        break;
-    case 4:
-        v = std::min(std::trunc(v), 100.0);
-        pLaser->powerMax = v > pLaser->powerMin ? v : pLaser->powerMin;
-        break;
-    case 5:
-        v = std::min(std::trunc(v), 100.0);
-        pLaser->powerReduction = v > 0.0 ? v : 0.0;
-        break;
-    case 6:
-        pLaser->frequency = v > 0.0 ? v : 0.0;
-        break;
-    case 7:
-        // Shown in kHz, kept in Hz, between 1 and 10 kHz.
-        v = std::min(v, 10.0);
-        if (!(v > 1.0))
-            v = 1.0;
-        pLaser->burningFrequency = v * 1000.0;
-        break;
-    case 8:
-        v = std::round(v * 10.0) / 10.0;
-        v = std::min(std::max(v, 0.0), 100.0);
-        pLaser->burningWidth = v > 0.0 ? v : 0.0;
-        break;
-    default:
-        return;
-    }
+    pKey->SetValue(*m_pShown, pKey->FromShown(Bounded(pKey->nRow, v, Section().lasers[pKey->nIndex])));
     // The edit replaces the refused value: the refill shows no red here.
-    CPropertyTable::ClearMark(ui->tableWidget_laser, m_nRow, m_nColumn);
-    FillLaserColumn(*pLaser, m_nColumn);
+    CPropertyTable::ClearMark(m_pTable, m_nRow, m_nColumn);
+    FillLaserColumn(m_nColumn);
 }
 
 void CLaserTab::CollectLaserSection()
 {
-    CollectInto(*m_pSection);
+    CollectInto(Section());
 }
 
 void CLaserTab::CollectInto(LaserSection& section) const

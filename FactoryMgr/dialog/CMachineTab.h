@@ -1,28 +1,16 @@
 #pragma once
 
-#include <QModelIndex>
-
-class DlgFactoryMgr;
-class QTableWidget;
-struct MachineSection;
+#include "CPropertyTab.h"
 
 // The Machine tab: five fixed rows, editors in column 1. Its slots act on the
-// cell recorded by the last click on the table.
-class CMachineTab
+// cell recorded by the last click on the table; a typed distance stays shown
+// as typed until the table is refilled.
+class CMachineTab : public CPropertyTab
 {
 public:
-    CMachineTab(DlgFactoryMgr* pDialog, QTableWidget* pTable, MachineSection* pSection);
+    CMachineTab(DlgFactoryMgr* pDialog, QTableWidget* pTable, FactoryParams* pShown);
 
     void FillMachineTable();
-    void Clicked(const QModelIndex& index);
-    void SelectMachineCell(int nRow, int nColumn);
     void ComboChanged(int nIndex);
     void EditFinished();
-
-private:
-    DlgFactoryMgr* m_pDialog;
-    QTableWidget* m_pTable;
-    MachineSection* m_pSection;
-    int m_nRow = -1;
-    int m_nColumn = -1;
 };

@@ -23,6 +23,7 @@
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QKeyEvent>
+#include <QMap>
 #include <QPointer>
 #include <QSignalBlocker>
 
@@ -58,25 +59,32 @@ void SetRowLabels(QTableWidget* pTable, const QStringList& labels)
         pItem->setText(Wording(labels[r].toUtf8().constData()));
     }
 }
+
+// Each row's label is the label of the field it shows; a row without a
+// field (a sub-heading) has its own.
+void SetFieldLabels(QTableWidget* pTable, FactoryParamKey::Table table, const QMap<int, const char*>& others = {})
+{
+    QStringList labels;
+    for (int r = 0; r < pTable->rowCount(); ++r) {
+        const FactoryParamKey* pKey = FactoryParamKey::AtCell(table, r, 1);
+        labels << QString::fromUtf8(pKey ? pKey->szLabel : others.value(r, ""));
+    }
+    SetRowLabels(pTable, labels);
+}
 }
 
 DlgFactoryMgr::DlgFactoryMgr(FactoryParams* pRecord, QWidget* parent)
     : BaseDialog(parent)
     , ui(new Ui::DlgFactoryMgr)
     , m_pRecord(pRecord)
-    , m_bFlag(false)
-    , m_nMotorRow(-1)
-    , m_nMotorColumn(-1)
-    , m_nMotorPrevRow(-1)
-    , m_nMotorPrevColumn(-1)
     , m_pResolution(nullptr)
     , m_bHomepageFilled(false)
 {
     ui->setupUi(this);
-    m_pMotorTab = std::make_unique<CMotorTab>(this, ui->tableWidget_motor, m_displayParams.motor);
-    m_pLaserTab = std::make_unique<CLaserTab>(this, ui, &m_displayParams.laser);
-    m_pMachineTab = std::make_unique<CMachineTab>(this, ui->tableWidget_machine, &m_displayParams.machine);
-    m_pSpeedTab = std::make_unique<CSpeedTab>(this, ui->tableWidget_speed, &m_displayParams.speed);
+    m_pMotorTab = std::make_unique<CMotorTab>(this, ui->tableWidget_motor, &m_displayParams);
+    m_pLaserTab = std::make_unique<CLaserTab>(this, ui, &m_displayParams);
+    m_pMachineTab = std::make_unique<CMachineTab>(this, ui->tableWidget_machine, &m_displayParams);
+    m_pSpeedTab = std::make_unique<CSpeedTab>(this, ui->tableWidget_speed, &m_displayParams);
     m_pSystemTab = std::make_unique<CSystemTab>(this, ui->tableWidget_system);
     RetranslateTexts();
     if (m_pRecord) {
@@ -139,11 +147,7 @@ void DlgFactoryMgr::RetranslateTexts()
     pTabs->setTabText(pTabs->indexOf(ui->tab_theme), Wording("Theme"));
 
     SetHeaders(ui->tableWidget_motor, {"Property", "X", "Y", "Z", "U"});
-    SetRowLabels(ui->tableWidget_motor,
-                 {"Direction of Polarity", "Control Mode", "PWM Edge Valid", "Keypad Direction", "Initialization",
-                  "Step(p/um)", "Move Distance(mm)", "Zero Offset(mm)", "Motor Speed Limit", "Ini Speed(mm/s)",
-                  "Max Speed(mm/s)", "Max Acc(mm/s²)", "Emergency stop Acc(mm/s²)", "Button Acc(mm/s²)",
-                  "Keypad Speed(mm/s)"});
+    SetFieldLabels(ui->tableWidget_motor, FactoryParamKey::TableMotor, {{8, "Motor Speed Limit"}});
 
     SetHeaders(ui->tableWidget_laser, {"Property", "Laser"});
     ui->label->setText(Wording("Laser tube configuration"));
@@ -154,14 +158,10 @@ void DlgFactoryMgr::RetranslateTexts()
     ui->radioButton_tubeDouble->setText(Wording("Multi-tube"));
 
     SetHeaders(ui->tableWidget_speed, {"Property", "Value"});
-    SetRowLabels(ui->tableWidget_speed,
-                 {"Idle speed(mm/s)", "Corner speed(mm/s)", "Idle Acc(mm/s²)", "PMax Acc(mm/s²)", "Working Acc(mm/s²)",
-                  "Engraving X-axis Ini speed(mm/s)", "Engraving Y-axis Ini speed(mm/s)", "Engraving DPI speed(mm/s)",
-                  "Engraving X-axis Acc(mm/s²)", "Engraving Y-axis Acc(mm/s²)", "Reset speed(mm/s)"});
+    SetFieldLabels(ui->tableWidget_speed, FactoryParamKey::TableSpeed);
 
     SetHeaders(ui->tableWidget_machine, {"Property", "Value"});
-    SetRowLabels(ui->tableWidget_machine,
-                 {"Moving parts", "Dual head Distance", "Machine zero", "Lid protection", "Blowing"});
+    SetFieldLabels(ui->tableWidget_machine, FactoryParamKey::TableMachine);
 
     SetHeaders(ui->tableWidget_system, {"Property", "Value"});
     SetRowLabels(ui->tableWidget_system, {"Firmware Version", "Panel Version", "Total Work Time",
@@ -468,7 +468,7 @@ void DlgFactoryMgr::on_tableWidget_laser_clicked(const QModelIndex& index)
 
 void DlgFactoryMgr::SelectLaserCell(int nRow, int nColumn)
 {
-    m_pLaserTab->SelectLaserCell(nRow, nColumn);
+    m_pLaserTab->SelectCell(nRow, nColumn);
 }
 
 void DlgFactoryMgr::on_LaserSelchangeComboValue(int nIndex)

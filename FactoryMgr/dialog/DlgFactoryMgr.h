@@ -132,11 +132,6 @@ private:
     FactoryParams* m_pRecord;           // the caller's record; written back by import only
     FactoryParams m_workParams;         // what every control edits
     FactoryParams m_snapshotParams;     // the caller's record at construction, never edited
-    bool m_bFlag;
-    int m_nMotorRow;
-    int m_nMotorColumn;
-    int m_nMotorPrevRow;
-    int m_nMotorPrevColumn;
     // What the tables edit, one section per tab: the axis blocks of the
     // Motor table, the laser, machine and speed display sections.
     FactoryParams m_displayParams;
