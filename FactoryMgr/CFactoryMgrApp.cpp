@@ -1,6 +1,7 @@
 #include "CFactoryMgrApp.h"
 
 #include "CUiPermissionsManager.h"
+#include "HostRules.h"
 #include "CardInfo.h"
 #include "ICard.h"
 #include "IDevice.h"
@@ -162,16 +163,10 @@ int CFactoryMgrApp::RunTask(int nTask, void* pParam)
 
 QString CFactoryMgrApp::GetResourceDirectory()
 {
-    return QDir(QCoreApplication::applicationDirPath()).absolutePath() + "/../Resources";
+    return HostRules::ResourceDirectoryOf(QCoreApplication::applicationDirPath());
 }
 
 QString CFactoryMgrApp::GetUserDataDirectory()
 {
-    const QString strEdition = CUiPermissionsManager::GetInstance()->GetThemeName() == QLatin1String("Quorvane")
-        ? QStringLiteral("/../Quorvane/Resources")
-        : QStringLiteral("/../Tessiflow/Resources");
-    const QString strPath
-        = QDir::cleanPath(QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation) + strEdition);
-    QDir().mkpath(strPath);
-    return strPath;
+    return HostRules::UserDataDirectory(CUiPermissionsManager::GetInstance()->GetThemeName());
 }

@@ -1,6 +1,7 @@
 #include "CDisplayUnit.h"
 
 #include "CParamDiff.h"
+#include "HostRules.h"
 
 #include <cmath>
 
@@ -11,26 +12,21 @@ bool IsLength(const QString& strUnit)
 }
 }
 
-bool CDisplayUnit::IsInch(int nUnit)
-{
-    return nUnit == 0 || nUnit == 2;
-}
-
 double CDisplayUnit::Convert(double dValue, const QString& strUnit, int nUnit)
 {
-    return IsInch(nUnit) && IsLength(strUnit) ? dValue / 25.4 : dValue;
+    return HostRules::IsInch(nUnit) && IsLength(strUnit) ? dValue / 25.4 : dValue;
 }
 
 QString CDisplayUnit::Number(double dValue, const QString& strUnit, int nUnit)
 {
-    if (!IsInch(nUnit) || !IsLength(strUnit) || !std::isfinite(dValue))
+    if (!HostRules::IsInch(nUnit) || !IsLength(strUnit) || !std::isfinite(dValue))
         return CParamDiff::Number(dValue);
     return CParamDiff::Number(std::round(Convert(dValue, strUnit, nUnit) * 100.0) / 100.0);
 }
 
 QString CDisplayUnit::Unit(const QString& strUnit, int nUnit)
 {
-    return IsInch(nUnit) && IsLength(strUnit) ? QStringLiteral("in") + strUnit.mid(2) : strUnit;
+    return HostRules::IsInch(nUnit) && IsLength(strUnit) ? QStringLiteral("in") + strUnit.mid(2) : strUnit;
 }
 
 QString CDisplayUnit::Value(double dValue, const QString& strUnit, int nUnit)

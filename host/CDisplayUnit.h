@@ -9,7 +9,6 @@
 class CDisplayUnit
 {
 public:
-    static bool IsInch(int nUnit);
     // A value stored in strUnit ("mm", "mm/s", "mm/s²", or anything else,
     // which is shown as it is), with its unit: "1800 mm/s", "70.87 in/s".
     static QString Value(double dValue, const QString& strUnit, int nUnit);

@@ -5,6 +5,7 @@
 #include "CDisplayUnit.h"
 #include "CHostSession.h"
 #include "CHostSettings.h"
+#include "HostRules.h"
 #include "CParamAccount.h"
 #include "CSimController.h"
 #include "CTranslator.h"
@@ -248,7 +249,7 @@ void CHostWindow::RefreshStatus()
     m_pInformationOnly->setChecked(m_pSession->Simulator()->IsInformationOnly());
     m_pBusy->setChecked(m_pSession->Simulator()->IsBusy() != 0);
     (m_pSession->Simulator()->CardType() == 8 ? m_pCardType8 : m_pCardTypeOther)->setChecked(true);
-    (m_pSession->Unit() == 0 || m_pSession->Unit() == 2 ? m_pInches : m_pMillimetres)->setChecked(true);
+    (HostRules::IsInch(m_pSession->Unit()) ? m_pInches : m_pMillimetres)->setChecked(true);
     (CTranslator::GetInstance()->GetLanguage() == "zh_CN" ? m_pChinese : m_pEnglish)->setChecked(true);
 
     const CardInfo info = m_pSession->Simulator()->Info();

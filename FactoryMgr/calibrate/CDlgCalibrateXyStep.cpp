@@ -3,6 +3,7 @@
 #include "CCutPatternTask.h"
 #include "CFactoryMgrApp.h"
 #include "CSettingsFile.h"
+#include "HostRules.h"
 #include "ILog.h"
 #include "CTranslator.h"
 #include "ThreadDialogRun.h"
@@ -64,11 +65,6 @@ QString CDlgCalibrateXyStep::JobPath()
     return QDir::cleanPath(CFactoryMgrApp::GetUserDataDirectory() + "/cache") + "/adjustpulse.tl";
 }
 
-bool CDlgCalibrateXyStep::IsInch(int nUnit)
-{
-    return nUnit == 0 || nUnit == 2;
-}
-
 double CDlgCalibrateXyStep::Round2(double dValue)
 {
     const double dScaled = dValue * 100.0;
@@ -81,12 +77,12 @@ double CDlgCalibrateXyStep::Round2(double dValue)
 
 double CDlgCalibrateXyStep::ToDisplay(double dMillimetres) const
 {
-    return IsInch(CFactoryMgrApp::GetInstance()->GetUnit()) ? Round2(dMillimetres / 25.4) : Round2(dMillimetres);
+    return HostRules::IsInch(CFactoryMgrApp::GetInstance()->GetUnit()) ? Round2(dMillimetres / 25.4) : Round2(dMillimetres);
 }
 
 double CDlgCalibrateXyStep::ToMillimetres(double dValue) const
 {
-    return IsInch(CFactoryMgrApp::GetInstance()->GetUnit()) ? Round2(dValue * 25.4) : Round2(dValue);
+    return HostRules::IsInch(CFactoryMgrApp::GetInstance()->GetUnit()) ? Round2(dValue * 25.4) : Round2(dValue);
 }
 
 void CDlgCalibrateXyStep::RetranslateTexts()
@@ -138,7 +134,7 @@ void CDlgCalibrateXyStep::showEvent(QShowEvent* event)
     ui->lineEdit_targetW->setEnabled(false);
     ui->lineEdit_targetH->setEnabled(false);
 
-    const QString strUnit = IsInch(CFactoryMgrApp::GetInstance()->GetUnit()) ? Wording("inch") : Wording("mm");
+    const QString strUnit = HostRules::IsInch(CFactoryMgrApp::GetInstance()->GetUnit()) ? Wording("inch") : Wording("mm");
     for (QLabel* pUnit : {ui->label_unit1_1, ui->label_unit1_2, ui->label_unit2_1, ui->label_unit2_2})
         pUnit->setText(strUnit);
     BaseDialog::showEvent(event);

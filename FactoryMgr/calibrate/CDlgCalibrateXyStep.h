@@ -25,8 +25,6 @@ public:
     // Stores the cutting power for the next run of the program.
     ~CDlgCalibrateXyStep() override;
 
-    // Display units 0 and 2 are inch; every other value is millimetres.
-    static bool IsInch(int nUnit);
     // Two decimals, halves away from zero.
     static double Round2(double dValue);
     double ToDisplay(double dMillimetres) const;

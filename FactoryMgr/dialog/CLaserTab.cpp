@@ -1,5 +1,6 @@
 #include "CLaserTab.h"
 
+#include "CCellMarks.h"
 #include "CFactoryMgrApp.h"
 #include "CPropertyTable.h"
 #include "CTranslator.h"
@@ -131,6 +132,8 @@ void CLaserTab::BuildLaserTable()
         pTable->removeColumn(c);
     for (int r = pTable->rowCount() - 1; r >= 0; --r)
         pTable->removeRow(r);
+    // The rows are new: no mark is left on them.
+    CCellMarks::Of(pTable)->Forget();
     pTable->insertColumn(1);
     pTable->setHorizontalHeaderItem(1, new QTableWidgetItem(Wording(QStringLiteral("Laser 1"))));
     if (m_nCount == 2) {

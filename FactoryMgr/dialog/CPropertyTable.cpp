@@ -1,5 +1,7 @@
 #include "CPropertyTable.h"
 
+#include "CCellMarks.h"
+
 #include "CTranslator.h"
 #include "ComboBox.h"
 #include "IResolution.h"
@@ -156,16 +158,18 @@ void CPropertyTable::CommitTyping(QTableWidget* pTable)
 
 bool CPropertyTable::IsMarked(QTableWidget* pTable, int nRow, int nColumn)
 {
-    const QTableWidgetItem* pItem = pTable->item(nRow, nColumn);
-    return pItem && pItem->background() == QBrush(Qt::red);
+    return CCellMarks::Of(pTable)->Has(nRow, nColumn);
 }
 
 void CPropertyTable::MarkCell(QTableWidget* pTable, int nRow, int nColumn, const QString& strShown)
 {
-    if (QTableWidgetItem* pItem = pTable->item(nRow, nColumn)) {
-        pItem->setBackground(QBrush(Qt::red));
-        pItem->setText(strShown);
-    }
+    // A cell the table does not have cannot be marked.
+    QTableWidgetItem* pItem = pTable->item(nRow, nColumn);
+    if (!pItem)
+        return;
+    CCellMarks::Of(pTable)->Add(nRow, nColumn);
+    pItem->setBackground(QBrush(Qt::red));
+    pItem->setText(strShown);
     if (ComboBox* pCell = Cell(pTable, nRow, nColumn)) {
         if (pCell->mode() == ComboBox::EditMode) {
             pCell->setText(strShown);
@@ -178,12 +182,12 @@ void CPropertyTable::MarkCell(QTableWidget* pTable, int nRow, int nColumn, const
 
 void CPropertyTable::ClearMark(QTableWidget* pTable, int nRow, int nColumn)
 {
-    QTableWidgetItem* pItem = pTable->item(nRow, nColumn);
-    if (pItem && pItem->background() == QBrush(Qt::red))
-        pItem->setBackground(QBrush(Qt::white));
-    ComboBox* pCell = Cell(pTable, nRow, nColumn);
-    if (pCell && pCell->styleSheet() == kRedSheet)
-        pCell->setStyleSheet(kWhiteSheet);
+    if (CCellMarks::Of(pTable)->Remove(nRow, nColumn)) {
+        if (QTableWidgetItem* pItem = pTable->item(nRow, nColumn))
+            pItem->setBackground(QBrush(Qt::white));
+        if (ComboBox* pCell = Cell(pTable, nRow, nColumn))
+            pCell->setStyleSheet(kWhiteSheet);
+    }
     Describe(pTable, nRow, nColumn);
 }
 
@@ -198,11 +202,6 @@ void CPropertyTable::Describe(QTableWidget* pTable, int nRow, int nColumn)
                    IsMarked(pTable, nRow, nColumn)
                        ? CTranslator::GetInstance()->GetWording(QStringLiteral("The controller did not keep this value."))
                        : QString());
-}
-
-QString CPropertyTable::Fixed2(double dValue)
-{
-    return QString::number(dValue, 'f', 2);
 }
 
 double CPropertyTable::Round3(double dValue)

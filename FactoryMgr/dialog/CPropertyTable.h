@@ -14,8 +14,9 @@ class QTableWidgetItem;
 // and switching of its cell editors, and the red marks of values the
 // controller did not keep. The tabs differ only in their rules.
 //
-// A mark lives in the cell's item (a red background); the cell editor shows
-// it, and a cell editor made anew for a marked cell shows it again. Every
+// A mark is kept in the table's CCellMarks; the cell's item (a red
+// background) and editor (a red style sheet) show it, and a cell editor made
+// anew for a marked cell shows it again. Every
 // value cell has an item, whose accessible text is what the cell shows, so
 // that assistive technology reads the table as the eye does.
 class CPropertyTable
@@ -56,8 +57,6 @@ public:
     // Tells assistive technology what the cell shows and whether it is marked.
     static void Describe(QTableWidget* pTable, int nRow, int nColumn);
 
-    // Numbers as the tables show them: fixed notation, 2 decimals.
-    static QString Fixed2(double dValue);
     // What the record keeps of a typed number: at most 3 decimals.
     static double Round3(double dValue);
     // The text the user typed into a number cell, taken once: false when there

@@ -21,7 +21,8 @@ quint32 CReadBackCheck::PutBack(FactoryParams& record, const FactoryParams& befo
                                 DlgFactoryMgr& dialog)
 {
     // The dialog's copy of a field takes the put-back value too, so that the
-    // dialog, the record and a save from the dialog agree.
+    // dialog, the record and a save from the dialog agree: marking the cell
+    // stores it there, or else it is stored here.
     FactoryParams& shown = dialog.DisplayParams();
     const bool bShifted = before.laser.reserved != 0;
     quint32 nFlags = 0;
@@ -32,15 +33,16 @@ quint32 CReadBackCheck::PutBack(FactoryParams& record, const FactoryParams& befo
                 continue;
             const double dPutBack = key.Value(snapshot);
             key.SetValue(record, dPutBack);
-            key.SetValue(shown, dPutBack);
             nFlags |= FlagOf(section);
             const bool bMarked = key.check == FactoryParamKey::CheckMarked
                 || (key.check == FactoryParamKey::CheckMarkedWhenShifted && bShifted);
-            if (!bMarked)
-                continue;
-            const int nRow = key.table == FactoryParamKey::TableLaser ? dialog.LaserRowOfId(key.nRow) : key.nRow;
+            const int nRow = !bMarked                           ? -1
+                : key.table == FactoryParamKey::TableLaser ? dialog.LaserRowOfId(key.nRow)
+                                                           : key.nRow;
             if (nRow >= 0)
                 dialog.MarkInvalidCell(key.table, nRow, key.Column(), dPutBack);
+            else
+                key.SetValue(shown, dPutBack);
         }
         // A laser value put back without a mark still shows in its cell, if
         // the table has one; the refill keeps the marks.

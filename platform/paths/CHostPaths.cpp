@@ -1,10 +1,10 @@
 #include "CHostPaths.h"
 
+#include "HostRules.h"
+
 #include <QCoreApplication>
-#include <QDir>
 #include <QMutex>
 #include <QMutexLocker>
-#include <QStandardPaths>
 
 namespace {
 QMutex g_mutex;
@@ -18,7 +18,7 @@ QString CHostPaths::ResourceDirectory()
         if (!g_strResourceOverride.isEmpty())
             return g_strResourceOverride;
     }
-    return QDir(QCoreApplication::applicationDirPath()).absolutePath() + "/../Resources";
+    return HostRules::ResourceDirectoryOf(QCoreApplication::applicationDirPath());
 }
 
 void CHostPaths::SetResourceDirectory(const QString& strDir)
@@ -29,10 +29,5 @@ void CHostPaths::SetResourceDirectory(const QString& strDir)
 
 QString CHostPaths::UserDataDirectory(const QString& strThemeName)
 {
-    const QString strEdition = strThemeName == QLatin1String("Quorvane") ? QStringLiteral("Quorvane")
-                                                                          : QStringLiteral("Tessiflow");
-    const QString strPath = QDir::cleanPath(QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation)
-                                            + "/../" + strEdition + "/Resources");
-    QDir().mkpath(strPath);
-    return strPath;
+    return HostRules::UserDataDirectory(strThemeName);
 }

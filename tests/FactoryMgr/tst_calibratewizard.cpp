@@ -6,6 +6,7 @@
 #include "FakeCard.h"
 #include "FakeDevice.h"
 #include "FakeNotifier.h"
+#include "HostRules.h"
 
 #include "ModalAnswerer.h"
 
@@ -197,7 +198,7 @@ void TestCalibrateWizard::unitGrouping()
     QFETCH(int, nUnit);
     QFETCH(bool, bInch);
     CFactoryMgrApp::GetInstance()->SetUnit(nUnit);
-    QCOMPARE(CDlgCalibrateXyStep::IsInch(nUnit), bInch);
+    QCOMPARE(HostRules::IsInch(nUnit), bInch);
     CDlgCalibrateXyStep wizard;
     Show(wizard);
     QCOMPARE(Child<QLineEdit>(&wizard, "lineEdit_targetW")->text(), bInch ? QStringLiteral("5.91") : QStringLiteral("150"));
