@@ -218,8 +218,7 @@ void CFactoryMgrIns::SaveToFile(bool bFromDialog)
 bool CFactoryMgrIns::CheckDeviceParams(quint32* pFlags)
 {
     return Guarded("CheckDeviceParams", false, [&] {
-        FactoryParams before;
-        std::memcpy(static_cast<void*>(&before), &m_params, sizeof(FactoryParams));
+        const FactoryParams before = m_params;
         static_cast<IFactoryMgr*>(this)->ReadParamsFromDevice();
         const bool bSame = ParamsEqual(before, m_params);
         quint32 nFlags = 0;

@@ -5,6 +5,7 @@
 #include "CTranslator.h"
 #include "FactoryParamKeys.h"
 #include "FactoryParams.h"
+#include "IFactoryMgr.h"
 
 namespace {
 QString Wording(const char* szText)
@@ -33,13 +34,13 @@ QString CUploadReport::Text(bool bKept, quint32 nFlags, const QStringList& lines
         text << Wording("The controller kept every value.");
     } else {
         QStringList sections;
-        if (nFlags & 1)
+        if (nFlags & IFactoryMgr::CheckFlagMotor)
             sections << Wording("Motor");
-        if (nFlags & 2)
+        if (nFlags & IFactoryMgr::CheckFlagLaser)
             sections << Wording("Laser");
-        if (nFlags & 4)
+        if (nFlags & IFactoryMgr::CheckFlagSpeed)
             sections << Wording("Processing");
-        if (nFlags & 8)
+        if (nFlags & IFactoryMgr::CheckFlagMachine)
             sections << Wording("Machine");
         text << (nFlags == 0 ? Wording("The controller changed values the check does not put back.")
                              : Wording("The controller did not keep %1 value(s) (%2); they are put back and marked red:")

@@ -3,15 +3,16 @@
 #include "DlgFactoryMgr.h"
 #include "FactoryParamKeys.h"
 #include "FactoryParams.h"
+#include "IFactoryMgr.h"
 
 namespace {
 quint32 FlagOf(FactoryParamKey::Section section)
 {
     switch (section) {
-    case FactoryParamKey::SectionMotor: return CReadBackCheck::FlagMotor;
-    case FactoryParamKey::SectionLaser: return CReadBackCheck::FlagLaser;
-    case FactoryParamKey::SectionSpeed: return CReadBackCheck::FlagSpeed;
-    case FactoryParamKey::SectionMachine: return CReadBackCheck::FlagMachine;
+    case FactoryParamKey::SectionMotor: return IFactoryMgr::CheckFlagMotor;
+    case FactoryParamKey::SectionLaser: return IFactoryMgr::CheckFlagLaser;
+    case FactoryParamKey::SectionSpeed: return IFactoryMgr::CheckFlagSpeed;
+    case FactoryParamKey::SectionMachine: return IFactoryMgr::CheckFlagMachine;
     }
     return 0;
 }
@@ -46,7 +47,7 @@ quint32 CReadBackCheck::PutBack(FactoryParams& record, const FactoryParams& befo
         }
         // A laser value put back without a mark still shows in its cell, if
         // the table has one; the refill keeps the marks.
-        if (section == FactoryParamKey::SectionLaser && !bShifted && (nFlags & FlagLaser))
+        if (section == FactoryParamKey::SectionLaser && !bShifted && (nFlags & IFactoryMgr::CheckFlagLaser))
             dialog.RefillLaserColumns();
     }
     return nFlags;

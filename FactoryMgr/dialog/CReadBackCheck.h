@@ -13,13 +13,6 @@ struct FactoryParams;
 class CReadBackCheck
 {
 public:
-    enum Flag
-    {
-        FlagMotor = 1,
-        FlagLaser = 2,
-        FlagSpeed = 4,
-        FlagMachine = 8
-    };
 
     // record: as read back; before: as it was before the read; snapshot: the
     // dialog's record at its opening. Returns the flags.

@@ -27,8 +27,9 @@
 #include <QPointer>
 #include <QSignalBlocker>
 
+#include <algorithm>
 #include <cmath>
-#include <cstring>
+#include <iterator>
 
 namespace {
 QString Wording(const char* szText)
@@ -88,8 +89,8 @@ DlgFactoryMgr::DlgFactoryMgr(FactoryParams* pRecord, QWidget* parent)
     m_pSystemTab = std::make_unique<CSystemTab>(this, ui->tableWidget_system);
     RetranslateTexts();
     if (m_pRecord) {
-        std::memcpy(static_cast<void*>(&m_snapshotParams), m_pRecord, sizeof(FactoryParams));
-        std::memcpy(static_cast<void*>(&m_workParams), m_pRecord, sizeof(FactoryParams));
+        m_snapshotParams = *m_pRecord;
+        m_workParams = *m_pRecord;
     }
     InitDialog();
 }
@@ -119,19 +120,19 @@ IResolution* DlgFactoryMgr::Resolution() const
 
 int DlgFactoryMgr::SetParams(const FactoryParams& params)
 {
-    std::memcpy(static_cast<void*>(&m_workParams), &params, sizeof(FactoryParams));
+    m_workParams = params;
     return 0;
 }
 
 int DlgFactoryMgr::GetParams(FactoryParams& params) const
 {
-    std::memcpy(static_cast<void*>(&params), &m_workParams, sizeof(FactoryParams));
+    params = m_workParams;
     return 0;
 }
 
 int DlgFactoryMgr::GetSnapshotParams(FactoryParams& params) const
 {
-    std::memcpy(static_cast<void*>(&params), &m_snapshotParams, sizeof(FactoryParams));
+    params = m_snapshotParams;
     return 0;
 }
 
@@ -208,12 +209,12 @@ void DlgFactoryMgr::FillAllTables()
 
 void DlgFactoryMgr::CopyRecordToDisplay()
 {
-    std::memcpy(static_cast<void*>(&m_displayParams), &m_workParams, sizeof(FactoryParams));
+    m_displayParams = m_workParams;
 }
 
 void DlgFactoryMgr::CopyDisplayToRecord()
 {
-    std::memcpy(static_cast<void*>(&m_workParams), &m_displayParams, sizeof(FactoryParams));
+    m_workParams = m_displayParams;
 }
 
 FactoryParams& DlgFactoryMgr::DisplayParams()
@@ -263,17 +264,20 @@ bool DlgFactoryMgr::IsEdited() const
 {
     if (!m_pRecord)
         return false;
-    FactoryParams collected;
-    std::memcpy(static_cast<void*>(&collected), CollectedParams().constData(), sizeof(FactoryParams));
-    return !ParamsEqual(collected, *m_pRecord);
+    return !ParamsEqual(Collected(), *m_pRecord);
+}
+
+FactoryParams DlgFactoryMgr::Collected() const
+{
+    FactoryParams collected = m_displayParams;
+    ForceOutgoingFields(collected);
+    m_pLaserTab->CollectInto(collected.laser);
+    return collected;
 }
 
 QByteArray DlgFactoryMgr::CollectedParams() const
 {
-    FactoryParams collected;
-    std::memcpy(static_cast<void*>(&collected), &m_displayParams, sizeof(FactoryParams));
-    ForceOutgoingFields(collected);
-    m_pLaserTab->CollectInto(collected.laser);
+    const FactoryParams collected = Collected();
     return QByteArray(reinterpret_cast<const char*>(&collected), sizeof(FactoryParams));
 }
 
@@ -303,7 +307,7 @@ void DlgFactoryMgr::ImportParams()
     if (!pAlive)
         return;
     if (m_pRecord)
-        std::memcpy(static_cast<void*>(m_pRecord), &m_workParams, sizeof(FactoryParams));
+        *m_pRecord = m_workParams;
     DataToCtrlSlot(true);
 }
 
@@ -337,7 +341,7 @@ void DlgFactoryMgr::ApplyXyStepRatio(double dRatioW, double dRatioH)
     }
     m_workParams.motor[0].pulsePerMm = dStepX;
     m_workParams.motor[1].pulsePerMm = dStepY;
-    std::memcpy(static_cast<void*>(m_displayParams.motor), m_workParams.motor, sizeof(m_workParams.motor));
+    std::copy(std::begin(m_workParams.motor), std::end(m_workParams.motor), std::begin(m_displayParams.motor));
     DataToCtrlSlot(true);
 }
 

@@ -124,6 +124,8 @@ private:
     void InitDialog();
     // The fields that leave the dialog forced, whatever the controls hold.
     static void ForceOutgoingFields(FactoryParams& params);
+    // What a collection would give, without collecting.
+    FactoryParams Collected() const;
     void CopyRecordToDisplay();
     void CopyDisplayToRecord();
     void FillAllTables();

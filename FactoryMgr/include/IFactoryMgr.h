@@ -62,6 +62,15 @@ public:
     /// the job file is written and must not touch widgets.
     typedef int (*PfnConvertPattern)(const char* szPatternPath, const char* szJobPath, double dPower);
 
+    /// \brief The sections CheckDeviceParams() reports as having a field set back, or'ed.
+    enum CheckFlag : quint32
+    {
+        CheckFlagMotor = 1,    ///< a MotorParams field of any axis
+        CheckFlagLaser = 2,    ///< a LaserParams field of either source
+        CheckFlagSpeed = 4,    ///< a SpeedSection field (the Processing tab)
+        CheckFlagMachine = 8   ///< a MachineSection field
+    };
+
     /// \brief Destroys the object. Hosts call ReleaseInterface() instead of deleting it.
     virtual ~IFactoryMgr() = default;
 
@@ -217,8 +226,9 @@ public:
     /// every field of SpeedSection and MachineSection; other fields keep the value read back.
     /// Without a kept dialog the record keeps what was read. The parameter file is not saved.
     ///
-    /// \param pFlags If not null, receives which sections had a field set back: 1 motor, 2 laser,
-    ///        4 processing speeds, 8 machine, or'ed; 0 when nothing was set back or no dialog is kept.
+    /// \param pFlags If not null, receives which sections had a field set back, CheckFlag values
+    ///        or'ed: 1 motor, 2 laser, 4 processing speeds, 8 machine; 0 when nothing was set back
+    ///        or no dialog is kept.
     /// \return true when the record read back equals the record before the read; false when it
     ///         differs or the plug-in failed internally.
     virtual bool CheckDeviceParams(quint32* pFlags) = 0;

@@ -9,6 +9,7 @@
 #include "FactoryParamKeys.h"
 #include "FakeCard.h"
 #include "FakeDevice.h"
+#include "IFactoryMgr.h"
 #include "ParamFileTestData.h"
 #include "TabTestFixture.h"
 #include "TableDriver.h"
@@ -324,10 +325,10 @@ void TestFieldDescriptors::theCheckMarksEveryCheckedFieldOnItsOwnRow()
         key.SetValue(snapshot, key.type == Key::TypeBool ? key.Value(before) : 3.0);
         f.Dialog()->ClearInvalidMarks();
         const quint32 nFlags = CReadBackCheck::PutBack(readBack, before, snapshot, *f.Dialog());
-        const quint32 nExpectedFlag = key.section == Key::SectionMotor ? CReadBackCheck::FlagMotor
-            : key.section == Key::SectionLaser                         ? CReadBackCheck::FlagLaser
-            : key.section == Key::SectionSpeed                         ? CReadBackCheck::FlagSpeed
-                                                                       : CReadBackCheck::FlagMachine;
+        const quint32 nExpectedFlag = key.section == Key::SectionMotor ? IFactoryMgr::CheckFlagMotor
+            : key.section == Key::SectionLaser                         ? IFactoryMgr::CheckFlagLaser
+            : key.section == Key::SectionSpeed                         ? IFactoryMgr::CheckFlagSpeed
+                                                                       : IFactoryMgr::CheckFlagMachine;
         QVERIFY2(nFlags == nExpectedFlag, qPrintable(key.strKey));
         QVERIFY2(key.Value(readBack) == key.Value(snapshot), qPrintable(key.strKey + " was not put back"));
         QVERIFY2(key.Value(f.Dialog()->DisplayParams()) == key.Value(snapshot), qPrintable(key.strKey));

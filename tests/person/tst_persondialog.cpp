@@ -583,7 +583,8 @@ void TestPersonDialog::refusedValuesShowRedWithTheirValues()
 {
     RefuseSome();
     QVERIFY(ClickUpload());
-    QCOMPARE(m_nFlags, quint32(1 | 2 | 4 | 8));
+    QCOMPARE(m_nFlags, quint32(IFactoryMgr::CheckFlagMotor | IFactoryMgr::CheckFlagLaser | IFactoryMgr::CheckFlagSpeed
+                                | IFactoryMgr::CheckFlagMachine));
     struct Mark
     {
         int nTab, nRow, nColumn;
