@@ -1,6 +1,5 @@
 #include "FactoryParamKeys.h"
 
-#include "FactoryParamMissing.h"
 #include "FactoryParams.h"
 
 #include <cmath>
@@ -53,7 +52,6 @@ QVector<FactoryParamKey> Build()
 {
     static FactoryParams s_template;
     const char* const pBase = reinterpret_cast<const char*>(&s_template);
-    using namespace FactoryParamMissing;
     QVector<FactoryParamKey> keys;
     keys.reserve(108);
     const auto add = [&keys, pBase](Key::Section section, const QString& strSection, const QString& strKey,
@@ -101,14 +99,14 @@ QVector<FactoryParamKey> Build()
                               Key::Group group = Key::GroupNone, int nIndex = 0) -> FactoryParamKey& {
         return add(Key::SectionLaser, kLaser, strKey, field, dMissing, meaning, group, nIndex);
     };
-    laserKey("LASER_COUNT", laser.laserCount, kLaserCount, {"Laser count", "", 1.0, 2.0});
+    laserKey("LASER_COUNT", laser.laserCount, 1.0, {"Laser count", "", 1.0, 2.0});
     // The Laser tab writes RF as type 2 and shows types 1 and 2 as "RF": its
     // rule maps list and value.
     for (int i = 0; i < 2; ++i)
-        list(laserKey(Numbered("LASER%1_TYPE", i), laser.lasers[i].type, kLaserType, {"Laser type", "", 0.0, 4.0},
+        list(laserKey(Numbered("LASER%1_TYPE", i), laser.lasers[i].type, 0.0, {"Laser type", "", 0.0, 4.0},
                       Key::GroupLaser, i),
              Key::TableLaser, 0, {"Glass", "RF", "Fiber"});
-    laserKey("LASER_MACHINE_TYPE", laser.laserMachineType, kLaserMachineType, Switch("Laser tube configuration"));
+    laserKey("LASER_MACHINE_TYPE", laser.laserMachineType, 0.0, Switch("Laser tube configuration"));
     for (int i = 0; i < 2; ++i) {
         LaserParams& source = laser.lasers[i];
         const auto sourceKey = [&](const char* szKey, auto& field, double dMissing,
@@ -116,30 +114,30 @@ QVector<FactoryParamKey> Build()
             return laserKey(Numbered(szKey, i), field, dMissing, meaning, Key::GroupLaser, i);
         };
         // The rated power's list holds the powers; the tab's rule stores the one picked.
-        list(sourceKey("LASER_POWER_%1", source.power, kPower, Quantity("Laser power(W)", "W")), Key::TableLaser, 9,
+        list(sourceKey("LASER_POWER_%1", source.power, 80.0, Quantity("Laser power(W)", "W")), Key::TableLaser, 9,
              {"30", "40", "50", "60", "80", "100", "130"});
-        number(sourceKey("LASER_POWER_MIN_%1", source.powerMin, kPowerMin, {"Min power(%)", "%", 0.0, 100.0}),
+        number(sourceKey("LASER_POWER_MIN_%1", source.powerMin, 0.0, {"Min power(%)", "%", 0.0, 100.0}),
                Key::TableLaser, 3, Key::CheckMarked);
-        number(sourceKey("LASER_POWER_MAX_%1", source.powerMax, kPowerMax, {"Max power(%)", "%", 0.0, 100.0}),
+        number(sourceKey("LASER_POWER_MAX_%1", source.powerMax, 100.0, {"Max power(%)", "%", 0.0, 100.0}),
                Key::TableLaser, 4, Key::CheckMarked);
-        number(sourceKey("LASER_POWER_REDUCTION_%1", source.powerReduction, kPowerReduction,
+        number(sourceKey("LASER_POWER_REDUCTION_%1", source.powerReduction, 0.0,
                          {"Laser Attenuation(%)", "%", 0.0, 100.0}),
                Key::TableLaser, 5, Key::CheckMarked);
         // The dialog shows the laser frequency as stored, the pre-burning
         // frequency divided by 1000; both rows say kHz.
-        number(sourceKey("LASER_FREQUENCY_%1", source.frequency, kFrequency,
+        number(sourceKey("LASER_FREQUENCY_%1", source.frequency, 20000.0,
                          {"Laser Frequency(kHz)", "kHz", 0.0, kMaxValue}),
                Key::TableLaser, 6, Key::CheckMarked);
-        FactoryParamKey& burning = sourceKey("LASER_BURNING_FREQUENCY_%1", source.burningFrequency, kBurningFrequency,
+        FactoryParamKey& burning = sourceKey("LASER_BURNING_FREQUENCY_%1", source.burningFrequency, 5000.0,
                                              {"Pre-burning frequency(kHz)", "kHz", 0.0, kMaxValue});
         burning.dStoredPerShown = 1000.0;
         number(burning, Key::TableLaser, 7, Key::CheckMarkedWhenShifted);
-        number(sourceKey("LASER_BURNING_WIDTH_%1", source.burningWidth, kBurningWidth,
+        number(sourceKey("LASER_BURNING_WIDTH_%1", source.burningWidth, 0.5,
                          {"Pre-ignition pulse width(%)", "%", 0.0, 100.0}),
                Key::TableLaser, 8, Key::CheckMarkedWhenShifted);
-        list(sourceKey("LASER_SWITCH_SIGNAL_%1", source.switchSignal, kSwitchSignal, Switch("SwitchLevel")),
+        list(sourceKey("LASER_SWITCH_SIGNAL_%1", source.switchSignal, 0.0, Switch("SwitchLevel")),
              Key::TableLaser, 2, {"Low level", "High level"});
-        list(sourceKey("LASER_WATER_PROTECT_%1", source.waterProtect, kWaterProtect, Switch("Water Protection")),
+        list(sourceKey("LASER_WATER_PROTECT_%1", source.waterProtect, 0.0, Switch("Water Protection")),
              Key::TableLaser, 1, {"Close", "On"});
     }
 
@@ -155,34 +153,34 @@ QVector<FactoryParamKey> Build()
         };
         // "Negative" first here, "Positive" first for the keypad: the stored
         // value is the list index in both.
-        list(motorKey("MOTOR_DIRECTION_POLAR_%1", motor.directionPolar, kDirectionPolar,
+        list(motorKey("MOTOR_DIRECTION_POLAR_%1", motor.directionPolar, 0.0,
                       Switch("Direction of Polarity")),
              Key::TableMotor, 0, {"Negative", "Positive"});
         // Not shown: every record leaving the dialog carries 0.
-        motorKey("MOTOR_LIMIT_POLAR_%1", motor.limitPolar, kLimitPolar, Switch("Limit switch polarity"));
-        list(motorKey("MOTOR_CONTROL_TYPE_%1", motor.controlType, kControlType, Switch("Control Mode")),
+        motorKey("MOTOR_LIMIT_POLAR_%1", motor.limitPolar, 0.0, Switch("Limit switch polarity"));
+        list(motorKey("MOTOR_CONTROL_TYPE_%1", motor.controlType, 0.0, Switch("Control Mode")),
              Key::TableMotor, 1, {"Pulse+Direction", "Double pulse"});
-        list(motorKey("MOTOR_PWM_EDGE_%1", motor.pwmEdge, kPwmEdge, Switch("PWM Edge Valid")), Key::TableMotor, 2,
+        list(motorKey("MOTOR_PWM_EDGE_%1", motor.pwmEdge, 0.0, Switch("PWM Edge Valid")), Key::TableMotor, 2,
              {"Descending Edge", "Rising Edge"});
-        list(motorKey("MOTOR_KEY_DIRECTION_%1", motor.keyDirection, kKeyDirection, Switch("Keypad Direction")),
+        list(motorKey("MOTOR_KEY_DIRECTION_%1", motor.keyDirection, 0.0, Switch("Keypad Direction")),
              Key::TableMotor, 3, {"Positive", "Negative"});
         // Not shown: every record leaving the dialog carries protection on.
-        motorKey("MOTOR_HARD_LIMIT_PROTECT_%1", motor.hardLimitProtect, kHardLimitProtect,
+        motorKey("MOTOR_HARD_LIMIT_PROTECT_%1", motor.hardLimitProtect, 0.0,
                  Switch("Hard limit protection"));
-        motorKey("MOTOR_RESET_ENABLE_%1", motor.resetEnable, kResetEnable, Switch("Takes part in homing"));
-        list(motorKey("MOTOR_STARTUP_RESET_%1", motor.startupReset, kStartupReset, Switch("Initialization")),
+        motorKey("MOTOR_RESET_ENABLE_%1", motor.resetEnable, 0.0, Switch("Takes part in homing"));
+        list(motorKey("MOTOR_STARTUP_RESET_%1", motor.startupReset, 0.0, Switch("Initialization")),
              Key::TableMotor, 4, noYes);
-        motorNumber("MOTOR_PULSE_PER_MM_%1", motor.pulsePerMm, kPulsePerMm, {"Step(p/um)", "p/um", 0.0, kMaxValue}, 5);
-        motorNumber("MOTOR_SIZE_%1", motor.size, kSize, {"Move Distance(mm)", "mm", 0.0, kMaxValue}, 6);
-        motorNumber("MOTOR_ZERO_OFFSET_%1", motor.zeroOffset, kZeroOffset, {"Zero Offset(mm)", "mm", 0.0, kMaxValue}, 7);
+        motorNumber("MOTOR_PULSE_PER_MM_%1", motor.pulsePerMm, 1.0, {"Step(p/um)", "p/um", 0.0, kMaxValue}, 5);
+        motorNumber("MOTOR_SIZE_%1", motor.size, 900.0, {"Move Distance(mm)", "mm", 0.0, kMaxValue}, 6);
+        motorNumber("MOTOR_ZERO_OFFSET_%1", motor.zeroOffset, 0.0, {"Zero Offset(mm)", "mm", 0.0, kMaxValue}, 7);
         // Row 8 is the sub-heading "Motor Speed Limit".
-        motorNumber("MOTOR_SPEED_JUMP_%1", motor.speedJump, kSpeedJump, {"Ini Speed(mm/s)", "mm/s", 0.0, kMaxValue}, 9);
-        motorNumber("MOTOR_SPEED_MAX_%1", motor.speedMax, kSpeedMax, {"Max Speed(mm/s)", "mm/s", 0.0, kMaxValue}, 10);
-        motorNumber("MOTOR_ACC_MAX_%1", motor.accMax, kAccMax, {"Max Acc(mm/s²)", "mm/s²", 0.0, kMaxValue}, 11);
-        motorNumber("MOTOR_ACC_URGENT_STOP_%1", motor.accUrgentStop, kAccUrgentStop,
+        motorNumber("MOTOR_SPEED_JUMP_%1", motor.speedJump, 5.0, {"Ini Speed(mm/s)", "mm/s", 0.0, kMaxValue}, 9);
+        motorNumber("MOTOR_SPEED_MAX_%1", motor.speedMax, 1000.0, {"Max Speed(mm/s)", "mm/s", 0.0, kMaxValue}, 10);
+        motorNumber("MOTOR_ACC_MAX_%1", motor.accMax, 8000.0, {"Max Acc(mm/s²)", "mm/s²", 0.0, kMaxValue}, 11);
+        motorNumber("MOTOR_ACC_URGENT_STOP_%1", motor.accUrgentStop, 5000.0,
                     {"Emergency stop Acc(mm/s²)", "mm/s²", 0.0, kMaxValue}, 12);
-        motorNumber("MOTOR_ACC_KEY_%1", motor.accKey, kAccKey, {"Button Acc(mm/s²)", "mm/s²", 0.0, kMaxValue}, 13);
-        motorNumber("MOTOR_SPEED_KEY_JUMP_%1", motor.speedKeyJump, kSpeedKeyJump,
+        motorNumber("MOTOR_ACC_KEY_%1", motor.accKey, 3000.0, {"Button Acc(mm/s²)", "mm/s²", 0.0, kMaxValue}, 13);
+        motorNumber("MOTOR_SPEED_KEY_JUMP_%1", motor.speedKeyJump, 5.0,
                     {"Keypad Speed(mm/s)", "mm/s", 0.0, kMaxValue}, 14);
     }
 
@@ -191,20 +189,20 @@ QVector<FactoryParamKey> Build()
                                 const Meaning& meaning) -> FactoryParamKey& {
         return add(Key::SectionMachine, kMachine, QString::fromLatin1(szKey), field, dMissing, meaning);
     };
-    machineKey("MACHINE_MACHINE_TYPE", machine.machineType, kMachineType, Quantity("Machine type")).check
+    machineKey("MACHINE_MACHINE_TYPE", machine.machineType, 0.0, Quantity("Machine type")).check
         = Key::CheckUnmarked;
-    list(machineKey("MACHINE_MOTIVE_MODE", machine.motiveMode, kMotiveMode, {"Moving parts", "", 0.0, 3.0}),
+    list(machineKey("MACHINE_MOTIVE_MODE", machine.motiveMode, 0.0, {"Moving parts", "", 0.0, 3.0}),
          Key::TableMachine, 0, {"Belt Stepping", "Belt Servo", "Screw Stepper", "Screw Servo"}, Key::CheckMarked);
-    machineKey("MACHINE_FEED_MODE", machine.feedMode, kFeedMode, Quantity("Feed mode")).check = Key::CheckUnmarked;
-    list(machineKey("MACHINE_ZERO", machine.machineZero, kMachineZero, {"Machine zero", "", 0.0, 1.0}),
+    machineKey("MACHINE_FEED_MODE", machine.feedMode, 0.0, Quantity("Feed mode")).check = Key::CheckUnmarked;
+    list(machineKey("MACHINE_ZERO", machine.machineZero, 0.0, {"Machine zero", "", 0.0, 1.0}),
          Key::TableMachine, 2, {"Top Left", "Top Right"}, Key::CheckMarked);
-    list(machineKey("MACHINE_OPEN_PROJECT", machine.openProject, kOpenProject, Switch("Lid protection")),
+    list(machineKey("MACHINE_OPEN_PROJECT", machine.openProject, 0.0, Switch("Lid protection")),
          Key::TableMachine, 3, noYes, Key::CheckMarked);
-    list(machineKey("MACHINE_BLOW", machine.blow, kBlow, Switch("Blowing")), Key::TableMachine, 4, noYes,
+    list(machineKey("MACHINE_BLOW", machine.blow, 0.0, Switch("Blowing")), Key::TableMachine, 4, noYes,
          Key::CheckMarked);
-    machineKey("MACHINE_OUTAGE_DELAY", machine.outageDelay, kOutageDelay, Quantity("Power-off delay")).check
+    machineKey("MACHINE_OUTAGE_DELAY", machine.outageDelay, 0.0, Quantity("Power-off delay")).check
         = Key::CheckUnmarked;
-    number(machineKey("MACHINE_LASER_SPACE", machine.laserSpace, kLaserSpace, Quantity("Dual head Distance", "mm")),
+    number(machineKey("MACHINE_LASER_SPACE", machine.laserSpace, 0.0, Quantity("Dual head Distance", "mm")),
            Key::TableMachine, 1, Key::CheckMarked);
 
     SpeedSection& speed = record.speed;
@@ -214,20 +212,20 @@ QVector<FactoryParamKey> Build()
         number(add(Key::SectionSpeed, kSpeed, QString::fromLatin1(szKey), field, dMissing, Quantity(szLabel, szUnit)),
                Key::TableSpeed, nSpeedRow++, Key::CheckMarked);
     };
-    speedKey("SPEED_CUT_SPEED_SPACE", speed.cutSpeedSpace, kCutSpeedSpace, "Idle speed(mm/s)", "mm/s");
-    speedKey("SPEED_CUT_SPEED_CORNER", speed.cutSpeedCorner, kCutSpeedCorner, "Corner speed(mm/s)", "mm/s");
-    speedKey("SPEED_CUT_ACC_SPACE", speed.cutAccSpace, kCutAccSpace, "Idle Acc(mm/s²)", "mm/s²");
-    speedKey("SPEED_CUT_ACC_CORNER", speed.cutAccCorner, kCutAccCorner, "PMax Acc(mm/s²)", "mm/s²");
-    speedKey("SPEED_CUT_ACC_WORK", speed.cutAccWork, kCutAccWork, "Working Acc(mm/s²)", "mm/s²");
-    speedKey("SPEED_SWEEP_SPEED_XSTART", speed.sweepSpeedXStart, kSweepSpeedXStart,
+    speedKey("SPEED_CUT_SPEED_SPACE", speed.cutSpeedSpace, 50.0, "Idle speed(mm/s)", "mm/s");
+    speedKey("SPEED_CUT_SPEED_CORNER", speed.cutSpeedCorner, 50.0, "Corner speed(mm/s)", "mm/s");
+    speedKey("SPEED_CUT_ACC_SPACE", speed.cutAccSpace, 800.0, "Idle Acc(mm/s²)", "mm/s²");
+    speedKey("SPEED_CUT_ACC_CORNER", speed.cutAccCorner, 500.0, "PMax Acc(mm/s²)", "mm/s²");
+    speedKey("SPEED_CUT_ACC_WORK", speed.cutAccWork, 800.0, "Working Acc(mm/s²)", "mm/s²");
+    speedKey("SPEED_SWEEP_SPEED_XSTART", speed.sweepSpeedXStart, 5.0,
              "Engraving X-axis Ini speed(mm/s)", "mm/s");
-    speedKey("SPEED_SWEEP_SPEED_YSTART", speed.sweepSpeedYStart, kSweepSpeedYStart,
+    speedKey("SPEED_SWEEP_SPEED_YSTART", speed.sweepSpeedYStart, 5.0,
              "Engraving Y-axis Ini speed(mm/s)", "mm/s");
-    speedKey("SPEED_SWEEP_SPEED_NEWLINE", speed.sweepSpeedNewline, kSweepSpeedNewline, "Engraving DPI speed(mm/s)",
+    speedKey("SPEED_SWEEP_SPEED_NEWLINE", speed.sweepSpeedNewline, 5.0, "Engraving DPI speed(mm/s)",
              "mm/s");
-    speedKey("SPEED_SWEEP_ACC_X", speed.sweepAccX, kSweepAccX, "Engraving X-axis Acc(mm/s²)", "mm/s²");
-    speedKey("SPEED_SWEEP_ACC_Y", speed.sweepAccY, kSweepAccY, "Engraving Y-axis Acc(mm/s²)", "mm/s²");
-    speedKey("SPEED_PANEL_SPEED_RESET", speed.panelSpeedReset, kPanelSpeedReset, "Reset speed(mm/s)", "mm/s");
+    speedKey("SPEED_SWEEP_ACC_X", speed.sweepAccX, 800.0, "Engraving X-axis Acc(mm/s²)", "mm/s²");
+    speedKey("SPEED_SWEEP_ACC_Y", speed.sweepAccY, 800.0, "Engraving Y-axis Acc(mm/s²)", "mm/s²");
+    speedKey("SPEED_PANEL_SPEED_RESET", speed.panelSpeedReset, 50.0, "Reset speed(mm/s)", "mm/s");
 
     // The fields the file does not hold: every record the dialog hands out
     // carries both sources enabled and the row shift it was given.

@@ -70,7 +70,11 @@ struct FactoryParamKey
     QString strKey;       // the file's key; empty for a field the file does not hold
     Type type = TypeDouble;
     std::size_t nOffset = 0;   // the field's place in a record
-    double dMissing = 0.0;     // stored when an existing file lacks the key
+    // Stored when an existing file lacks the key. Many differ from a new
+    // record's defaults on purpose (pulsePerMm 1 against 7.88627, outageDelay
+    // 0 against 1000, the motor switches off against on): a record loaded
+    // from an incomplete file is meant to differ from a fresh one.
+    double dMissing = 0.0;
 
     const char* szLabel = "";  // the dialog's wording key for the field
     // The unit the dialog's label names (empty for counts, codes and

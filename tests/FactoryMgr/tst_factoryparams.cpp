@@ -1,9 +1,18 @@
 #include "TestMain.h"
 
-#include "FactoryParamMissing.h"
+#include "FactoryParamKeys.h"
 #include "FactoryParams.h"
 
 #include <cstddef>
+
+namespace {
+// What the file reader stores for a key the file lacks.
+double Missing(const char* szKey)
+{
+    const FactoryParamKey* pKey = FactoryParamKey::Find(QString::fromLatin1(szKey));
+    return pKey ? pKey->dMissing : -1.0;
+}
+}
 
 class TestFactoryParams : public QObject
 {
@@ -97,27 +106,27 @@ void TestFactoryParams::missingValuesDifferFromInMemoryDefaultsWhereIntended()
     // The two sets must stay apart: a record loaded from a file that lacks
     // keys is not a fresh record.
     const FactoryParams fresh;
-    QCOMPARE(FactoryParamMissing::kPulsePerMm, 1.0);
-    QVERIFY(fresh.motor[0].pulsePerMm != FactoryParamMissing::kPulsePerMm);
-    QCOMPARE(FactoryParamMissing::kOutageDelay, 0);
-    QVERIFY(fresh.machine.outageDelay != FactoryParamMissing::kOutageDelay);
-    QCOMPARE(FactoryParamMissing::kHardLimitProtect, 0);
-    QCOMPARE(FactoryParamMissing::kResetEnable, 0);
-    QCOMPARE(FactoryParamMissing::kStartupReset, 0);
-    QCOMPARE(FactoryParamMissing::kWaterProtect, 0);
-    QCOMPARE(FactoryParamMissing::kPowerMin, 0.0);
-    QCOMPARE(FactoryParamMissing::kAccMax, 8000.0);
-    QCOMPARE(FactoryParamMissing::kAccUrgentStop, 5000.0);
-    QCOMPARE(FactoryParamMissing::kAccKey, 3000.0);
-    QCOMPARE(FactoryParamMissing::kSpeedJump, 5.0);
-    QCOMPARE(FactoryParamMissing::kSpeedKeyJump, 5.0);
-    QCOMPARE(FactoryParamMissing::kZeroOffset, 0.0);
-    QCOMPARE(FactoryParamMissing::kDirectionPolar, 0);
-    QCOMPARE(FactoryParamMissing::kKeyDirection, 0);
-    QCOMPARE(FactoryParamMissing::kSweepSpeedNewline, 5.0);
-    QCOMPARE(FactoryParamMissing::kSweepAccX, 800.0);
-    QCOMPARE(FactoryParamMissing::kCutSpeedSpace, 50.0);
-    QCOMPARE(FactoryParamMissing::kCutAccCorner, 500.0);
+    QCOMPARE(Missing("MOTOR_PULSE_PER_MM_1"), 1.0);
+    QVERIFY(fresh.motor[0].pulsePerMm != Missing("MOTOR_PULSE_PER_MM_1"));
+    QCOMPARE(Missing("MACHINE_OUTAGE_DELAY"), 0.0);
+    QVERIFY(fresh.machine.outageDelay != Missing("MACHINE_OUTAGE_DELAY"));
+    QCOMPARE(Missing("MOTOR_HARD_LIMIT_PROTECT_1"), 0.0);
+    QCOMPARE(Missing("MOTOR_RESET_ENABLE_1"), 0.0);
+    QCOMPARE(Missing("MOTOR_STARTUP_RESET_1"), 0.0);
+    QCOMPARE(Missing("LASER_WATER_PROTECT_1"), 0.0);
+    QCOMPARE(Missing("LASER_POWER_MIN_1"), 0.0);
+    QCOMPARE(Missing("MOTOR_ACC_MAX_1"), 8000.0);
+    QCOMPARE(Missing("MOTOR_ACC_URGENT_STOP_1"), 5000.0);
+    QCOMPARE(Missing("MOTOR_ACC_KEY_1"), 3000.0);
+    QCOMPARE(Missing("MOTOR_SPEED_JUMP_1"), 5.0);
+    QCOMPARE(Missing("MOTOR_SPEED_KEY_JUMP_1"), 5.0);
+    QCOMPARE(Missing("MOTOR_ZERO_OFFSET_1"), 0.0);
+    QCOMPARE(Missing("MOTOR_DIRECTION_POLAR_1"), 0.0);
+    QCOMPARE(Missing("MOTOR_KEY_DIRECTION_1"), 0.0);
+    QCOMPARE(Missing("SPEED_SWEEP_SPEED_NEWLINE"), 5.0);
+    QCOMPARE(Missing("SPEED_SWEEP_ACC_X"), 800.0);
+    QCOMPARE(Missing("SPEED_CUT_SPEED_SPACE"), 50.0);
+    QCOMPARE(Missing("SPEED_CUT_ACC_CORNER"), 500.0);
 }
 
 FACTORYMGR_TEST_MAIN(TestFactoryParams)
