@@ -17,7 +17,7 @@ QList<SParamDifference> CParamDiff::Compare(const FactoryParams& a, const Factor
         const double dB = key.Value(b);
         const bool bMissingA = missingA.contains(key.strKey);
         const bool bMissingB = missingB.contains(key.strKey);
-        if ((dA == dB || (std::isnan(dA) && std::isnan(dB))) && bMissingA == bMissingB)
+        if ((key.Same(a, b) || (std::isnan(dA) && std::isnan(dB))) && bMissingA == bMissingB)
             continue;
         const QString strWhere = key.Where();
         differences << SParamDifference{key.strKey, tr(QString::fromUtf8(key.szLabel)),
