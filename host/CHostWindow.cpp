@@ -148,6 +148,11 @@ void CHostWindow::BuildMenus()
     QMenu* pTools = addMenu(nullptr, "&Tools", "menu_tools");
     pTools->setToolTipsVisible(true);
     addAction(pTools, "Calibrate XY Step...", "action_calibrate", [this] { m_pSession->CalibrateXyStep(); });
+    // The shortcuts work wherever the person is: in the settings window as in
+    // this one (a modal box still keeps them to itself).
+    for (const auto& action : std::as_const(m_actions))
+        if (!action.first->shortcut().isEmpty())
+            action.first->setShortcutContext(Qt::ApplicationShortcut);
 
     QMenu* pView = addMenu(nullptr, "&View", "menu_view");
     QAction* pActivity = m_pActivity->toggleViewAction();

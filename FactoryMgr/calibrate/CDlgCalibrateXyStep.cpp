@@ -11,6 +11,7 @@
 
 #include <QDir>
 #include <QPointer>
+#include <QPushButton>
 #include <QSettings>
 
 #include <cmath>
@@ -37,6 +38,11 @@ CDlgCalibrateXyStep::CDlgCalibrateXyStep(QWidget* parent)
     , m_dCuttingPower(kDefaultPower)
 {
     ui->setupUi(this);
+    // Return presses no button here: a stray Return on the first page must
+    // not start a laser cut. Each button takes a click, or Space when it has
+    // the focus.
+    for (QPushButton* pButton : {ui->pushButton_cutting, ui->pushButton_nextStep, ui->pushButton_prevStep, ui->pushButton_ok})
+        pButton->setAutoDefault(false);
     RetranslateTexts();
 }
 

@@ -315,8 +315,17 @@ void DlgFactoryMgr::ExportParams()
 {
     ILog_WriteLogF(0, "pushButton_export was clicked.");
     const QPointer<DlgFactoryMgr> pAlive(this);
-    const QString strPath = QFileDialog::getSaveFileName(this, Wording("Save As"), QString(), "files (*.ini);");
-    if (strPath.isNull() || !pAlive)
+    // A name typed without a suffix gets the ".ini" the filter names, before
+    // the file dialog asks whether to replace an existing file of that name.
+    const QPointer<QFileDialog> pFiles = new QFileDialog(this, Wording("Save As"), QString(), "files (*.ini);");
+    pFiles->setAcceptMode(QFileDialog::AcceptSave);
+    pFiles->setDefaultSuffix(QStringLiteral("ini"));
+    const bool bChosen = pFiles->exec() == QDialog::Accepted;
+    if (!pAlive || !pFiles)
+        return;
+    const QString strPath = pFiles->selectedFiles().value(0);
+    delete pFiles;
+    if (!bChosen || strPath.isEmpty())
         return;
     DataToCtrlSlot(false);
     QString strWhy;

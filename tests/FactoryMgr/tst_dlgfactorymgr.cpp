@@ -16,6 +16,7 @@
 #include "ParamFileTestData.h"
 #include "ThreadDialogRun.h"
 
+#include <QFileInfo>
 #include <QDialog>
 #include <QFileDialog>
 #include <QHeaderView>
@@ -113,6 +114,7 @@ private slots:
     void collectForcesHardLimitProtection();
     void exportStraightAfterConstruction();
     void exportWithTwoLasersOnACardThatHasThem();
+    void exportGivesANameWithoutSuffixTheIniItsFilterNames();
     void importOverwritesTheCallersRecordAtOnce();
     void cancelledFileDialogsChangeNothing();
     void anExportThatCannotBeWrittenSaysWhy();
@@ -418,6 +420,25 @@ void TestDlgFactoryMgr::exportStraightAfterConstruction()
     // The caller's record is not touched by an export.
     QVERIFY(FirstFileFieldDifference(m_caller, Caller()).isEmpty());
     QVERIFY(ReadBytes(CLogWriter::GetInstance()->FilePath()).contains("[0] pushButton_export was clicked."));
+}
+
+void TestDlgFactoryMgr::exportGivesANameWithoutSuffixTheIniItsFilterNames()
+{
+    DlgFactoryMgr dialog(&m_caller);
+    ModalAnswerer answerer;
+    answerer.AnswerFileWith(m_strDir + "/export1");
+    dialog.ExportParams();
+    QCOMPARE(answerer.Count(), 1);
+    QVERIFY(!QFileInfo::exists(m_strDir + "/export1"));
+    FactoryParams exported;
+    QVERIFY(LoadFactoryParams(exported, m_strDir + "/export1.ini"));
+    QCOMPARE(exported.motor[1].speedMax, m_caller.motor[1].speedMax);
+
+    // A name with a suffix of its own keeps it.
+    answerer.AnswerFileWith(m_strDir + "/export2.txt");
+    dialog.ExportParams();
+    QVERIFY(LoadFactoryParams(exported, m_strDir + "/export2.txt"));
+    QVERIFY(!QFileInfo::exists(m_strDir + "/export2.txt.ini"));
 }
 
 void TestDlgFactoryMgr::exportWithTwoLasersOnACardThatHasThem()

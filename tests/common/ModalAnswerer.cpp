@@ -112,7 +112,10 @@ bool ModalAnswerer::ChooseFile(QFileDialog* pFiles, const QString& strPath, QStr
         return false;
     }
     pName->setText(strPath);
-    const QString strWanted = QFileInfo(strPath).absoluteFilePath();
+    // A name without a suffix gets the dialog's default suffix, if it has one.
+    QString strWanted = QFileInfo(strPath).absoluteFilePath();
+    if (!pFiles->defaultSuffix().isEmpty() && QFileInfo(strPath).suffix().isEmpty())
+        strWanted += "." + pFiles->defaultSuffix();
     const QStringList chosen = pFiles->selectedFiles();
     if (chosen != QStringList{strWanted}) {
         *pWhy = QStringLiteral("the file dialog would choose [%1], not %2").arg(chosen.join(", "), strWanted);

@@ -21,6 +21,8 @@
 #include <QPushButton>
 #include <QTableWidget>
 #include <QSignalSpy>
+#include <QStackedWidget>
+#include <QTemporaryDir>
 #include <QStandardPaths>
 
 #include <memory>
@@ -95,6 +97,9 @@ private slots:
     void restoreAndReadWhileNoFileCanBeWritten();
     void anUnreadableParameterFileIsNeverWrittenOver();
     void aSecondHostIsToldAtItsStart();
+    void theShortcutsWorkFromTheSettingsWindow();
+    void exportGivesATypedNameTheSuffixItsFilterNames();
+    void aStrayReturnOnTheWizardsFirstPageCutsNothing();
 
 private:
     // Starts host on the screen, its main window active.
@@ -553,6 +558,85 @@ void TestPersonHost::aSecondHostIsToldAtItsStart()
              qPrintable(strBox + m_pSteps->Error()));
     QCOMPARE(FileBytes(), fileBefore);
     QVERIFY(first.isVisible());
+}
+
+void TestPersonHost::theShortcutsWorkFromTheSettingsWindow()
+{
+    CHostWindow host;
+    QVERIFY(Start(host));
+    host.Session().SaveParameters();
+    QVERIFY(OpenSettings(host));
+    QVERIFY(TypeInMotorCell(host, 6, 1, "640"));
+    QTRY_COMPARE(MotorCell(host, 6, 1), QStringLiteral("640.00"));
+    CSettingsWindow* pSettings = host.Session().SettingsWindow();
+    QVERIFY(pSettings->isActiveWindow());
+    QVERIFY(pSettings->isAncestorOf(QApplication::focusWidget()));
+
+    // Ctrl+S where the person is: the value is saved, and the settings keep the focus.
+    QVERIFY(m_pInput->Key("ctrl+s"));
+    QTRY_COMPARE(FileRecord().motor[0].size, 640.0);
+    QVERIFY(pSettings->isActiveWindow());
+
+    // Ctrl+Q there asks about quitting; Cancel keeps everything.
+    QString strSeen;
+    m_pSteps->AnswerNextBox("Cancel", &strSeen);
+    QVERIFY(m_pInput->Key("ctrl+q"));
+    QTRY_VERIFY2(!strSeen.isEmpty(), qPrintable(m_pSteps->Error()));
+    QVERIFY2(strSeen.startsWith("Machine Settings: The machine settings are saved, but not uploaded to the controller."),
+             qPrintable(strSeen));
+    QVERIFY2(strSeen.endsWith("Quit anyway?"), qPrintable(strSeen));
+    QTRY_VERIFY(!QApplication::activeModalWidget());
+    QVERIFY(host.isVisible() && pSettings->isVisible());
+}
+
+void TestPersonHost::exportGivesATypedNameTheSuffixItsFilterNames()
+{
+    CHostWindow host;
+    QVERIFY(Start(host));
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    const QString strOldDir = QDir::currentPath();
+    QVERIFY(QDir::setCurrent(dir.path()));   // where the file dialog opens
+    bool bTyped = false;
+    m_pSteps->WhenModal<QFileDialog>([&](QFileDialog*) {
+        bTyped = m_pInput->Type("export1") && m_pInput->Key("Return");
+    });
+    const bool bChosen = m_pSteps->ChooseInMenu(&host, "menu_file", "action_export");
+    QTRY_VERIFY(QFileInfo::exists(dir.filePath("export1.ini")));
+    QDir::setCurrent(strOldDir);
+    QVERIFY2(bChosen && bTyped, qPrintable(m_pSteps->Error() + m_pInput->Error()));
+    QVERIFY(!QFileInfo::exists(dir.filePath("export1")));
+    FactoryParams exported;
+    QCOMPARE(ReadFactoryParamFile(exported, dir.filePath("export1.ini")), ParamFileStatus::Loaded);
+}
+
+void TestPersonHost::aStrayReturnOnTheWizardsFirstPageCutsNothing()
+{
+    CHostWindow host;
+    QVERIFY(Start(host));
+    QString strOnTop;
+    int nPage = -1;
+    bool bDone = false;
+    m_pSteps->WhenModal<QDialog>([&](QDialog* pWizard) {
+        // Return, as a person presses it without looking; then as long as a
+        // cut would take to start.
+        m_pInput->Key("Return");
+        m_pInput->Drain();
+        QTest::qWait(500);
+        QWidget* pTop = QApplication::activeModalWidget();
+        strOnTop = pTop ? pTop->objectName() + " " + pTop->windowTitle() : QString();
+        if (auto* pPages = pWizard->findChild<QStackedWidget*>())
+            nPage = pPages->currentIndex();
+        if (pTop == pWizard)
+            m_pInput->Key("Escape");
+        bDone = true;
+    });
+    QVERIFY2(m_pSteps->ChooseInMenu(&host, "menu_tools", "action_calibrate"), qPrintable(m_pSteps->Error()));
+    QTRY_VERIFY(bDone);
+    QVERIFY2(strOnTop.startsWith("CDlgCalibrateXyStep"), qPrintable("on top after Return: " + strOnTop));
+    QCOMPARE(nPage, 0);
+    QVERIFY2(host.Session().Simulator()->LastCut().isEmpty(), "the machine cut the pattern");
+    QTRY_VERIFY(!QApplication::activeModalWidget());
 }
 
 FACTORYMGR_PERSON_TEST_MAIN(TestPersonHost)
