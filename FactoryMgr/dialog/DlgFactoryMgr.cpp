@@ -418,10 +418,10 @@ void DlgFactoryMgr::MarkInvalidCell(int nTableKind, int nRow, int nColumn, doubl
         // The value comes as the record keeps it; whole-number fields take it
         // truncated, within their range.
         pKey->SetValue(m_displayParams, pKey->type == FactoryParamKey::TypeInt ? CPropertyTable::ToInt(dValue) : dValue);
-        // A list shows the put-back choice.
-        ComboBox* pCell = CPropertyTable::Cell(pTable, nRow, nColumn);
-        const int nChoice = int(pKey->Value(m_displayParams));
-        if (bList && pCell && pCell->comboBox() && nChoice >= 0) {
+        // A list shows the put-back choice (a list's field holds a whole number).
+        ComboBox* pCell = bList ? CPropertyTable::Cell(pTable, nRow, nColumn) : nullptr;
+        const int nChoice = bList ? int(pKey->Value(m_displayParams)) : -1;
+        if (pCell && pCell->comboBox() && nChoice >= 0) {
             const QSignalBlocker block(pCell->comboBox());
             pCell->setCurrentIndex(nChoice);
         }

@@ -163,6 +163,8 @@ private slots:
     void aMarkedListShowsThePutBackChoice();
     void oddMachineValuesAreMarkedWithoutUndefinedConversions_data();
     void oddMachineValuesAreMarkedWithoutUndefinedConversions();
+    void oddNumberValuesAreMarkedAsTheyCome_data();
+    void oddNumberValuesAreMarkedAsTheyCome();
     void clearingRemovesTheRedOfListsToo();
     void valuesPutBackWithoutAMarkReachTheDialogAndItsCells();
     void aChoiceOnAMarkedLaserListClearsItsMark();
@@ -564,6 +566,35 @@ void TestReadBackCheck::oddMachineValuesAreMarkedWithoutUndefinedConversions()
     QCOMPARE(CPropertyTable::ToInt(-1e20), std::numeric_limits<int>::min());
     QCOMPARE(CPropertyTable::ToInt(-2.9), -2);
     QCOMPARE(CPropertyTable::ToInt(2.9), 2);
+}
+
+void TestReadBackCheck::oddNumberValuesAreMarkedAsTheyCome_data()
+{
+    QTest::addColumn<double>("dValue");
+    QTest::newRow("nan") << std::numeric_limits<double>::quiet_NaN();
+    QTest::newRow("inf") << std::numeric_limits<double>::infinity();
+    QTest::newRow("-inf") << -std::numeric_limits<double>::infinity();
+    QTest::newRow("3e9") << 3e9;
+    QTest::newRow("-1e300") << -1e300;
+}
+
+void TestReadBackCheck::oddNumberValuesAreMarkedAsTheyCome()
+{
+    // A number cell takes a put-back value as it comes, whatever it is,
+    // with no conversion to a whole number on the way.
+    QFETCH(double, dValue);
+    OpenAndUpload();
+    m_pDialog->MarkInvalidCell(0, 5, 1, dValue);   // X step
+    m_pDialog->MarkInvalidCell(1, 6, 1, dValue);   // laser 1 frequency
+    m_pDialog->MarkInvalidCell(2, 0, 1, dValue);   // idle speed
+    m_pDialog->MarkInvalidCell(3, 1, 1, dValue);   // dual head distance
+    const FactoryParams& shown = m_pDialog->DisplayParams();
+    for (const double dShown : {shown.motor[0].pulsePerMm, shown.laser.lasers[0].frequency, shown.speed.cutSpeedSpace,
+                                shown.machine.laserSpace})
+        QVERIFY(std::isnan(dValue) ? std::isnan(dShown) : dShown == dValue);
+    auto* pMotor = m_pDialog->findChild<QTableWidget*>("tableWidget_motor");
+    QVERIFY(CPropertyTable::IsMarked(pMotor, 5, 1));
+    QCOMPARE(pMotor->item(5, 1)->text(), QString::number(dValue, 'f', 2));
 }
 
 void TestReadBackCheck::clearingRemovesTheRedOfListsToo()
