@@ -16,6 +16,7 @@
 #include <QSignalBlocker>
 
 #include <cmath>
+#include <limits>
 
 namespace {
 const int kIdRole = Qt::UserRole + 1;
@@ -72,6 +73,22 @@ CLaserTab::CLaserTab(DlgFactoryMgr* pDialog, Ui::DlgFactoryMgr* pUi, FactoryPara
 LaserSection& CLaserTab::Section() const
 {
     return m_pShown->laser;
+}
+
+bool CLaserTab::Bounds(const FactoryParamKey& key, double& dMin, double& dMax) const
+{
+    const LaserParams& laser = Section().lasers[key.nIndex];
+    dMin = 0.0;
+    dMax = std::numeric_limits<double>::infinity();
+    switch (key.nRow) {
+    case 3: dMax = laser.powerMax; break;
+    case 4: dMin = laser.powerMin; dMax = 100.0; break;
+    case 5:
+    case kBurningWidthRow: dMax = 100.0; break;
+    case kBurningFrequencyRow: dMin = 1.0; dMax = 10.0; break;
+    default: break;
+    }
+    return true;
 }
 
 bool CLaserTab::Opens(int nRow, int nColumn) const
@@ -144,6 +161,8 @@ void CLaserTab::BuildLaserTable()
         pTable->insertRow(nId);
         auto* pLabel = new QTableWidgetItem(Wording(QString::fromUtf8(FactoryParamKey::AtCell(m_table, nId, 1)->szLabel)));
         pLabel->setData(kIdRole, nId);
+        if (nId == kSwitchRow)
+            pLabel->setToolTip(Wording(QStringLiteral("Switch level: the signal level that turns a glass tube on")));
         pTable->setItem(nId, 0, pLabel);
     }
 }
@@ -166,6 +185,7 @@ void CLaserTab::FillLaserColumn(int nColumn)
                 choices << Wording(strChoice);
             const int nChoice = TypeChoice(laser.type);
             pCell = CPropertyTable::MakeListCell(pTable, r, nColumn, choices, nChoice, choices[nChoice]);
+            ExplainCell(*pKey, r);
         } else if (nId == kPowerRow) {
             // The rated power is the item data, not the position; a power
             // that is none of them shows the first choice, record untouched.
@@ -179,7 +199,7 @@ void CLaserTab::FillLaserColumn(int nColumn)
             const QSignalBlocker block(pCell->comboBox());
             pCell->setCurrentIndex(nIndex);
             pTable->item(r, nColumn)->setText(pCell->comboBox()->currentText());
-            CPropertyTable::Describe(pTable, r, nColumn);
+            ExplainCell(*pKey, r);
         } else {
             pCell = MakeCell(*pKey, r);
         }

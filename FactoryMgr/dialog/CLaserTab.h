@@ -39,6 +39,7 @@ public:
 protected:
     bool Opens(int nRow, int nColumn) const override;
     int RowKey(int nRow) const override { return RowId(nRow); }
+    bool Bounds(const FactoryParamKey& key, double& dMin, double& dMax) const override;
 
 private:
     LaserSection& Section() const;

@@ -11,17 +11,8 @@ namespace {
 // "Motor Speed Limit": a sub-heading, no value.
 const int kHeadingRow = 8;
 
-// Only X and Y have caps on their maximum speed and acceleration; Z and U
-// keep what is stored, on purpose.
-bool WithinCaps(const FactoryParamKey& key, double dValue)
-{
-    const int nAxis = key.nIndex;
-    if (key.nRow == 10)
-        return (nAxis == 0 && dValue <= 2000.0) || (nAxis == 1 && dValue <= 500.0);
-    if (key.nRow == 11)
-        return (nAxis == 0 && dValue <= 60000.0) || (nAxis == 1 && dValue <= 10000.0);
-    return true;
-}
+const int kMaxSpeedRow = 10;
+const int kMaxAccRow = 11;
 }
 
 CMotorTab::CMotorTab(DlgFactoryMgr* pDialog, QTableWidget* pTable, FactoryParams* pShown)
@@ -53,6 +44,19 @@ void CMotorTab::ClickedCell(int nRow, int nColumn)
     // What was typed into the open cell belongs to that cell, which is still current.
     CPropertyTable::CommitTyping(m_pTable);
     CPropertyTab::ClickedCell(nRow, nColumn);
+}
+
+bool CMotorTab::Bounds(const FactoryParamKey& key, double& dMin, double& dMax) const
+{
+    CPropertyTab::Bounds(key, dMin, dMax);
+    // Only X and Y have caps on their maximum speed and acceleration; Z and U
+    // keep what is stored, on purpose.
+    const int nAxis = key.nIndex;
+    if (key.nRow == kMaxSpeedRow)
+        dMax = nAxis == 0 ? 2000.0 : 500.0;
+    else if (key.nRow == kMaxAccRow)
+        dMax = nAxis == 0 ? 60000.0 : 10000.0;
+    return !((key.nRow == kMaxSpeedRow || key.nRow == kMaxAccRow) && nAxis >= 2);
 }
 
 bool CMotorTab::Opens(int nRow, int nColumn) const
@@ -92,7 +96,9 @@ void CMotorTab::EditFinished()
         return;
     if (!(dValue > 0.0))
         dValue = 0.0;   // negative, zero and not-a-number alike
-    if (WithinCaps(*pKey, dValue))
+    double dMin = 0.0;
+    double dMax = 0.0;
+    if (Bounds(*pKey, dMin, dMax) && dValue <= dMax)
         pKey->SetValue(*m_pShown, dValue);
     else
         dValue = pKey->Value(*m_pShown);

@@ -18,4 +18,5 @@ public:
 protected:
     void ClickedCell(int nRow, int nColumn) override;
     bool Opens(int nRow, int nColumn) const override;
+    bool Bounds(const FactoryParamKey& key, double& dMin, double& dMax) const override;
 };

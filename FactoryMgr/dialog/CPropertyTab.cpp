@@ -12,6 +12,8 @@
 #include <QTableWidget>
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 CPropertyTab::CPropertyTab(DlgFactoryMgr* pDialog, QTableWidget* pTable, FactoryParamKey::Table table,
                            FactoryParams* pShown)
@@ -64,13 +66,18 @@ QVector<const FactoryParamKey*> CPropertyTab::KeysOfColumn(int nColumn) const
 
 ComboBox* CPropertyTab::MakeCell(const FactoryParamKey& key, int nRow) const
 {
-    if (key.editor == FactoryParamKey::EditorNumber)
-        return CPropertyTable::MakeNumberCell(m_pTable, nRow, key.Column(), key.Shown(*m_pShown));
-    QStringList choices;
-    for (const QString& strChoice : key.choices)
-        choices << CTranslator::GetInstance()->GetWording(strChoice);
-    const int nValue = int(key.Value(*m_pShown));
-    return CPropertyTable::MakeListCell(m_pTable, nRow, key.Column(), choices, nValue, choices.value(nValue));
+    ComboBox* pCell = nullptr;
+    if (key.editor == FactoryParamKey::EditorNumber) {
+        pCell = CPropertyTable::MakeNumberCell(m_pTable, nRow, key.Column(), key.Shown(*m_pShown));
+    } else {
+        QStringList choices;
+        for (const QString& strChoice : key.choices)
+            choices << CTranslator::GetInstance()->GetWording(strChoice);
+        const int nValue = int(key.Value(*m_pShown));
+        pCell = CPropertyTable::MakeListCell(m_pTable, nRow, key.Column(), choices, nValue, choices.value(nValue));
+    }
+    ExplainCell(key, nRow);
+    return pCell;
 }
 
 void CPropertyTab::FillColumn(int nColumn, ListSlot onList, EditSlot onEdit) const
@@ -84,6 +91,38 @@ void CPropertyTab::FillColumn(int nColumn, ListSlot onList, EditSlot onEdit) con
         else
             QObject::connect(pCell->lineEdit(), &QLineEdit::editingFinished, m_pDialog, onEdit);
     }
+}
+
+bool CPropertyTab::Bounds(const FactoryParamKey&, double& dMin, double& dMax) const
+{
+    dMin = 0.0;
+    dMax = std::numeric_limits<double>::infinity();
+    return true;
+}
+
+void CPropertyTab::ExplainCell(const FactoryParamKey& key, int nRow) const
+{
+    const auto wording = [](const QString& strText) { return CTranslator::GetInstance()->GetWording(strText); };
+    QString strName = wording(QString::fromUtf8(key.szLabel));
+    if (!key.Where().isEmpty())
+        strName += ", " + wording(key.Where());
+    QString strTip;
+    double dMin = 0.0;
+    double dMax = 0.0;
+    if (key.editor == FactoryParamKey::EditorList) {
+        QStringList choices;
+        for (const QString& strChoice : key.choices)
+            choices << wording(strChoice);
+        strTip = wording(QStringLiteral("%1: one of %2")).arg(strName, choices.join(QStringLiteral(" / ")));
+    } else if (!Bounds(key, dMin, dMax)) {
+        strTip = wording(QStringLiteral("%1: kept as it is; this table does not change it")).arg(strName);
+    } else {
+        const QString strUnit = wording(QString::fromUtf8(key.szUnit));
+        strTip = std::isinf(dMax)
+            ? wording(QStringLiteral("%1: %2 %3 or more")).arg(strName, QString::number(dMin), strUnit)
+            : wording(QStringLiteral("%1: from %2 to %3 %4")).arg(strName, QString::number(dMin), QString::number(dMax), strUnit);
+    }
+    CPropertyTable::SetExplanation(m_pTable, nRow, key.Column(), strTip.simplified());
 }
 
 bool CPropertyTab::TakeTypedNumber(double& dValue, NoNumber noNumber, QString* pTyped) const

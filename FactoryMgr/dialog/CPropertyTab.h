@@ -33,6 +33,13 @@ protected:
     virtual bool Opens(int nRow, int nColumn) const;
     // The row's identifier for the descriptors (the Laser tab's rows carry one).
     virtual int RowKey(int nRow) const { return nRow; }
+    // What a number cell takes here, in the unit it shows: dMin to dMax (an
+    // infinite dMax: no upper bound). False when this table never changes
+    // the field. By default: anything from 0 up.
+    virtual bool Bounds(const FactoryParamKey& key, double& dMin, double& dMax) const;
+    // Gives the cell of key at row the tooltip that names the field, its unit
+    // and what it takes, or its choices.
+    void ExplainCell(const FactoryParamKey& key, int nRow) const;
 
     // The field shown at (row, column), or null.
     const FactoryParamKey* KeyAt(int nRow, int nColumn) const;

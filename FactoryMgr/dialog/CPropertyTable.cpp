@@ -197,11 +197,20 @@ void CPropertyTable::Describe(QTableWidget* pTable, int nRow, int nColumn)
     if (!pCell)
         return;
     QTableWidgetItem* pItem = Item(pTable, nRow, nColumn);
+    const QString strMarked = IsMarked(pTable, nRow, nColumn)
+        ? CTranslator::GetInstance()->GetWording(QStringLiteral("The controller did not keep this value."))
+        : QString();
     pItem->setData(Qt::AccessibleTextRole, pCell->shownText());
-    pItem->setData(Qt::AccessibleDescriptionRole,
-                   IsMarked(pTable, nRow, nColumn)
-                       ? CTranslator::GetInstance()->GetWording(QStringLiteral("The controller did not keep this value."))
-                       : QString());
+    pItem->setData(Qt::AccessibleDescriptionRole, strMarked);
+    const QString strExplained = pItem->data(Qt::ToolTipRole).toString();
+    pCell->setToolTip(strMarked.isEmpty() || strExplained.isEmpty() ? strExplained + strMarked
+                                                                    : strExplained + "\n" + strMarked);
+}
+
+void CPropertyTable::SetExplanation(QTableWidget* pTable, int nRow, int nColumn, const QString& strText)
+{
+    Item(pTable, nRow, nColumn)->setData(Qt::ToolTipRole, strText);
+    Describe(pTable, nRow, nColumn);
 }
 
 double CPropertyTable::Round3(double dValue)

@@ -54,8 +54,12 @@ public:
     // Removes the cell's red, if it has any.
     static void ClearMark(QTableWidget* pTable, int nRow, int nColumn);
     static bool IsMarked(QTableWidget* pTable, int nRow, int nColumn);
-    // Tells assistive technology what the cell shows and whether it is marked.
+    // Tells assistive technology what the cell shows and whether it is marked,
+    // and gives the cell its tooltip: its explanation, and for a marked cell
+    // what the controller did.
     static void Describe(QTableWidget* pTable, int nRow, int nColumn);
+    // Keeps what the cell's tooltip says of its field, and describes the cell.
+    static void SetExplanation(QTableWidget* pTable, int nRow, int nColumn, const QString& strText);
 
     // What the record keeps of a typed number: at most 3 decimals.
     static double Round3(double dValue);

@@ -169,6 +169,9 @@ void DlgFactoryMgr::RetranslateTexts()
                                           "Total job processing time", "Total X-axis Movement", "Total Y-axis Movement"});
     ui->pushButton_mainboardUpgrade->setText(Wording("MainboardUpgrade"));
     ui->pushButton_panelUpgrade->setText(Wording("PanelUpgrade"));
+    // The buttons' own words are terse; their tooltips say what they do.
+    ui->pushButton_mainboardUpgrade->setToolTip(Wording("Upgrade the mainboard's firmware from an .upd file"));
+    ui->pushButton_panelUpgrade->setToolTip(Wording("Upgrade the control panel's firmware from an .hmt or .hmi file"));
     ui->pushButton_clear->setText(Wording("Clear"));
 
     ui->label_DlgFactoryMgr1->setText(Wording("Customize Homepage"));

@@ -18,6 +18,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QPushButton>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
@@ -157,6 +158,7 @@ private slots:
     void theCheckMarksEveryCheckedFieldOnItsOwnRow_data();
     void theCheckMarksEveryCheckedFieldOnItsOwnRow();
     void theToolsLabelAndUnitAgreeWithTheDialog();
+    void everyValueCellExplainsItsFieldInATooltip();
 
 private:
     FakeCard m_card;
@@ -393,6 +395,46 @@ void TestFieldDescriptors::theToolsLabelAndUnitAgreeWithTheDialog()
         ++nShown;
     }
     QCOMPARE(nShown, 4 * 14 + 2 * 10 + 11 + 5);
+}
+
+void TestFieldDescriptors::everyValueCellExplainsItsFieldInATooltip()
+{
+    TabTestFixture f(Record());
+    for (const Key& key : Key::All()) {
+        if (key.table == Key::TableNone)
+            continue;
+        const auto [nRow, nColumn] = CellOf(key, f.Dialog());
+        const QString strTip = TableDriver::Cell(f.Table(TableName(key.table)), nRow, nColumn)->toolTip();
+        const QString strName = QString::fromUtf8(key.szLabel) + (key.Where().isEmpty() ? QString() : ", " + key.Where());
+        QVERIFY2(strTip.startsWith(strName + ": "), qPrintable(key.strKey + ": " + strTip));
+        if (key.editor == Key::EditorList)
+            QVERIFY2(strTip.contains(key.choices.last()), qPrintable(key.strKey + ": " + strTip));
+        else if (*key.szUnit)
+            QVERIFY2(strTip.endsWith(QString::fromUtf8(key.szUnit)) || strTip.endsWith(QString::fromUtf8(key.szUnit) + " or more")
+                         || strTip.contains("does not change"),
+                     qPrintable(key.strKey + ": " + strTip));
+    }
+    QTableWidget* pMotor = f.Table("tableWidget_motor");
+    QCOMPARE(TableDriver::Cell(pMotor, 10, 2)->toolTip(), QStringLiteral("Max Speed(mm/s), Y: from 0 to 500 mm/s"));
+    QCOMPARE(TableDriver::Cell(pMotor, 11, 1)->toolTip(), QStringLiteral("Max Acc(mm/s²), X: from 0 to 60000 mm/s²"));
+    QCOMPARE(TableDriver::Cell(pMotor, 10, 3)->toolTip(),
+             QStringLiteral("Max Speed(mm/s), Z: kept as it is; this table does not change it"));
+    QCOMPARE(TableDriver::Cell(pMotor, 9, 1)->toolTip(), QStringLiteral("Ini Speed(mm/s), X: 0 mm/s or more"));
+    QCOMPARE(TableDriver::Cell(f.Table("tableWidget_laser"), 7, 2)->toolTip(),
+             QStringLiteral("Pre-burning frequency(kHz), Laser 2: from 1 to 10 kHz"));
+    QCOMPARE(TableDriver::Cell(pMotor, 0, 1)->toolTip(), QStringLiteral("Direction of Polarity, X: one of Negative / Positive"));
+
+    // Terse labels are said properly where the pointer rests.
+    QVERIFY(f.Table("tableWidget_laser")->item(f.Dialog()->LaserRowOfId(2), 0)->toolTip().startsWith("Switch level: "));
+    QVERIFY(f.Dialog()->findChild<QPushButton*>("pushButton_mainboardUpgrade")->toolTip().contains(".upd"));
+    QVERIFY(f.Dialog()->findChild<QPushButton*>("pushButton_panelUpgrade")->toolTip().contains(".hmt"));
+
+    // A marked cell says what the controller did, and stops saying it once cleared.
+    f.Dialog()->MarkInvalidCell(Key::TableMotor, 10, 2, 480.0);
+    QCOMPARE(TableDriver::Cell(pMotor, 10, 2)->toolTip(),
+             QStringLiteral("Max Speed(mm/s), Y: from 0 to 500 mm/s\nThe controller did not keep this value."));
+    f.Dialog()->ClearInvalidMarks();
+    QCOMPARE(TableDriver::Cell(pMotor, 10, 2)->toolTip(), QStringLiteral("Max Speed(mm/s), Y: from 0 to 500 mm/s"));
 }
 
 FACTORYMGR_TEST_MAIN(TestFieldDescriptors)

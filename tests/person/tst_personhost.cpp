@@ -17,12 +17,14 @@
 #include <QDialog>
 #include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QSignalSpy>
 #include <QStackedWidget>
 #include <QTemporaryDir>
+#include <QToolTip>
 #include <QStandardPaths>
 
 #include <memory>
@@ -100,6 +102,7 @@ private slots:
     void theShortcutsWorkFromTheSettingsWindow();
     void exportGivesATypedNameTheSuffixItsFilterNames();
     void aStrayReturnOnTheWizardsFirstPageCutsNothing();
+    void thePointerRestingOnACellShowsWhatItTakes();
 
 private:
     // Starts host on the screen, its main window active.
@@ -598,11 +601,18 @@ void TestPersonHost::exportGivesATypedNameTheSuffixItsFilterNames()
     const QString strOldDir = QDir::currentPath();
     QVERIFY(QDir::setCurrent(dir.path()));   // where the file dialog opens
     bool bTyped = false;
-    m_pSteps->WhenModal<QFileDialog>([&](QFileDialog*) {
-        bTyped = m_pInput->Type("export1") && m_pInput->Key("Return");
+    QString strField;
+    m_pSteps->WhenModal<QFileDialog>([&](QFileDialog* pFiles) {
+        // The name field has the keyboard when the dialog opens; the name is
+        // typed there, and Return pressed once it stands in the field.
+        auto* pName = pFiles->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        bTyped = pName && QTest::qWaitFor([&] { return QApplication::focusWidget() == pName; }, 10000)
+            && m_pInput->Type("export1") && QTest::qWaitFor([&] { return pName->text() == "export1"; }, 10000);
+        strField = pName ? pName->text() : QStringLiteral("(no name field)");
+        m_pInput->Key(bTyped ? "Return" : "Escape");
     });
     const bool bChosen = m_pSteps->ChooseInMenu(&host, "menu_file", "action_export");
-    QTRY_VERIFY(QFileInfo::exists(dir.filePath("export1.ini")));
+    QTRY_VERIFY2_WITH_TIMEOUT(QFileInfo::exists(dir.filePath("export1.ini")), qPrintable("the name field held " + strField), 20000);
     QDir::setCurrent(strOldDir);
     QVERIFY2(bChosen && bTyped, qPrintable(m_pSteps->Error() + m_pInput->Error()));
     QVERIFY(!QFileInfo::exists(dir.filePath("export1")));
@@ -637,6 +647,18 @@ void TestPersonHost::aStrayReturnOnTheWizardsFirstPageCutsNothing()
     QCOMPARE(nPage, 0);
     QVERIFY2(host.Session().Simulator()->LastCut().isEmpty(), "the machine cut the pattern");
     QTRY_VERIFY(!QApplication::activeModalWidget());
+}
+
+void TestPersonHost::thePointerRestingOnACellShowsWhatItTakes()
+{
+    CHostWindow host;
+    QVERIFY(Start(host));
+    QVERIFY(OpenSettings(host));
+    QVERIFY(m_pInput->MoveTo(CellCentre(host, 10, 2)));
+    QTRY_VERIFY(QToolTip::isVisible());
+    QCOMPARE(QToolTip::text(), QStringLiteral("Max Speed(mm/s), Y: from 0 to 500 mm/s"));
+    QVERIFY(m_pInput->MoveTo(CellCentre(host, 10, 3)));
+    QTRY_COMPARE(QToolTip::text(), QStringLiteral("Max Speed(mm/s), Z: kept as it is; this table does not change it"));
 }
 
 FACTORYMGR_PERSON_TEST_MAIN(TestPersonHost)
