@@ -598,8 +598,8 @@ void TestPersonHost::exportGivesATypedNameTheSuffixItsFilterNames()
     QVERIFY(Start(host));
     QTemporaryDir dir;
     QVERIFY(dir.isValid());
-    const QString strOldDir = QDir::currentPath();
-    QVERIFY(QDir::setCurrent(dir.path()));   // where the file dialog opens
+    // The whole path is typed: the file dialog opens wherever an earlier one was left.
+    const QString strTyped = dir.filePath("export1");
     bool bTyped = false;
     QString strField;
     m_pSteps->WhenModal<QFileDialog>([&](QFileDialog* pFiles) {
@@ -607,17 +607,16 @@ void TestPersonHost::exportGivesATypedNameTheSuffixItsFilterNames()
         // typed there, and Return pressed once it stands in the field.
         auto* pName = pFiles->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
         bTyped = pName && QTest::qWaitFor([&] { return QApplication::focusWidget() == pName; }, 10000)
-            && m_pInput->Type("export1") && QTest::qWaitFor([&] { return pName->text() == "export1"; }, 10000);
+            && m_pInput->Type(strTyped) && QTest::qWaitFor([&] { return pName->text() == strTyped; }, 10000);
         strField = pName ? pName->text() : QStringLiteral("(no name field)");
         m_pInput->Key(bTyped ? "Return" : "Escape");
     });
     const bool bChosen = m_pSteps->ChooseInMenu(&host, "menu_file", "action_export");
-    QTRY_VERIFY2_WITH_TIMEOUT(QFileInfo::exists(dir.filePath("export1.ini")), qPrintable("the name field held " + strField), 20000);
-    QDir::setCurrent(strOldDir);
+    QTRY_VERIFY2_WITH_TIMEOUT(QFileInfo::exists(strTyped + ".ini"), qPrintable("the name field held " + strField), 20000);
     QVERIFY2(bChosen && bTyped, qPrintable(m_pSteps->Error() + m_pInput->Error()));
-    QVERIFY(!QFileInfo::exists(dir.filePath("export1")));
+    QVERIFY(!QFileInfo::exists(strTyped));
     FactoryParams exported;
-    QCOMPARE(ReadFactoryParamFile(exported, dir.filePath("export1.ini")), ParamFileStatus::Loaded);
+    QCOMPARE(ReadFactoryParamFile(exported, strTyped + ".ini"), ParamFileStatus::Loaded);
 }
 
 void TestPersonHost::aStrayReturnOnTheWizardsFirstPageCutsNothing()
