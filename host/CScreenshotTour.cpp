@@ -138,8 +138,9 @@ bool CScreenshotTour::SaveRefusedUpload(const QString& strPath)
     // keeps the nearest values it can take, and the plug-in's check marks the
     // two cells it did not keep.
     FactoryParams typed = record;
+    // Both are what a person can type into X's cells.
     typed.motor[0].speedMax = 1800.0;   // X takes at most 1,500 mm/s
-    typed.motor[1].accMax = 45000.0;    // Y at most 30,000 mm/s²
+    typed.motor[0].accMax = 45000.0;    // and at most 30,000 mm/s²
     pMgr->SetFactoryParams(&typed);
     QMetaObject::invokeMethod(pDialog, "DataToCtrlSlot", Q_ARG(bool, true));
     pTabs->setCurrentWidget(pMotor);

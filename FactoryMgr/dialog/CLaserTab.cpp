@@ -256,7 +256,7 @@ void CLaserTab::ComboChanged(int nIndex)
     FillLaserColumn(m_nColumn);
 }
 
-void CLaserTab::EditFinished()
+void CLaserTab::StoreTyped()
 {
     const FactoryParamKey* pKey = KeyAt(m_nRow, m_nColumn);
     double v = 0.0;

@@ -25,7 +25,6 @@ public:
     void FillLaserColumn(int nColumn);
     void SetCount(int nCount);
     void ComboChanged(int nIndex);
-    void EditFinished();
     void CollectLaserSection();
     // What collecting makes of a section: the count from the radio buttons,
     // the reserved word, both sources enabled.
@@ -37,6 +36,7 @@ public:
     int RowOfId(int nId) const;
 
 protected:
+    void StoreTyped() override;
     bool Opens(int nRow, int nColumn) const override;
     int RowKey(int nRow) const override { return RowId(nRow); }
     bool Bounds(const FactoryParamKey& key, double& dMin, double& dMax) const override;

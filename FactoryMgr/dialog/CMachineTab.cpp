@@ -36,7 +36,7 @@ void CMachineTab::ComboChanged(int nIndex)
     FillMachineTable();
 }
 
-void CMachineTab::EditFinished()
+void CMachineTab::StoreTyped()
 {
     QString strTyped;
     double dValue = 0.0;

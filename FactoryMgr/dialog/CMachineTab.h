@@ -12,5 +12,7 @@ public:
 
     void FillMachineTable();
     void ComboChanged(int nIndex);
-    void EditFinished();
+
+protected:
+    void StoreTyped() override;
 };

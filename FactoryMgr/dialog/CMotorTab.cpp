@@ -86,7 +86,7 @@ void CMotorTab::ComboChanged(QObject* pSender, int nIndex)
     FillMotorColumn(m_nColumn);
 }
 
-void CMotorTab::EditFinished()
+void CMotorTab::StoreTyped()
 {
     double dValue = 0.0;
     if (!TakeTypedNumber(dValue, NoNumberRefused))

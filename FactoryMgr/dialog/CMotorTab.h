@@ -13,9 +13,9 @@ public:
     void FillMotorTable();
     void FillMotorColumn(int nColumn);
     void ComboChanged(QObject* pSender, int nIndex);
-    void EditFinished();
 
 protected:
+    void StoreTyped() override;
     void ClickedCell(int nRow, int nColumn) override;
     bool Opens(int nRow, int nColumn) const override;
     bool Bounds(const FactoryParamKey& key, double& dMin, double& dMax) const override;

@@ -1,5 +1,7 @@
 #include "CPropertyTab.h"
 
+#include "CCellKeys.h"
+#include "CCellNote.h"
 #include "CPropertyTable.h"
 #include "CTranslator.h"
 #include "ComboBox.h"
@@ -22,6 +24,8 @@ CPropertyTab::CPropertyTab(DlgFactoryMgr* pDialog, QTableWidget* pTable, Factory
     , m_table(table)
     , m_pShown(pShown)
 {
+    // The keyboard opens a cell as a click does, without the click's log line.
+    CCellKeys::Of(pTable)->SetOpener([this](int nRow, int nColumn) { ClickedCell(nRow, nColumn); });
 }
 
 void CPropertyTab::Clicked(const QModelIndex& index)
@@ -40,6 +44,8 @@ void CPropertyTab::SelectCell(int nRow, int nColumn)
 {
     m_nRow = nRow;
     m_nColumn = nColumn;
+    if (nRow >= 0 && nColumn >= 0)
+        CCellKeys::Of(m_pTable)->SetCurrent(nRow, nColumn);
     if (Opens(nRow, nColumn))
         CPropertyTable::OpenCellEditor(m_pTable, nRow, nColumn);
 }
@@ -125,12 +131,15 @@ void CPropertyTab::ExplainCell(const FactoryParamKey& key, int nRow) const
     CPropertyTable::SetExplanation(m_pTable, nRow, key.Column(), strTip.simplified());
 }
 
-bool CPropertyTab::TakeTypedNumber(double& dValue, NoNumber noNumber, QString* pTyped) const
+bool CPropertyTab::TakeTypedNumber(double& dValue, NoNumber noNumber, QString* pTyped)
 {
     QString strTyped;
     if (!CPropertyTable::TakeTypedText(CPropertyTable::Cell(m_pTable, m_nRow, m_nColumn), strTyped))
         return false;
-    if (!CPropertyTable::ParseNumber(strTyped, dValue)) {
+    const bool bNumber = CPropertyTable::ParseNumber(strTyped, dValue);
+    if (m_pTyped)
+        *m_pTyped = {true, bNumber, noNumber, strTyped, dValue};
+    if (!bNumber) {
         if (noNumber == NoNumberRefused)
             return false;
         dValue = 0.0;
@@ -139,4 +148,81 @@ bool CPropertyTab::TakeTypedNumber(double& dValue, NoNumber noNumber, QString* p
     if (pTyped)
         *pTyped = strTyped;
     return true;
+}
+
+void CPropertyTab::EditFinished()
+{
+    const int nRow = m_nRow;
+    const int nColumn = m_nColumn;
+    const FactoryParamKey* pKey = KeyAt(nRow, nColumn);
+    const double dBefore = pKey ? pKey->ToShown(pKey->Value(*m_pShown)) : 0.0;
+    // Storing may hide the line edit, whose losing the focus finishes an edit
+    // again, inside this one: each call has its own record of what it took.
+    Typed typed;
+    Typed* pOuter = m_pTyped;
+    m_pTyped = &typed;
+    StoreTyped();
+    m_pTyped = pOuter;
+    if (!typed.bTaken || !pKey || pKey->editor != FactoryParamKey::EditorNumber)
+        return;
+    const double dNow = pKey->ToShown(pKey->Value(*m_pShown));
+    // Text that is no number never stays shown as if it were taken.
+    if (!typed.bNumber) {
+        const QString strShown = FactoryParamKey::Fixed2(dNow);
+        if (ComboBox* pCell = CPropertyTable::Cell(m_pTable, nRow, nColumn)) {
+            pCell->setText(strShown);
+            pCell->setEditing(false);
+        }
+        if (QTableWidgetItem* pItem = m_pTable->item(nRow, nColumn); pItem && !pItem->text().isEmpty())
+            pItem->setText(strShown);
+        CPropertyTable::Describe(m_pTable, nRow, nColumn);
+    }
+    CCellNote::Of(m_pTable)->Say(Why(*pKey, typed, dBefore, dNow));
+}
+
+QString CPropertyTab::FieldName(const FactoryParamKey& key)
+{
+    const auto wording = [](const QString& strText) { return CTranslator::GetInstance()->GetWording(strText); };
+    QString strLabel = wording(QString::fromUtf8(key.szLabel));
+    // The label's unit in brackets is said apart.
+    int nBracket = strLabel.indexOf(QLatin1Char('('));
+    if (nBracket < 0)
+        nBracket = strLabel.indexOf(QChar(0xff08));   // a full-width bracket
+    if (nBracket > 0)
+        strLabel.truncate(nBracket);
+    strLabel = strLabel.trimmed();
+    return key.Where().isEmpty() ? strLabel : wording(key.Where()) + QLatin1Char(' ') + strLabel;
+}
+
+QString CPropertyTab::Why(const FactoryParamKey& key, const Typed& typed, double dBefore, double dNow) const
+{
+    const auto wording = [](const char* szText) { return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText)); };
+    const auto same = [](double a, double b) { return std::fabs(a - b) <= 1e-9 * std::max(1.0, std::fabs(a)); };
+    const QString strName = FieldName(key);
+    const QString strNow = FactoryParamKey::Fixed2(dNow);
+    const bool bKept = same(dNow, dBefore);
+    if (!typed.bNumber)
+        return (typed.noNumber == NoNumberRefused ? wording("%1 needs a number; kept %2")
+                                                    : wording("%1 needs a number; set to %2"))
+            .arg(strName, strNow);
+    const double dTyped = typed.dValue;
+    if (same(dNow, dTyped))
+        return QString();
+    double dMin = 0.0;
+    double dMax = 0.0;
+    if (!Bounds(key, dMin, dMax))
+        return wording("%1 is not changed from this table; kept %2").arg(strName, strNow);
+    const QString strUnit = CTranslator::GetInstance()->GetWording(QString::fromUtf8(key.szUnit));
+    QString strNote;
+    if (dTyped > dMax)
+        strNote = (bKept ? wording("%1 takes at most %2 %3 here; kept %4") : wording("%1 takes at most %2 %3 here; set to %4"))
+                      .arg(strName, QString::number(dMax), strUnit, strNow);
+    else if (dTyped < dMin)
+        strNote = (bKept ? wording("%1 takes at least %2 %3 here; kept %4") : wording("%1 takes at least %2 %3 here; set to %4"))
+                      .arg(strName, QString::number(dMin), strUnit, strNow);
+    else if (same(dNow, CPropertyTable::Round3(dTyped)))
+        strNote = wording("%1 keeps 3 decimals; set to %2").arg(strName, QString::number(dNow, 'f', 3));
+    else
+        strNote = wording("%1 takes %2 as %3 here").arg(strName, typed.strText.trimmed(), strNow);
+    return strNote.simplified();
 }

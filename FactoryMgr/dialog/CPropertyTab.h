@@ -25,8 +25,13 @@ public:
     void Clicked(const QModelIndex& index);
     // Makes (row, column) the current cell and opens its editor where the tab allows.
     void SelectCell(int nRow, int nColumn);
+    // A number cell's line edit finished: the tab stores what was typed, and
+    // the line under the table says why a value was not taken as typed.
+    void EditFinished();
 
 protected:
+    // The tab's rules for a typed number in the current cell.
+    virtual void StoreTyped() = 0;
     // The rest of a click, after the log line.
     virtual void ClickedCell(int nRow, int nColumn);
     // Whether choosing (row, column) opens its editor.
@@ -63,7 +68,7 @@ protected:
     // The number typed into the current cell, taken once and rounded to 3
     // decimals: false when nothing new was typed, or it is no number and the
     // tab refuses such text. pTyped, if given, receives the text as typed.
-    bool TakeTypedNumber(double& dValue, NoNumber noNumber, QString* pTyped = nullptr) const;
+    bool TakeTypedNumber(double& dValue, NoNumber noNumber, QString* pTyped = nullptr);
 
     DlgFactoryMgr* m_pDialog;
     QTableWidget* m_pTable;
@@ -71,4 +76,22 @@ protected:
     FactoryParams* m_pShown;   // the dialog's display record
     int m_nRow = -1;
     int m_nColumn = -1;
+
+private:
+    // The field's name as a sentence starts with it: "Y Max Speed".
+    static QString FieldName(const FactoryParamKey& key);
+    // The last text taken from a cell, and what it meant.
+    struct Typed
+    {
+        bool bTaken = false;
+        bool bNumber = false;
+        NoNumber noNumber = NoNumberRefused;
+        QString strText;
+        double dValue = 0.0;   // as typed, before rounding
+    };
+    // What the note says of the typed text, given the value before and the
+    // value stored now (both in the unit shown); empty when it was taken as typed.
+    QString Why(const FactoryParamKey& key, const Typed& typed, double dBefore, double dNow) const;
+
+    Typed* m_pTyped = nullptr;   // where the edit being finished records what it took
 };

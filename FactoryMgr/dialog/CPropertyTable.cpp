@@ -1,6 +1,8 @@
 #include "CPropertyTable.h"
 
+#include "CCellKeys.h"
 #include "CCellMarks.h"
+#include "CCellNote.h"
 
 #include "CTranslator.h"
 #include "ComboBox.h"
@@ -41,6 +43,10 @@ void SetUpCell(QTableWidget* pTable, int nRow, int nColumn, ComboBox* pCell, boo
         pCell->comboBox()->setAccessibleName(strName);
     if (pCell->lineEdit())
         pCell->lineEdit()->setAccessibleName(strName);
+    CCellKeys::Of(pTable)->Watch(pCell);
+    // A choice is the table's next edit: an earlier note is gone with it.
+    if (QComboBox* pList = pCell->comboBox())
+        QObject::connect(pList, &QComboBox::activated, CCellNote::Of(pTable), [pTable] { CCellNote::Of(pTable)->Say(QString()); });
     if (bMarked) {
         CPropertyTable::Item(pTable, nRow, nColumn)->setBackground(QBrush(Qt::red));
         pCell->setStyleSheet(kRedSheet);

@@ -16,7 +16,7 @@ void CSpeedTab::FillSpeedTable()
     FillColumn(1, nullptr, &DlgFactoryMgr::on_SpeedKillfocusEditValue);
 }
 
-void CSpeedTab::EditFinished()
+void CSpeedTab::StoreTyped()
 {
     const FactoryParamKey* pKey = KeyAt(m_nRow, m_nColumn);
     double dValue = 0.0;

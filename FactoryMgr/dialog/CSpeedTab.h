@@ -10,5 +10,7 @@ public:
     CSpeedTab(DlgFactoryMgr* pDialog, QTableWidget* pTable, FactoryParams* pShown);
 
     void FillSpeedTable();
-    void EditFinished();
+
+protected:
+    void StoreTyped() override;
 };

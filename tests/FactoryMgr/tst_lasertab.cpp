@@ -250,7 +250,10 @@ void TestLaserTab::textThatIsNoNumberIsIgnored()
     QTableWidget* t = f.Table("tableWidget_laser");
     TableDriver::Type(t, kMaxPower, L1, "lots");
     QCOMPARE(f.Collected().laser.lasers[0].powerMax, 100.0);
-    QCOMPARE(TableDriver::Cell(t, kMaxPower, L1)->lineEdit()->text(), QStringLiteral("lots"));
+    // The rejected text is not left standing; the line under the table says why.
+    QCOMPARE(TableDriver::Shown(t, kMaxPower, L1), QStringLiteral("100.00"));
+    QCOMPARE(f.Dialog()->findChild<QLabel*>("tableWidget_laser_note")->text(),
+             QStringLiteral("Laser 1 Max power needs a number; kept 100.00"));
 }
 
 void TestLaserTab::ratedPowerIsTheChoicesNumber()

@@ -37,6 +37,7 @@ private slots:
     void speedBeforeAnyClickStoresNothing();
 
     void languageChangeRefillsEveryTabWithTheSameValues();
+    void theNoteUnderATableIsInTheChosenLanguage();
 };
 
 void TestMachineSpeedTabs::cleanup()
@@ -214,6 +215,20 @@ void TestMachineSpeedTabs::languageChangeRefillsEveryTabWithTheSameValues()
     QCOMPARE(TableDriver::Shown(f.Table("tableWidget_motor"), 5, 3), QStringLiteral("7.89"));
     const FactoryParams after = f.Collected();
     QCOMPARE(std::memcmp(&before, &after, sizeof(FactoryParams)), 0);
+}
+
+void TestMachineSpeedTabs::theNoteUnderATableIsInTheChosenLanguage()
+{
+    TabTestFixture f;
+    QVERIFY(CTranslator::GetInstance()->SetLanguage("zh_CN"));
+    QTableWidget* t = f.Table("tableWidget_speed");
+    QTRY_COMPARE(t->item(0, 0)->text(), QStringLiteral("空程速度(mm/s)"));
+    TableDriver::Type(t, 0, 1, "abc");
+    const QString strLabel = t->item(0, 0)->text();
+    const QString strNote = f.Dialog()->findChild<QLabel*>("tableWidget_speed_note")->text();
+    // The field's translated name without its unit, then the translated sentence.
+    QVERIFY2(strNote.startsWith(strLabel.left(strLabel.indexOf('(')).trimmed() + " "), qPrintable(strNote));
+    QVERIFY2(strNote.endsWith(QStringLiteral("需要数字；已设为 0.00")), qPrintable(strNote));
 }
 
 FACTORYMGR_TEST_MAIN(TestMachineSpeedTabs)

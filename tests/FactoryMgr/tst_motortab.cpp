@@ -235,16 +235,24 @@ void TestMotorTab::textThatIsNoNumberIsIgnored()
 {
     TabTestFixture f;
     QTableWidget* t = f.Table("tableWidget_motor");
+    auto* pNote = f.Dialog()->findChild<QLabel*>("tableWidget_motor_note");
     TableDriver::Type(t, kSize, Z, "12abc");
     ComboBox* pCell = TableDriver::Cell(t, kSize, Z);
-    QCOMPARE(pCell->lineEdit()->text(), QStringLiteral("12abc"));   // stays open with the rejected text
-    QVERIFY(!pCell->lineEdit()->isHidden());
+    // The rejected text is not left standing: the cell shows the kept value,
+    // and the line under the table says why.
+    QCOMPARE(pCell->lineEdit()->text(), QStringLiteral("900.00"));
+    QVERIFY(pCell->lineEdit()->isHidden());
     QCOMPARE(pCell->label()->text(), QStringLiteral("900.00"));
     QCOMPARE(f.Collected().motor[2].size, 900.0);
+    QVERIFY(pNote && !pNote->isHidden());
+    QCOMPARE(pNote->text(), QStringLiteral("Z Move Distance needs a number; kept 900.00"));
     TableDriver::Type(t, kSize, Z, "inf");
     QCOMPARE(f.Collected().motor[2].size, 900.0);
-    TableDriver::Click(t, kStep, X);   // a click elsewhere resets the table to labels
-    QVERIFY(pCell->lineEdit()->isHidden());
+    QCOMPARE(pCell->label()->text(), QStringLiteral("900.00"));
+    // The next edit that is taken as typed takes the note away.
+    TableDriver::Type(t, kSize, Z, "901");
+    QCOMPARE(f.Collected().motor[2].size, 901.0);
+    QVERIFY2(pNote->isHidden(), qPrintable(pNote->text()));
 }
 
 void TestMotorTab::hugeNumbersStayFinite()

@@ -126,7 +126,7 @@ private slots:
     void aGarbledReadChangesNothing();
     void aReadClearsTheMarksAndFollowsTheLaserCount();
     void discardReallyDiscards();
-    void escapeEndsAnEditThenAsksWithTheDialogInItsWindow();
+    void escapeCancelsAnEditThenAsksWithTheDialogInItsWindow();
     void aRefusedUploadLeavesTheEditsUnsaved();
     void savesThatFailAreNeverCalledSaved();
     void anUnreadableParameterFileIsNeverWrittenOver();
@@ -319,7 +319,7 @@ void TestHostAccount::discardReallyDiscards()
     QCOMPARE(FileRecord().motor[0].size, strSaved.toDouble());
 }
 
-void TestHostAccount::escapeEndsAnEditThenAsksWithTheDialogInItsWindow()
+void TestHostAccount::escapeCancelsAnEditThenAsksWithTheDialogInItsWindow()
 {
     CHostWindow host;
     QVERIFY(host.Start());
@@ -337,12 +337,19 @@ void TestHostAccount::escapeEndsAnEditThenAsksWithTheDialogInItsWindow()
     QVERIFY(pEdit && pEdit->hasFocus());
     pEdit->selectAll();
     QTest::keyClicks(pEdit, "640");
-    // Escape with an edit in progress: the edit ends, the window stays, nothing asked.
+    QTest::keyClick(pEdit, Qt::Key_Return);
+    // Return moved on to the cell below; a digit there starts another edit.
+    QTest::keyClicks(QApplication::focusWidget(), "7");
+    const QString strBelow = MotorCell(pDialog, 7, 1);
+    // Escape with an edit in progress: that edit is cancelled, the window
+    // stays, nothing asked.
     ModalAnswerer answerer;
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
     QCOMPARE(answerer.Count(), 0);
     QVERIFY(pSettings->isVisible() && pDialog->isVisible());
     QCOMPARE(MotorCell(pDialog, 6, 1), QStringLiteral("640.00"));
+    QCOMPARE(MotorCell(pDialog, 7, 1), strBelow);
+    QVERIFY(!pTable->cellWidget(7, 1)->findChild<QLineEdit*>()->isVisible());
 
     // Escape again: asked, while the dialog is still in its window.
     bool bDialogInWindow = false;

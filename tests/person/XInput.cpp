@@ -87,7 +87,7 @@ bool XInput::Type(const QString& strText)
 
 bool XInput::Key(const QString& strKeys)
 {
-    return Run({"key", strKeys}) && Drain();
+    return Run(QStringList{"key"} + strKeys.split(QLatin1Char(' '), Qt::SkipEmptyParts)) && Drain();
 }
 
 bool XInput::Drain()

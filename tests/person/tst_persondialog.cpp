@@ -107,8 +107,13 @@ private slots:
 
     void typingAfterOneClickChangesOnlyThatCell_data();
     void typingAfterOneClickChangesOnlyThatCell();
-    void keysAfterReturnChangeNothing_data();
-    void keysAfterReturnChangeNothing();
+    void keysAfterReturnGoOnDownTheColumn_data();
+    void keysAfterReturnGoOnDownTheColumn();
+    void theKeyboardMovesAFramedCellAndEdits();
+    void aListChangesOnlyByAChoiceFromTheKeyboard();
+    void theKeyboardPassesCellsThatAreOff();
+    void aValueNotTakenAsTypedIsSaidUnderTheTable_data();
+    void aValueNotTakenAsTypedIsSaidUnderTheTable();
     void doubleClickThenTypingStillReachesTheCell();
     void aListClickedAfterTypingInItsColumnOpens();
     void wheelOverListsScrollsAndChangesNothing();
@@ -142,6 +147,10 @@ private:
                         double* pRedShare = nullptr);
     // Clicks Upload and waits for the check to be done.
     bool ClickUpload();
+    // Waits until the keyboard focus is on the cell's editor.
+    bool FocusIsOn(int nTab, int nRow, int nColumn);
+    // Whether the keyboard's frame is seen around the cell.
+    bool Framed(int nTab, int nRow, int nColumn);
     void RefuseSome();
     // The host's part in an Upload: send, let the controller limit what it
     // cannot take, check what it kept.
@@ -427,14 +436,14 @@ void TestPersonDialog::typingAfterOneClickChangesOnlyThatCell()
     QVERIFY2(RecordDifference(expectedRecord, sent).isEmpty(), qPrintable(RecordDifference(expectedRecord, sent)));
 }
 
-void TestPersonDialog::keysAfterReturnChangeNothing_data()
+void TestPersonDialog::keysAfterReturnGoOnDownTheColumn_data()
 {
     QTest::addColumn<int>("nCase");
     for (int i = 0; i < TypedCases().size(); ++i)
         QTest::newRow(TypedCases()[i].szName) << i;
 }
 
-void TestPersonDialog::keysAfterReturnChangeNothing()
+void TestPersonDialog::keysAfterReturnGoOnDownTheColumn()
 {
     QFETCH(int, nCase);
     const TypedCase& c = TypedCases()[nCase];
@@ -445,21 +454,287 @@ void TestPersonDialog::keysAfterReturnChangeNothing()
     QVERIFY(m_pInput->Key("Return"));
     const Screen committed = Read();
     QCOMPARE(committed.value(Key(c.nTab, c.nRow, c.nColumn)), QString::fromLatin1(c.szShown));
-    // More keys: no cell is being edited, so none of them may change anything
-    // (they once chose "100" in "Laser power(W)", the list that held the focus).
+
+    // Return moved the current cell down the column, past disabled cells
+    // and the heading row; it stays at the column's last cell.
+    const auto below = [&](int nRow) {
+        for (int r = nRow + 1; r < Table(c.nTab)->rowCount(); ++r)
+            if (Cell(c.nTab, r, c.nColumn) && Cell(c.nTab, r, c.nColumn)->isEnabled())
+                return r;
+        return nRow;
+    };
+    int nCurrent = below(c.nRow);
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(Cell(c.nTab, nCurrent, c.nColumn)));
+
+    // More keys go on from there: a digit on a number starts its edit, Down
+    // commits it and moves on; there a digit starts another edit, which
+    // Escape cancels. On a list, digits change nothing.
+    Screen expected = committed;
+    const int nFirst = nCurrent;
+    const int nSecond = below(nFirst);
+    if (Cell(c.nTab, nFirst, c.nColumn)->lineEdit())
+        expected[Key(c.nTab, nFirst, c.nColumn)] = QStringLiteral("1.00");
     QVERIFY(m_pInput->Type("1"));
     QVERIFY(m_pInput->Key("Down"));
     QVERIFY(m_pInput->Type("3"));
-    QVERIFY(m_pInput->Key("Return"));
+    // (On a list no edit is open: there Escape would close the window.)
+    if (Cell(c.nTab, nSecond, c.nColumn)->lineEdit())
+        QVERIFY(m_pInput->Key("Escape"));
+    QVERIFY(m_pInput->Drain());
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(Cell(c.nTab, nSecond, c.nColumn)));
+    QVERIFY(m_pDialog->isVisible());
     const Screen after = Read();
-    QVERIFY2(after == committed, qPrintable("the keys changed a cell: " + ScreenDifference(committed, after)));
+    QVERIFY2(after == expected, qPrintable(ScreenDifference(expected, after)));
+    QVERIFY(!QApplication::activePopupWidget());
+}
+
+namespace {
+// The share of the pixels along a rectangle's top and bottom edges (two
+// pixels deep) that have the colour of the keyboard's frame.
+double FrameShare(const QImage& image, const QColor& frame)
+{
+    int nFrame = 0;
+    int nAll = 0;
+    for (int y : {0, 1, image.height() - 2, image.height() - 1})
+        for (int x = 4; x < image.width() - 4; ++x, ++nAll) {
+            const QColor pixel = image.pixelColor(x, y);
+            if (std::abs(pixel.red() - frame.red()) < 40 && std::abs(pixel.green() - frame.green()) < 40
+                && std::abs(pixel.blue() - frame.blue()) < 40)
+                ++nFrame;
+        }
+    return nAll ? double(nFrame) / nAll : 0.0;
+}
+
+// What assistive technology says of the widget that has the keyboard focus.
+QString FocusSaid()
+{
     QWidget* pFocus = QApplication::focusWidget();
-    QVERIFY(!qobject_cast<QComboBox*>(pFocus));
-    QVERIFY(!qobject_cast<QLineEdit*>(pFocus) || !pFocus->isVisible());
+    QAccessibleInterface* pAccess = pFocus ? QAccessible::queryAccessibleInterface(pFocus) : nullptr;
+    return pAccess ? pAccess->text(QAccessible::Name) + " | " + pAccess->text(QAccessible::Description) : QString();
+}
+}
+
+bool TestPersonDialog::FocusIsOn(int nTab, int nRow, int nColumn)
+{
+    return QTest::qWaitFor([&] { return QApplication::focusWidget() == Cell(nTab, nRow, nColumn); }, 5000);
+}
+
+bool TestPersonDialog::Framed(int nTab, int nRow, int nColumn)
+{
+    const QColor frame = Table(nTab)->palette().color(QPalette::Highlight);
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
+    return QTest::qWaitFor(
+        [&] {
+            const CellPicture picture(Table(nTab)->viewport(), CellRect(nTab, nRow, nColumn));
+            return FrameShare(picture.Image(), frame) > 0.8;
+        },
+        3000);
+}
+
+void TestPersonDialog::theKeyboardMovesAFramedCellAndEdits()
+{
+    QVERIFY(ShowTab(MotorTab));
+    const Screen before = Read();
+    // Into the table with one click; Escape gives the cell its value back
+    // and the window stays.
+    QVERIFY(m_pInput->Click(CellCentre(MotorTab, 5, 1)));
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(Cell(MotorTab, 5, 1)->lineEdit()));
+    QVERIFY(m_pInput->Type("77"));
+    QVERIFY(m_pInput->Key("Escape"));
+    QVERIFY(FocusIsOn(MotorTab, 5, 1));
+    QVERIFY(m_pDialog->isVisible());
+    QVERIFY(!Cell(MotorTab, 5, 1)->lineEdit()->isVisible());
+    QVERIFY2(Read() == before, qPrintable(ScreenDifference(before, Read())));
+    QVERIFY(Framed(MotorTab, 5, 1));
+
+    // The arrows move the frame and the focus; the label column is passed.
+    QVERIFY(m_pInput->Key("Right"));
+    QVERIFY(FocusIsOn(MotorTab, 5, 2));
+    QVERIFY(Framed(MotorTab, 5, 2));
+    QVERIFY(!Framed(MotorTab, 5, 1));
+    QVERIFY2(FocusSaid().startsWith(Table(MotorTab)->item(5, 0)->text() + " Y"), qPrintable(FocusSaid()));
+    QVERIFY(m_pInput->Key("Left Left Left"));
+    QVERIFY(FocusIsOn(MotorTab, 5, 1));
+    // Down passes the heading row.
+    QVERIFY(m_pInput->Key("Down Down Down"));
+    QVERIFY(FocusIsOn(MotorTab, 9, 1));
+    QVERIFY(ScrollIntoView(MotorTab, 9, 1));
+    QVERIFY(Framed(MotorTab, 9, 1));
+
+    // F2 opens the value selected; Tab commits and moves right.
+    QVERIFY(m_pInput->Key("F2"));
+    QLineEdit* pEdit = Cell(MotorTab, 9, 1)->lineEdit();
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(pEdit));
+    QCOMPARE(pEdit->selectedText(), pEdit->text());
+    QVERIFY(m_pInput->Type("33"));
+    QVERIFY(m_pInput->Key("Tab"));
+    QVERIFY(FocusIsOn(MotorTab, 9, 2));
+    // A digit opens the cell with that digit; Return commits and moves down.
+    QVERIFY(m_pInput->Type("44"));
+    QVERIFY(m_pInput->Key("Return"));
+    QVERIFY(FocusIsOn(MotorTab, 10, 2));
+    // Shift+Tab goes back along the row.
+    QVERIFY(m_pInput->Key("shift+Tab"));
+    QVERIFY(FocusIsOn(MotorTab, 10, 1));
+
+    Screen expected = before;
+    expected[Key(MotorTab, 9, 1)] = QStringLiteral("33.00");
+    expected[Key(MotorTab, 9, 2)] = QStringLiteral("44.00");
+    const Screen after = Read();
+    QVERIFY2(after == expected, qPrintable(ScreenDifference(expected, after)));
+
+    // Ctrl+End: the table's last cell; Tab from there leaves the table.
+    QVERIFY(m_pInput->Key("ctrl+End"));
+    const int nLastRow = Table(MotorTab)->rowCount() - 1;
+    QVERIFY(FocusIsOn(MotorTab, nLastRow, 4));
+    QVERIFY(m_pInput->Key("Tab"));
+    QTRY_VERIFY(QApplication::focusWidget() && !Table(MotorTab)->isAncestorOf(QApplication::focusWidget()));
+
     FactoryParams expectedRecord = OpeningAsSent();
-    c.expect(expectedRecord);
+    expectedRecord.motor[0].speedJump = 33.0;
+    expectedRecord.motor[1].speedJump = 44.0;
     const FactoryParams sent = Uploaded();
     QVERIFY2(RecordDifference(expectedRecord, sent).isEmpty(), qPrintable(RecordDifference(expectedRecord, sent)));
+}
+
+void TestPersonDialog::aListChangesOnlyByAChoiceFromTheKeyboard()
+{
+    QVERIFY(ShowTab(MotorTab));
+    QVERIFY(m_pInput->Click(CellCentre(MotorTab, 5, 1)));
+    QVERIFY(m_pInput->Key("Escape"));
+    QVERIFY(FocusIsOn(MotorTab, 5, 1));
+    const Screen before = Read();
+    // Up and Down on closed lists move between cells and change nothing.
+    QVERIFY(m_pInput->Key("Up Up Up Down"));
+    QVERIFY(FocusIsOn(MotorTab, 3, 1));
+    QVERIFY(Framed(MotorTab, 3, 1));
+    QVERIFY(m_pInput->Type("1a"));
+    QVERIFY2(Read() == before, qPrintable("keys on a closed list: " + ScreenDifference(before, Read())));
+
+    QComboBox* pList = Cell(MotorTab, 3, 1)->comboBox();
+    // Alt+Down and F4 open it, Escape closes it: nothing chosen.
+    for (const char* szOpen : {"alt+Down", "F4"}) {
+        QVERIFY(m_pInput->Key(QString::fromLatin1(szOpen)));
+        QTRY_VERIFY2(Cell(MotorTab, 3, 1)->comboBox()->view()->isVisible(), szOpen);
+        QVERIFY(m_pInput->Key("Escape"));
+        QTRY_VERIFY(!QApplication::activePopupWidget());
+        QVERIFY(m_pDialog->isVisible());
+        QVERIFY(FocusIsOn(MotorTab, 3, 1));
+    }
+    QVERIFY2(Read() == before, qPrintable(ScreenDifference(before, Read())));
+    // Space opens it; the next choice is picked with Down and Return.
+    const int nWas = pList->currentIndex();
+    const bool bDown = nWas + 1 < pList->count();
+    const int nWant = bDown ? nWas + 1 : nWas - 1;
+    QVERIFY(m_pInput->Key("space"));
+    QTRY_VERIFY(Cell(MotorTab, 3, 1)->comboBox()->view()->isVisible());
+    QVERIFY(m_pInput->Key(bDown ? "Down Return" : "Up Return"));
+    QTRY_VERIFY(!QApplication::activePopupWidget());
+    QTRY_COMPARE(Cell(MotorTab, 3, 1)->comboBox()->currentIndex(), nWant);
+    // The focus is on the chosen cell, and the next arrow moves on.
+    QVERIFY(FocusIsOn(MotorTab, 3, 1));
+    QVERIFY(m_pInput->Key("Down"));
+    QVERIFY(FocusIsOn(MotorTab, 4, 1));
+
+    Screen expected = before;
+    expected[Key(MotorTab, 3, 1)] = Cell(MotorTab, 3, 1)->comboBox()->itemText(nWant);
+    const Screen after = Read();
+    QVERIFY2(after == expected, qPrintable(ScreenDifference(expected, after)));
+    const FactoryParams sent = Uploaded();
+    QCOMPARE(CParamDiff::Compare(OpeningAsSent(), sent).size(), 1);
+}
+
+void TestPersonDialog::theKeyboardPassesCellsThatAreOff()
+{
+    // A glass tube: pre-ignition frequency and width (rows 7 and 8) are off.
+    QVERIFY(ShowTab(LaserTab));
+    QVERIFY(!Cell(LaserTab, 7, 1)->isEnabled() && !Cell(LaserTab, 8, 1)->isEnabled());
+    QVERIFY(ScrollIntoView(LaserTab, 6, 1));
+    QVERIFY(m_pInput->Click(CellCentre(LaserTab, 6, 1)));
+    QVERIFY(m_pInput->Key("Escape"));
+    QVERIFY(FocusIsOn(LaserTab, 6, 1));
+    QVERIFY(m_pInput->Key("Down"));
+    QVERIFY(FocusIsOn(LaserTab, 9, 1));
+    QVERIFY(m_pInput->Key("Up"));
+    QVERIFY(FocusIsOn(LaserTab, 6, 1));
+}
+
+void TestPersonDialog::aValueNotTakenAsTypedIsSaidUnderTheTable_data()
+{
+    QTest::addColumn<int>("nTab");
+    QTest::addColumn<int>("nRow");
+    QTest::addColumn<int>("nColumn");
+    QTest::addColumn<QString>("strKeys");   // typed, or a key's name in braces
+    QTest::addColumn<QString>("strShown");
+    QTest::addColumn<QString>("strNote");
+    QTest::newRow("above Y's cap") << int(MotorTab) << 10 << 2 << "900" << "1000.00"
+                                    << "Y Max Speed takes at most 500 mm/s here; kept 1000.00";
+    QTest::newRow("the README's Y acceleration") << int(MotorTab) << 11 << 2 << "45000" << "20000.00"
+                                                 << "Y Max Acc takes at most 10000 mm/s² here; kept 20000.00";
+    QTest::newRow("Z cannot change here") << int(MotorTab) << 10 << 3 << "100" << "1000.00"
+                                          << "Z Max Speed is not changed from this table; kept 1000.00";
+    QTest::newRow("letters") << int(MotorTab) << 6 << 1 << "abc" << "900.00"
+                             << "X Move Distance needs a number; kept 900.00";
+    QTest::newRow("beyond a double") << int(MotorTab) << 6 << 1 << "1e999" << "900.00"
+                                     << "X Move Distance needs a number; kept 900.00";
+    QTest::newRow("a decimal comma") << int(MotorTab) << 6 << 1 << "1,5" << "900.00"
+                                     << "X Move Distance needs a number; kept 900.00";
+    QTest::newRow("emptied") << int(MotorTab) << 6 << 1 << "{BackSpace}" << "900.00"
+                             << "X Move Distance needs a number; kept 900.00";
+    QTest::newRow("negative") << int(MotorTab) << 6 << 1 << "-5" << "0.00"
+                              << "X Move Distance takes at least 0 mm here; set to 0.00";
+    QTest::newRow("four decimals") << int(MotorTab) << 5 << 1 << "1.23456" << "1.24"
+                                   << "X Step keeps 3 decimals; set to 1.235";
+    QTest::newRow("laser above 100") << int(LaserTab) << 4 << 1 << "150" << "100.00"
+                                     << "Laser 1 Max power takes at most 100 % here; set to 100.00";
+    QTest::newRow("processing letters") << int(ProcessingTab) << 0 << 1 << "abc" << "0.00"
+                                        << "Idle speed needs a number; set to 0.00";
+}
+
+void TestPersonDialog::aValueNotTakenAsTypedIsSaidUnderTheTable()
+{
+    QFETCH(int, nTab);
+    QFETCH(int, nRow);
+    QFETCH(int, nColumn);
+    QFETCH(QString, strKeys);
+    QFETCH(QString, strShown);
+    QFETCH(QString, strNote);
+    QVERIFY(ShowTab(nTab));
+    QVERIFY(ScrollIntoView(nTab, nRow, nColumn));
+    auto* pNote = m_pDialog->findChild<QLabel*>(QString::fromLatin1(kTables[nTab]) + "_note");
+    QVERIFY(!pNote || !pNote->isVisible());
+    QVERIFY(m_pInput->Click(CellCentre(nTab, nRow, nColumn)));
+    QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(Cell(nTab, nRow, nColumn)->lineEdit()));
+    if (strKeys.startsWith('{'))
+        QVERIFY(m_pInput->Key(strKeys.mid(1, strKeys.size() - 2)));
+    else
+        QVERIFY(m_pInput->Type(strKeys));
+    QVERIFY(m_pInput->Key("Return"));
+    QVERIFY(m_pInput->Drain());
+
+    // The cell shows what is kept, never the refused text; no box asks anything.
+    QCOMPARE(Read().value(Key(nTab, nRow, nColumn)), strShown);
+    QVERIFY(!Cell(nTab, nRow, nColumn)->lineEdit()->isVisible());
+    QVERIFY(!QApplication::activeModalWidget());
+    // The line under the table says why, on the screen and to assistive technology.
+    pNote = m_pDialog->findChild<QLabel*>(QString::fromLatin1(kTables[nTab]) + "_note");
+    QVERIFY(pNote);
+    QTRY_VERIFY(pNote->isVisible());
+    QCOMPARE(pNote->text(), strNote);
+    QCOMPARE(QAccessible::queryAccessibleInterface(pNote)->text(QAccessible::Name), strNote);
+    const QRect underTable = pNote->geometry();
+    QVERIFY(underTable.top() >= Table(nTab)->geometry().bottom());
+    QTRY_VERIFY(CellPicture(pNote, pNote->rect()).InkCount() > 50);
+
+    // The table's next edit, taken as typed, takes the note away.
+    const QPoint next = nTab == MotorTab ? QPoint(2, 5) : QPoint(1, 5);
+    QVERIFY(ScrollIntoView(nTab, next.y(), next.x()));
+    QVERIFY(m_pInput->Click(CellCentre(nTab, next.y(), next.x())));
+    QVERIFY(m_pInput->Type("7"));
+    QVERIFY(m_pInput->Key("Return"));
+    QTRY_VERIFY(!pNote->isVisible());
+    QCOMPARE(Read().value(Key(nTab, next.y(), next.x())), QStringLiteral("7.00"));
 }
 
 void TestPersonDialog::doubleClickThenTypingStillReachesTheCell()
@@ -764,16 +1039,25 @@ void TestPersonDialog::screenshotsForALook()
     const QString strDir = qEnvironmentVariable("FACTORYMGR_PERSON_SHOTS");
     if (strDir.isEmpty())
         QSKIP("set FACTORYMGR_PERSON_SHOTS to a directory to get the screenshots");
+    const auto shoot = [&](const QString& strName) {
+        const QRect frame = m_pDialog->frameGeometry();
+        QGuiApplication::primaryScreen()->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height()).save(strDir + "/" + strName);
+    };
     RefuseSome();
     QVERIFY(ClickUpload());
     for (int nTab : {MotorTab, LaserTab, ProcessingTab, MachineTab}) {
         QVERIFY(ShowTab(nTab));
         QTest::qWait(200);
-        QGuiApplication::primaryScreen()
-            ->grabWindow(0, m_pDialog->frameGeometry().x(), m_pDialog->frameGeometry().y(),
-                         m_pDialog->frameGeometry().width(), m_pDialog->frameGeometry().height())
-            .save(QStringLiteral("%1/tab%2.png").arg(strDir).arg(nTab));
+        shoot(QStringLiteral("tab%1.png").arg(nTab));
     }
+    // A refused value's note under the table, and the keyboard's frame on the cell below.
+    QVERIFY(ShowTab(MotorTab));
+    QVERIFY(ScrollIntoView(MotorTab, 11, 2));
+    QVERIFY(m_pInput->Click(CellCentre(MotorTab, 10, 2)));
+    QVERIFY(m_pInput->Type("900"));
+    QVERIFY(m_pInput->Key("Return"));
+    QTest::qWait(200);
+    shoot(QStringLiteral("keyboard.png"));
 }
 
 FACTORYMGR_PERSON_TEST_MAIN(TestPersonDialog)

@@ -89,7 +89,7 @@ private slots:
     void cleanupTestCase();
 
     void theSettingsWindowOpensBesideTheReportAndWhereItWasLeft();
-    void escapeEndsTheEditThenAsksAndEachAnswerDoesWhatItSays();
+    void escapeCancelsTheEditThenAsksAndEachAnswerDoesWhatItSays();
     void closingAndQuittingAskThenSaveOrUpload();
     void closingUploadsAndQuittingSaves();
     void aPartlyRefusedUploadKeptAsTheDialogHadIt();
@@ -207,7 +207,7 @@ void TestPersonHost::theSettingsWindowOpensBesideTheReportAndWhereItWasLeft()
     QTRY_COMPARE(host.Session().SettingsWindow()->pos(), moved);
 }
 
-void TestPersonHost::escapeEndsTheEditThenAsksAndEachAnswerDoesWhatItSays()
+void TestPersonHost::escapeCancelsTheEditThenAsksAndEachAnswerDoesWhatItSays()
 {
     CHostWindow host;
     QVERIFY(Start(host));
@@ -217,11 +217,17 @@ void TestPersonHost::escapeEndsTheEditThenAsksAndEachAnswerDoesWhatItSays()
     CSettingsWindow* pSettings = host.Session().SettingsWindow();
     QDialog* pDialog = host.Session().Dialog();
 
-    // Escape while typing: the edit ends and goes in; nothing is asked.
+    // One value typed and committed with Return; then, on the cell below,
+    // Escape while typing: that edit is cancelled and nothing is asked.
     QVERIFY(m_pInput->Click(CellCentre(host, 6, 1)));
     QVERIFY(m_pInput->Type("640"));
-    QVERIFY(m_pInput->Key("Escape"));
+    QVERIFY(m_pInput->Key("Return"));
     QTRY_COMPARE(MotorCell(host, 6, 1), QStringLiteral("640.00"));
+    const QString strBelow = MotorCell(host, 7, 1);
+    QVERIFY(m_pInput->Type("7"));
+    QVERIFY(m_pInput->Key("Escape"));
+    QVERIFY(m_pInput->Drain());
+    QCOMPARE(MotorCell(host, 7, 1), strBelow);
     QVERIFY(!QApplication::activeModalWidget());
     QVERIFY(pSettings->isVisible());
 
