@@ -114,10 +114,47 @@ char16_t Escaped(char c)
 // it: quotes dropped, escapes resolved (a numeric escape wraps at 16 bits as
 // the layer's does), leading blanks skipped, and split at commas outside
 // quotes. Only the beginning matters, so each is cut at kPrefix characters.
-// Bytes above 0x7F produce no character here: the layer may hold one back
-// while it waits for the rest of a UTF-8 sequence, and a character that is
-// not there cannot hide an '@' behind it.
+// A well-formed UTF-8 sequence produces a character (which is not '@')
+// whatever came before it. Any other byte above 0x7F produces none here: the
+// layer may hold one back while it waits for the rest of a sequence, and a
+// character that is not there cannot hide an '@' behind it.
 constexpr qsizetype kPrefix = 24;
+
+// The length of the well-formed UTF-8 sequence at nAt, or 0 when there is none.
+qsizetype Utf8SequenceAt(const QByteArray& data, qsizetype nAt, qsizetype nTo)
+{
+    const uchar lead = uchar(data[nAt]);
+    qsizetype nLength = 0;
+    uchar secondLow = 0x80;
+    uchar secondHigh = 0xBF;
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        nLength = 2;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+        nLength = 3;
+        if (lead == 0xE0)
+            secondLow = 0xA0;
+        else if (lead == 0xED)
+            secondHigh = 0x9F;
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+        nLength = 4;
+        if (lead == 0xF0)
+            secondLow = 0x90;
+        else if (lead == 0xF4)
+            secondHigh = 0x8F;
+    } else {
+        return 0;
+    }
+    if (nAt + nLength > nTo)
+        return 0;
+    for (qsizetype k = 1; k < nLength; ++k) {
+        const uchar c = uchar(data[nAt + k]);
+        const uchar low = k == 1 ? secondLow : uchar(0x80);
+        const uchar high = k == 1 ? secondHigh : uchar(0xBF);
+        if (c < low || c > high)
+            return 0;
+    }
+    return nLength;
+}
 
 QList<QString> ElementBeginnings(const QByteArray& data, qsizetype nFrom, qsizetype nTo)
 {
@@ -165,9 +202,13 @@ QList<QString> ElementBeginnings(const QByteArray& data, qsizetype nFrom, qsizet
         } else if (c == ',' && !bQuoted) {
             elements << QString();
             i = skipBlanks(i + 1);
+        } else if (uchar(c) < 0x80) {
+            add(char16_t(uchar(c)));
+            ++i;
+        } else if (const qsizetype nSequence = Utf8SequenceAt(data, i, nTo)) {
+            add(u'\uFFFD');
+            i += nSequence;
         } else {
-            if (uchar(c) < 0x80)
-                add(char16_t(uchar(c)));
             ++i;
         }
     }

@@ -61,6 +61,7 @@ private slots:
     void aWriteThatMissesTheFlashIsAFlashError();
     void aFlashFileItNeverWroteIsReadAsFarAsItCanBe_data();
     void aFlashFileItNeverWroteIsReadAsFarAsItCanBe();
+    void aFlashItWroteOverAStrangeFileItTakesAgain();
     void aPipeInPlaceOfAFirmwareOrPatternFileIsRefused();
     void upgradeChecksTheFile_data();
     void upgradeChecksTheFile();
@@ -493,6 +494,29 @@ void TestSimController::aFlashFileItNeverWroteIsReadAsFarAsItCanBe()
         QVERIFY(after.open(QIODevice::ReadOnly));
         QCOMPARE(after.readAll(), nested);
     }
+}
+
+void TestSimController::aFlashItWroteOverAStrangeFileItTakesAgain()
+{
+    // A key of its own, with bytes that are no UTF-8: the settings layer keeps
+    // the key and writes its text back as replacement characters, one of which
+    // now stands before an '@'.
+    QVERIFY(QDir().mkpath(QFileInfo(m_strFlash).absolutePath()));
+    WriteFile(m_strFlash, QByteArray("ARA=\xb2\xde\\\x88x\xcb@0\xd6\x89\xb6\xb1\n"));
+    FactoryParams params;
+    params.motor[0].speedMax = 1250.0;
+    {
+        auto pSim = Make();
+        QCOMPARE(pSim->FlashProblem(), QString());
+        QCOMPARE(pSim->WriteFactoryParams(&params), 0);
+    }
+    auto pSim = Make();
+    QCOMPARE(pSim->FlashProblem(), QString());
+    FactoryParams read;
+    QCOMPARE(pSim->ReadFactoryParams(&read), 0);
+    QCOMPARE(read.motor[0].speedMax, 1250.0);
+    params.motor[0].speedMax = 1300.0;
+    QCOMPARE(pSim->WriteFactoryParams(&params), 0);
 }
 
 void TestSimController::aPipeInPlaceOfAFirmwareOrPatternFileIsRefused()

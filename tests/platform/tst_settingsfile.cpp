@@ -66,6 +66,10 @@ void TestSettingsFile::findsWhatTheLayerWouldDeserialise_data()
     QTest::newRow("after a byte array in a list") << "k=@ByteArray(ab), " + kInt << true << true;
     QTest::newRow("after a line continued") << "k=\\\n" + kInt << true << true;
     QTest::newRow("after a dropped UTF-8 lead byte") << "k=\xc3\\x40" + kIntTail << true << false;
+    QTest::newRow("behind a whole UTF-8 character") << "k=\xc3\xa9" + kInt << false << false;
+    QTest::newRow("behind a replacement character") << "k=\xef\xbf\xbd\xef\xbf\xbd" + kInt << false << false;
+    QTest::newRow("behind a surrogate's bytes") << "k=\xed\xa0\x80" + kInt << true << false;
+    QTest::newRow("behind a cut 4-byte character") << "k=\xf0\x9f\x98" + kInt << true << false;
     QTest::newRow("a byte array") << QByteArray("k=@ByteArray(\\0,\\x1@Variant(\\0)") << false << false;
     QTest::newRow("a quoted byte array with a comma") << QByteArray("k=\"@ByteArray(a,@Variant(x))\"") << false << false;
     QTest::newRow("an escaped @") << "k=@@" + kIntTail << false << false;
