@@ -7,15 +7,16 @@
 #include "CParamDiff.h"
 #include "CPatternConverter.h"
 #include "CRestoreDialog.h"
-#include "CSettingsWindow.h"
 #include "CSettingsFile.h"
+#include "CSettingsWindow.h"
 #include "CSimController.h"
 #include "CTranslator.h"
-#include "CUploadReport.h"
 #include "CUiPermissionsManager.h"
+#include "CUploadReport.h"
 #include "FactoryParamIo.h"
 #include "FactoryParams.h"
 #include "ILog.h"
+#include "ScreenFit.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -384,7 +385,7 @@ void CHostSession::ShowInSettingsWindow(QDialog* pDialog)
     if (CHostSettings::Geometry(QStringLiteral("settings")).isEmpty()) {
         const QRect available = m_pWindow->screen()->availableGeometry();
         const QRect main = m_pWindow->frameGeometry();
-        QRect place(QPoint(main.right() + 8, main.top()), m_pSettings->size());
+        QRect place(QPoint(main.right() + 8, main.top()), ScreenFit::Framed(m_pSettings->size()));
         if (!available.contains(place))
             place.moveTopLeft(QPoint(main.left(), main.bottom() + 8));
         if (available.contains(place))

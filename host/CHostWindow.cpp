@@ -5,11 +5,12 @@
 #include "CDisplayUnit.h"
 #include "CHostSession.h"
 #include "CHostSettings.h"
-#include "HostRules.h"
 #include "CParamAccount.h"
 #include "CSimController.h"
 #include "CTranslator.h"
 #include "CUiPermissionsManager.h"
+#include "HostRules.h"
+#include "ScreenFit.h"
 
 #include <QActionGroup>
 #include <QApplication>
@@ -78,6 +79,7 @@ CHostWindow::CHostWindow(QWidget* parent)
     // Where the person left the window, and its panel, last time.
     restoreGeometry(CHostSettings::Geometry(QStringLiteral("main")));
     restoreState(CHostSettings::State());
+    ScreenFit::Fit(this);
 }
 
 CHostWindow::~CHostWindow()

@@ -4,6 +4,7 @@
 #include "CParamDiff.h"
 #include "CTranslator.h"
 #include "FactoryParamIo.h"
+#include "ScreenFit.h"
 
 #include <QDialogButtonBox>
 #include <QHeaderView>
@@ -91,6 +92,7 @@ CRestoreDialog::CRestoreDialog(const QString& strParameterFile, const FactoryPar
     m_pList->resizeColumnToContents(1);
     m_pDifferences->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     resize(640, 520);
+    ScreenFit::Fit(this);
 }
 
 void CRestoreDialog::ReadBatch(int nCount)

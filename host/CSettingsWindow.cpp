@@ -1,6 +1,7 @@
 #include "CSettingsWindow.h"
 
 #include "CHostSettings.h"
+#include "ScreenFit.h"
 
 #include <QCloseEvent>
 #include <QDialog>
@@ -58,6 +59,7 @@ CSettingsWindow::CSettingsWindow(QDialog* pDialog, QWidget* parent)
     resize(pDialog->size());
     // Where the person left it last time.
     restoreGeometry(CHostSettings::Geometry(QStringLiteral("settings")));
+    ScreenFit::Fit(this);
 }
 
 CSettingsWindow::~CSettingsWindow()

@@ -3,9 +3,10 @@
 #include "CCutPatternTask.h"
 #include "CFactoryMgrApp.h"
 #include "CSettingsFile.h"
+#include "CTranslator.h"
 #include "HostRules.h"
 #include "ILog.h"
-#include "CTranslator.h"
+#include "ScreenFit.h"
 #include "ThreadDialogRun.h"
 #include "ui_CDlgCalibrateXyStep.h"
 
@@ -44,6 +45,7 @@ CDlgCalibrateXyStep::CDlgCalibrateXyStep(QWidget* parent)
     for (QPushButton* pButton : {ui->pushButton_cutting, ui->pushButton_nextStep, ui->pushButton_prevStep, ui->pushButton_ok})
         pButton->setAutoDefault(false);
     RetranslateTexts();
+    ScreenFit::Fit(this);
 }
 
 CDlgCalibrateXyStep::~CDlgCalibrateXyStep()

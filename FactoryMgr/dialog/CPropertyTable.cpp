@@ -207,10 +207,27 @@ void CPropertyTable::Describe(QTableWidget* pTable, int nRow, int nColumn)
         ? CTranslator::GetInstance()->GetWording(QStringLiteral("The controller did not keep this value."))
         : QString();
     pItem->setData(Qt::AccessibleTextRole, pCell->shownText());
+    KeepWidthFor(pTable, pCell);
     pItem->setData(Qt::AccessibleDescriptionRole, strMarked);
     const QString strExplained = pItem->data(Qt::ToolTipRole).toString();
     pCell->setToolTip(strMarked.isEmpty() || strExplained.isEmpty() ? strExplained + strMarked
                                                                     : strExplained + "\n" + strMarked);
+}
+
+void CPropertyTable::KeepWidthFor(QTableWidget* pTable, ComboBox* pCell)
+{
+    // A list: its widest choice with the arrow; a number: all its digits.
+    int nNeed = 0;
+    if (QComboBox* pList = pCell->comboBox()) {
+        nNeed = pList->sizeHint().width();
+    } else {
+        const QLabel* pLabel = pCell->label();
+        nNeed = pLabel->fontMetrics().horizontalAdvance(pLabel->text()) + 2 * pLabel->indent() + 12;
+    }
+    // Narrower, the columns scroll; a number is never cut into another number.
+    QHeaderView* pHeader = pTable->horizontalHeader();
+    if (nNeed > pHeader->minimumSectionSize())
+        pHeader->setMinimumSectionSize(nNeed);
 }
 
 void CPropertyTable::SetExplanation(QTableWidget* pTable, int nRow, int nColumn, const QString& strText)

@@ -58,6 +58,9 @@ public:
     // and gives the cell its tooltip: its explanation, and for a marked cell
     // what the controller did.
     static void Describe(QTableWidget* pTable, int nRow, int nColumn);
+    // Keeps the table's value columns at least as wide as the cell needs to
+    // show all of its value (the table scrolls sideways when the window is narrower).
+    static void KeepWidthFor(QTableWidget* pTable, ComboBox* pCell);
     // Keeps what the cell's tooltip says of its field, and describes the cell.
     static void SetExplanation(QTableWidget* pTable, int nRow, int nColumn, const QString& strText);
 

@@ -9,8 +9,10 @@
 XInput::XInput()
     : m_pProbe(std::make_unique<QWidget>())
 {
-    // Out of the way in the screen's top left corner; it never takes the focus.
-    m_pProbe->setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus);
+    // Out of the way in the screen's top left corner, above any window that
+    // grows to the screen's size; it never takes the focus.
+    m_pProbe->setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus
+                             | Qt::WindowStaysOnTopHint);
     m_pProbe->setAttribute(Qt::WA_ShowWithoutActivating);
     m_pProbe->setMouseTracking(true);
     m_pProbe->setGeometry(0, 0, 24, 24);
@@ -45,20 +47,27 @@ bool XInput::Run(const QStringList& arguments)
     return true;
 }
 
+QStringList XInput::Native(const QPoint& at) const
+{
+    // The application works in points scaled by the scale factor; the X
+    // server in the screen's own pixels.
+    const qreal dRatio = m_pProbe->devicePixelRatioF();
+    return {QString::number(qRound(at.x() * dRatio)), QString::number(qRound(at.y() * dRatio))};
+}
+
 bool XInput::MoveTo(const QPoint& at)
 {
-    return Run({"mousemove", QString::number(at.x()), QString::number(at.y())});
+    return Run(QStringList{"mousemove"} + Native(at));
 }
 
 bool XInput::Click(const QPoint& at)
 {
-    return Run({"mousemove", QString::number(at.x()), QString::number(at.y()), "click", "1"}) && Drain();
+    return Run(QStringList{"mousemove"} + Native(at) + QStringList{"click", "1"}) && Drain();
 }
 
 bool XInput::DoubleClick(const QPoint& at)
 {
-    return Run({"mousemove", QString::number(at.x()), QString::number(at.y()), "click", "--repeat", "2", "--delay",
-                "40", "1"})
+    return Run(QStringList{"mousemove"} + Native(at) + QStringList{"click", "--repeat", "2", "--delay", "40", "1"})
         && Drain();
 }
 
@@ -66,17 +75,17 @@ bool XInput::Drag(const QPoint& from, const QPoint& to)
 {
     // At a person's pace: the window manager follows a drag as the motion comes.
     const QPoint middle = (from + to) / 2;
-    return Run({"mousemove", QString::number(from.x()), QString::number(from.y()), "mousedown", "1", "sleep", "0.1",
-                "mousemove", QString::number(middle.x()), QString::number(middle.y()), "sleep", "0.1", "mousemove",
-                QString::number(to.x()), QString::number(to.y()), "sleep", "0.1", "mouseup", "1"})
+    return Run(QStringList{"mousemove"} + Native(from) + QStringList{"mousedown", "1", "sleep", "0.1", "mousemove"}
+               + Native(middle) + QStringList{"sleep", "0.1", "mousemove"} + Native(to)
+               + QStringList{"sleep", "0.1", "mouseup", "1"})
         && Drain();
 }
 
 bool XInput::Wheel(const QPoint& at, int nSteps)
 {
     // X buttons 4 and 5 are the wheel's steps up and down.
-    return Run({"mousemove", QString::number(at.x()), QString::number(at.y()), "click", "--repeat",
-                QString::number(qAbs(nSteps)), "--delay", "20", nSteps > 0 ? "4" : "5"})
+    return Run(QStringList{"mousemove"} + Native(at)
+               + QStringList{"click", "--repeat", QString::number(qAbs(nSteps)), "--delay", "20", nSteps > 0 ? "4" : "5"})
         && Drain();
 }
 
@@ -98,7 +107,7 @@ bool XInput::Drain()
     // in this one (a box that earlier input opened, answered from inside its
     // loop), whose pointer then stands elsewhere.
     const int nCompletedBefore = m_nCompletedDrains;
-    if (!Run({"mousemove", QString::number(spot.x()), QString::number(spot.y())}))
+    if (!Run(QStringList{"mousemove"} + Native(spot)))
         return false;
     // An open popup (a list's choices) holds the pointer: the probe sees
     // nothing until it closes, and the caller waits on what it expects.

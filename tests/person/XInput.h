@@ -46,6 +46,8 @@ protected:
 
 private:
     bool Run(const QStringList& arguments);
+    // A point of the application as the X server's pixels, for xdotool.
+    QStringList Native(const QPoint& at) const;
 
     std::unique_ptr<QWidget> m_pProbe;
     QPoint m_lastProbeMove{-1, -1};
