@@ -19,6 +19,8 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION misc)
 # Dependencies from the binaries; the platform libraries are the package's own.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR}/bin)
+# Qt's own buttons and file dialogs in the host's chosen language.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS qt6-translations-l10n)
 # The first line is the synopsis; CPack indents the rest and marks empty lines.
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "factory parameter plug-in for laser machine hosts
 FactoryMgr is the plug-in in which a laser machine builder sets and keeps a
