@@ -20,6 +20,7 @@
 #include <QRegularExpression>
 #include <QSet>
 #include <QStandardPaths>
+#include <QTabWidget>
 #include <QTableWidget>
 #include <QTreeWidget>
 
@@ -187,7 +188,15 @@ void TestPersonLanguage::everyWordTheHostShowsIsInTheChosenLanguage()
     // An edit, then the settings closed: the question and its four answers.
     QVERIFY(m_pSteps->ClickOn(host.findChild<QPushButton*>("pushButton_openSettings")));
     QTRY_VERIFY(host.Session().SettingsWindow() && host.Session().SettingsWindow()->isActiveWindow());
+    CSettingsWindow* pSettings = host.Session().SettingsWindow();
+    Check("settings title", pSettings->windowTitle(), left);
+    CheckButtons("settings", pSettings, left);
+    auto* pTabs = host.Session().Dialog()->findChild<QTabWidget*>("tabWidget");
+    for (int t = 0; t < pTabs->count(); ++t)
+        Check("settings tab", pTabs->tabText(t), left);
     auto* pMotor = host.Session().Dialog()->findChild<QTableWidget*>("tableWidget_motor");
+    for (int r = 0; r < pMotor->rowCount(); ++r)
+        Check("Motor row", pMotor->item(r, 0)->text(), left);
     const QRect cell = pMotor->visualRect(pMotor->model()->index(6, 1));
     QVERIFY(m_pInput->Click(pMotor->viewport()->mapToGlobal(cell.center())));
     QVERIFY(m_pInput->Type("640"));
