@@ -1,5 +1,6 @@
 #include "CDeviceRecorder.h"
 
+#include "CHostNotifier.h"
 #include "CTaskProgressDialog.h"
 #include "ILog.h"
 #include "CTranslator.h"
@@ -159,7 +160,11 @@ int CDeviceRecorder::CallFunction(const char* szName, const QVariant& arg)
                 // A new firmware may hold the parameters otherwise.
                 SetHeld(nullptr);
             }
-            return pCard ? pCard->CallFunction(szName, arg) : 1001;
+            const int nResult = pCard ? pCard->CallFunction(szName, arg) : 1001;
+            // Whoever shows the upgrade's result can say why it failed.
+            if (bUpgrade && nResult != 0)
+                ThreadDialogReport(-1.0, Wording("%1 (code %2)").arg(CHostNotifier::Describe(nResult)).arg(nResult));
+            return nResult;
         });
     });
 }

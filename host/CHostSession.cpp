@@ -17,6 +17,7 @@
 #include "FactoryParams.h"
 #include "ILog.h"
 #include "ScreenFit.h"
+#include "ThreadDialogRun.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -115,6 +116,11 @@ CHostSession::CHostSession(QWidget* pWindow)
     m_pSim = new CSimController(UserDataDirectory() + "/Sim/controller.ini", this);
     LogUnreadableFiles();
     connect(m_pSim, &CSimController::JobCut, this, &CHostSession::OnJobCut, Qt::QueuedConnection);
+    // An upgrade's stages reach the progress dialog in front of the person, from the upgrading thread.
+    connect(
+        m_pSim, &CSimController::Progress, this,
+        [](double dFraction, const QString& strStage) { ThreadDialogReport(dFraction, Wording(qUtf8Printable(strStage))); },
+        Qt::DirectConnection);
     m_pRecorder = new CDeviceRecorder(m_pSim, this);
     m_pRecorder->SetBackupFile(ParameterFile());
     m_nUnit = CHostSettings::Unit();

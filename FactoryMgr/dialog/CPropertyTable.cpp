@@ -216,13 +216,17 @@ void CPropertyTable::Describe(QTableWidget* pTable, int nRow, int nColumn)
 
 void CPropertyTable::KeepWidthFor(QTableWidget* pTable, ComboBox* pCell)
 {
-    // A list: its widest choice with the arrow; a number: all its digits.
+    // A list: its widest choice with the arrow; a number: all its digits, up
+    // to more than any machine's value has (a longer one, typed in jest, is
+    // cut at its right rather than widening every column past the screen).
     int nNeed = 0;
     if (QComboBox* pList = pCell->comboBox()) {
         nNeed = pList->sizeHint().width();
     } else {
         const QLabel* pLabel = pCell->label();
-        nNeed = pLabel->fontMetrics().horizontalAdvance(pLabel->text()) + 2 * pLabel->indent() + 12;
+        const QFontMetrics metrics = pLabel->fontMetrics();
+        nNeed = qMin(metrics.horizontalAdvance(pLabel->text()), metrics.horizontalAdvance(QStringLiteral("-0000000000.000")))
+            + 2 * pLabel->indent() + 12;
     }
     // Narrower, the columns scroll; a number is never cut into another number.
     QHeaderView* pHeader = pTable->horizontalHeader();

@@ -9,6 +9,8 @@
 #include "ThreadDialogRun.h"
 
 #include <QFileDialog>
+#include <QGridLayout>
+#include <QGuiApplication>
 #include <QMessageBox>
 #include <QPointer>
 #include <QTableWidget>
@@ -17,6 +19,20 @@ namespace {
 QString Wording(const char* szText)
 {
     return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
+}
+
+// A box as narrow as its text gets its title cut by the window manager (an
+// empty title shows the application's name): the box is made wide enough
+// for the title and the title bar's buttons.
+void KeepTitleWhole(QMessageBox* pBox)
+{
+    const QString strTitle =
+        pBox->windowTitle().isEmpty() ? QGuiApplication::applicationDisplayName() : pBox->windowTitle();
+    constexpr int kTitleBarButtons = 160;
+    if (auto* pGrid = qobject_cast<QGridLayout*>(pBox->layout()))
+        pGrid->addItem(new QSpacerItem(pBox->fontMetrics().horizontalAdvance(strTitle) + kTitleBarButtons, 0,
+                                       QSizePolicy::Minimum, QSizePolicy::Minimum),
+                       pGrid->rowCount(), 0, 1, pGrid->columnCount());
 }
 }
 
@@ -99,6 +115,12 @@ void CSystemTab::Upgrade(int nTask)
     auto* pBox = nResult != 0
         ? new QMessageBox(QMessageBox::Warning, Wording("error"), Wording("Import failed"), QMessageBox::Ok, pDialog)
         : new QMessageBox(QMessageBox::Information, QString(), Wording("Import successfully"), QMessageBox::Ok, pDialog);
+    // Why, as the host said it when the upgrade ended; its code at the least.
+    if (nResult != 0) {
+        const QString strWhy = ThreadDialogLastStage();
+        pBox->setInformativeText(strWhy.isEmpty() ? Wording("Result code %1.").arg(nResult) : strWhy);
+    }
+    KeepTitleWhole(pBox);
     pBox->setAttribute(Qt::WA_DeleteOnClose);
     pBox->exec();
 }

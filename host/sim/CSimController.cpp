@@ -389,6 +389,7 @@ int CSimController::QueryFunction(const char* szName, QVariant& inOut)
 
 int CSimController::Upgrade(const QVariant& arg, const QStringList& extensions, bool bMainboard)
 {
+    emit Progress(0.0, QStringLiteral("Checking the firmware file"));
     const QFileInfo info(arg.toString());
     if (arg.toString().isEmpty() || !info.isFile())
         return CodeFileMissing;
@@ -423,8 +424,16 @@ int CSimController::Upgrade(const QVariant& arg, const QStringList& extensions, 
         nDuration = ToCounter(std::max(double(m_nTaskDuration) * double(content.size()) / 32768.0,
                                        double(m_nTaskDuration) / 4.0));
     }
-    if (nDuration > 0)
-        QThread::msleep(static_cast<unsigned long>(std::min(nDuration, 120000)));
+    // Written in steps, each said as it is done.
+    const int nWriting = std::min(nDuration, 120000);
+    constexpr int kStepMs = 100;
+    emit Progress(0.0, QStringLiteral("Writing the firmware"));
+    for (int nDone = 0; nDone < nWriting;) {
+        const int nStep = std::min(kStepMs, nWriting - nDone);
+        QThread::msleep(static_cast<unsigned long>(nStep));
+        nDone += nStep;
+        emit Progress(double(nDone) / double(nWriting), QStringLiteral("Writing the firmware"));
+    }
     int nRestart = 0;
     {
         QMutexLocker locker(&m_mutex);
@@ -449,6 +458,7 @@ int CSimController::Upgrade(const QVariant& arg, const QStringList& extensions, 
         }
         SaveLocked();
     }
+    emit Progress(1.0, bMainboard ? QStringLiteral("Restarting the controller") : QStringLiteral("Done"));
     if (bMainboard)
         QMetaObject::invokeMethod(
             this, [this, nRestart] { QTimer::singleShot(nRestart, this, [this] { SetConnected(true); }); },

@@ -128,6 +128,9 @@ signals:
     void JobCut(double dWidth, double dHeight);
     // Connection, state, busy, card type, versions or counters changed.
     void StateChanged();
+    // How far a firmware upgrade has come (0 to 1) and what it is doing
+    // (the words of the stage, untranslated). Emitted on the upgrading thread.
+    void Progress(double dFraction, const QString& strStage);
 
 private:
     int Upgrade(const QVariant& arg, const QStringList& extensions, bool bMainboard);

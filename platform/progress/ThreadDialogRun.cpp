@@ -4,16 +4,57 @@
 
 #include <QApplication>
 #include <QEventLoop>
+#include <QMutex>
 #include <QPointer>
 #include <QTimer>
 
 #include <thread>
+
+namespace {
+// What the host last said about the running task.
+struct Report
+{
+    QMutex mutex;
+    double dFraction = -1.0;
+    QString strStage;
+};
+
+Report& LastReport()
+{
+    static Report s_report;
+    return s_report;
+}
+
+void ClearReport()
+{
+    Report& report = LastReport();
+    QMutexLocker locker(&report.mutex);
+    report.dFraction = -1.0;
+    report.strStage.clear();
+}
+}
+
+void ThreadDialogReport(double dFraction, const QString& strStage)
+{
+    Report& report = LastReport();
+    QMutexLocker locker(&report.mutex);
+    report.dFraction = dFraction;
+    report.strStage = strStage;
+}
+
+QString ThreadDialogLastStage()
+{
+    Report& report = LastReport();
+    QMutexLocker locker(&report.mutex);
+    return report.strStage;
+}
 
 int ThreadDialogRun(IThreadDialogOwner* pOwner, int nTask, void* pParam, int nReserved, const QString& strText)
 {
     Q_UNUSED(nReserved)
     if (!pOwner)
         return -1;
+    ClearReport();
 
     // The worker is joined before its result is read: the join is what makes
     // everything the task wrote visible here, and a race detector sees it as
@@ -32,18 +73,42 @@ int ThreadDialogRun(IThreadDialogOwner* pOwner, int nTask, void* pParam, int nRe
     // runs), and the dialog then goes with it rather than being freed twice.
     QPointer<CTaskProgressDialog> pDialog =
         new CTaskProgressDialog(strText, pOwner->IsTaskCancelable(nTask) != 0, QApplication::activeWindow());
+    // The text, what the host says the task is doing, and a cancel under way.
+    QString strShownStage;
+    bool bCancelling = false;
+    const auto label = [&] {
+        QStringList lines{strText};
+        if (!strShownStage.isEmpty())
+            lines << strShownStage;
+        if (bCancelling)
+            lines << CTaskProgressDialog::tr("Cancelling...");
+        return lines.join(u'\n');
+    };
     QObject::connect(pDialog, &QProgressDialog::canceled, pDialog, [&] {
         pOwner->CancelTask(nTask, 0, 0);
-        pDialog->setLabelText(strText + "\n" + CTaskProgressDialog::tr("Cancelling..."));
+        bCancelling = true;
+        pDialog->setLabelText(label());
     });
 
     QTimer poll;
     poll.setInterval(100);
     QObject::connect(&poll, &QTimer::timeout, pDialog, [&] {
-        const double dProgress = pOwner->GetTaskProgress(nTask);
-        if (dProgress > 0.0) {
+        double dProgress = pOwner->GetTaskProgress(nTask);
+        QString strStage;
+        {
+            Report& report = LastReport();
+            QMutexLocker locker(&report.mutex);
+            if (dProgress <= 0.0)
+                dProgress = report.dFraction;
+            strStage = report.strStage;
+        }
+        if (dProgress >= 0.0) {
             pDialog->setMaximum(1000);
             pDialog->setValue(int(qBound(0.0, dProgress, 1.0) * 1000));
+        }
+        if (strStage != strShownStage) {
+            strShownStage = strStage;
+            pDialog->setLabelText(label());
         }
     });
 

@@ -8,6 +8,7 @@
 #include "FakeNotifier.h"
 #include "ModalAnswerer.h"
 #include "TabTestFixture.h"
+#include "ThreadDialogRun.h"
 
 #include <QFileDialog>
 #include <QMessageBox>
@@ -215,7 +216,13 @@ void TestSystemTab::upgrades()
     if (nCondition == 3)
         m_device.m_pCard = nullptr;
     Qt::CursorShape duringRun = Qt::ArrowCursor;
-    m_pCard->m_onCall = [&](const QString&) { duringRun = f.Dialog()->cursor().shape(); };
+    // A host that says why its card failed (as the reference host does).
+    const QString strHostSays = QStringLiteral("Not done: the card refused it (code %1)").arg(nCode);
+    m_pCard->m_onCall = [&](const QString&) {
+        duringRun = f.Dialog()->cursor().shape();
+        if (nCondition == 1)
+            ThreadDialogReport(-1.0, strHostSays);
+    };
 
     ModalAnswerer answerer;
     answerer.AnswerWith("OK");
@@ -227,10 +234,17 @@ void TestSystemTab::upgrades()
     if (nCode == 0) {
         QCOMPARE(box.strTitle, QString());
         QCOMPARE(box.strText, QStringLiteral("Import successfully"));
+        QCOMPARE(box.strInformative, QString());
     } else {
         QCOMPARE(box.strTitle, QStringLiteral("error"));
         QCOMPARE(box.strText, QStringLiteral("Import failed"));
+        // Why: what the host said, or the code when it said nothing.
+        QCOMPARE(box.strInformative, nCondition == 1 ? strHostSays : QStringLiteral("Result code %1.").arg(nCode));
     }
+    // Wide enough for the title the window manager draws (an empty one shows the application's name).
+    const QString strTitleBar = box.strTitle.isEmpty() ? QGuiApplication::applicationDisplayName() : box.strTitle;
+    QVERIFY2(box.nWidth >= QApplication::fontMetrics().horizontalAdvance(strTitleBar) + 160,
+             qPrintable(QStringLiteral("%1 px for \"%2\"").arg(box.nWidth).arg(strTitleBar)));
     QVERIFY(f.Log().contains(QStringLiteral("[1] HMI update erro code:%1").arg(nCode).toUtf8()));
     QCOMPARE(f.Dialog()->cursor().shape(), Qt::ArrowCursor);
 

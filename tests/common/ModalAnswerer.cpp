@@ -148,8 +148,10 @@ void ModalAnswerer::Poll()
         return;
     seen.strName = pModal->objectName();
     seen.strTitle = pModal->windowTitle();
+    seen.nWidth = pModal->width();
     if (auto* pBox = qobject_cast<QMessageBox*>(pModal)) {
         seen.strText = pBox->text();
+        seen.strInformative = pBox->informativeText();
         for (QAbstractButton* pButton : pBox->buttons())
             seen.buttons << pButton->text();
         const QString strWanted = m_inTurn.isEmpty() ? m_strButton : m_inTurn.takeFirst();

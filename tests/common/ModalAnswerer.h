@@ -29,6 +29,8 @@ public:
         QString strName;       // its object name
         QString strTitle;
         QString strText;       // message box text, or the file dialog's name filters
+        QString strInformative;   // a message box's informative text
+        int nWidth = 0;           // how wide the window was shown
         QStringList buttons;   // message box button texts
         QString strClicked;
     };

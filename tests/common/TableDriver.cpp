@@ -34,6 +34,9 @@ ComboBox* TableDriver::Cell(QTableWidget* pTable, int nRow, int nColumn)
 
 void TableDriver::Click(QTableWidget* pTable, int nRow, int nColumn)
 {
+    // Scrolled into view first, as a person does before clicking a cell.
+    pTable->scrollTo(pTable->model()->index(nRow, nColumn));
+    QCoreApplication::processEvents();
     const QRect cell = pTable->visualRect(pTable->model()->index(nRow, nColumn));
     QTest::mouseClick(pTable->viewport(), Qt::LeftButton, Qt::NoModifier, cell.center());
     QCoreApplication::processEvents();

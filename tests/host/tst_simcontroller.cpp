@@ -62,6 +62,7 @@ private slots:
     void aFlashFileItNeverWroteIsReadAsFarAsItCanBe_data();
     void aFlashFileItNeverWroteIsReadAsFarAsItCanBe();
     void aFlashItWroteOverAStrangeFileItTakesAgain();
+    void anUpgradeSaysItsStagesAsItGoes();
     void aPipeInPlaceOfAFirmwareOrPatternFileIsRefused();
     void upgradeChecksTheFile_data();
     void upgradeChecksTheFile();
@@ -517,6 +518,39 @@ void TestSimController::aFlashItWroteOverAStrangeFileItTakesAgain()
     QCOMPARE(read.motor[0].speedMax, 1250.0);
     params.motor[0].speedMax = 1300.0;
     QCOMPARE(pSim->WriteFactoryParams(&params), 0);
+}
+
+void TestSimController::anUpgradeSaysItsStagesAsItGoes()
+{
+    auto pSim = Make();
+    // An image of some 150 KiB at 100 ms per 32 KiB: about half a second of writing.
+    pSim->SetTaskDuration(100);
+    pSim->SetRestartDuration(0);
+    QList<QPair<double, QString>> said;
+    connect(pSim.get(), &CSimController::Progress, this,
+            [&](double dFraction, const QString& strStage) { said << qMakePair(dFraction, strStage); },
+            Qt::DirectConnection);
+    const QString strFirmware = m_pDir->path() + "/main.upd";
+    WriteFile(strFirmware, CFirmwareFile::Make(CFirmwareFile::kMainboard, QStringLiteral("QV-MB 9.9.9"), QByteArray(150 * 1024, 'm')));
+    QCOMPARE(pSim->CallFunction("CardUpgrade", QVariant(strFirmware)), 0);
+    QVERIFY2(said.size() >= 5, qPrintable(QString::number(said.size())));
+    QCOMPARE(said.first(), qMakePair(0.0, QStringLiteral("Checking the firmware file")));
+    QCOMPARE(said.last(), qMakePair(1.0, QStringLiteral("Restarting the controller")));
+    double dBefore = 0.0;
+    for (int i = 1; i + 1 < said.size(); ++i) {
+        QCOMPARE(said[i].second, QStringLiteral("Writing the firmware"));
+        QVERIFY(said[i].first >= dBefore && said[i].first <= 1.0);
+        dBefore = said[i].first;
+    }
+    QCOMPARE(dBefore, 1.0);
+
+    // A file that is no firmware stops at the check (once the controller is back).
+    QTRY_VERIFY(pSim->IsConnected());
+    said.clear();
+    WriteFile(strFirmware, "not a firmware file");
+    QCOMPARE(pSim->CallFunction("CardUpgrade", QVariant(strFirmware)), int(CSimController::CodeNotFirmware));
+    QCOMPARE(said.size(), 1);
+    QCOMPARE(said.first().second, QStringLiteral("Checking the firmware file"));
 }
 
 void TestSimController::aPipeInPlaceOfAFirmwareOrPatternFileIsRefused()

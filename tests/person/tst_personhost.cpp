@@ -2,9 +2,11 @@
 
 #include "CHostSession.h"
 #include "CHostWindow.h"
+#include "CTaskProgressDialog.h"
 #include "CParamAccount.h"
 #include "CParamBackups.h"
 #include "CParamDiff.h"
+#include "CFirmwareFile.h"
 #include "CRestoreDialog.h"
 #include "CSettingsWindow.h"
 #include "CSimController.h"
@@ -19,14 +21,21 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QProgressBar>
 #include <QPushButton>
+#include <QScreen>
+#include <QRegularExpression>
 #include <QTableWidget>
 #include <QSignalSpy>
 #include <QStackedWidget>
+#include <QTabBar>
+#include <QTabWidget>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <QToolTip>
 #include <QStandardPaths>
 
+#include <algorithm>
 #include <memory>
 
 // The reference host as a person meets it on a desktop (a real X server, a
@@ -103,6 +112,7 @@ private slots:
     void exportGivesATypedNameTheSuffixItsFilterNames();
     void aStrayReturnOnTheWizardsFirstPageCutsNothing();
     void thePointerRestingOnACellShowsWhatItTakes();
+    void anUpgradeShowsItsStagesAndSaysWhyItFailed();
 
 private:
     // Starts host on the screen, its main window active.
@@ -664,6 +674,98 @@ void TestPersonHost::thePointerRestingOnACellShowsWhatItTakes()
     QCOMPARE(QToolTip::text(), QStringLiteral("Max Speed(mm/s), Y: from 0 to 500 mm/s"));
     QVERIFY(m_pInput->MoveTo(CellCentre(host, 10, 3)));
     QTRY_COMPARE(QToolTip::text(), QStringLiteral("Max Speed(mm/s), Z: kept as it is; this table does not change it"));
+}
+
+void TestPersonHost::anUpgradeShowsItsStagesAndSaysWhyItFailed()
+{
+    CHostWindow host;
+    QVERIFY(Start(host));
+    // Some 100 KiB at 300 ms per 32 KiB: a second of writing, long enough to watch.
+    host.Session().Simulator()->SetTaskDuration(300);
+    host.Session().Simulator()->SetRestartDuration(0);
+    QTemporaryDir dir;
+    const QString strGood = dir.filePath("QV-MB-9.9.9.upd");
+    const QString strText = dir.filePath("notes.upd");
+    for (const auto& file : {qMakePair(strGood, CFirmwareFile::Make(CFirmwareFile::kMainboard, QStringLiteral("QV-MB 9.9.9"),
+                                                                  QByteArray(100 * 1024, 'm'))),
+                             qMakePair(strText, QByteArray("a text file, renamed\n"))}) {
+        QFile out(file.first);
+        QVERIFY(out.open(QIODevice::WriteOnly) && out.write(file.second) == file.second.size());
+    }
+    QVERIFY(OpenSettings(host));
+    QDialog* pDialog = host.Session().Dialog();
+    auto* pTabs = pDialog->findChild<QTabWidget*>("tabWidget");
+    const int nSystem = pTabs->indexOf(pDialog->findChild<QWidget*>("tab_2"));
+    QVERIFY(m_pInput->Click(pTabs->tabBar()->mapToGlobal(pTabs->tabBar()->tabRect(nSystem).center())));
+    QTRY_COMPARE(pTabs->currentIndex(), nSystem);
+
+    bool bFileChosen = false;
+    bool bAnswered = false;
+    const auto upgrade = [&](const QString& strFile, QStringList& stages, QString& strBox) {
+        bFileChosen = false;
+        bAnswered = false;
+        m_pSteps->WhenModal<QFileDialog>([&, strFile](QFileDialog* pFiles) {
+            auto* pName = pFiles->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+            const bool bTyped = pName && QTest::qWaitFor([&] { return QApplication::focusWidget() == pName; }, 10000)
+                && m_pInput->Type(strFile) && QTest::qWaitFor([&] { return pName->text() == strFile; }, 10000);
+            bFileChosen = bTyped && m_pInput->Key("Return");
+            if (!bTyped)
+                m_pInput->Key("Escape");
+        });
+        // What the progress dialog shows while the upgrade runs: its text and its bar.
+        QTimer watch;
+        connect(&watch, &QTimer::timeout, this, [&] {
+            auto* pProgress = qobject_cast<CTaskProgressDialog*>(QApplication::activeModalWidget());
+            if (!pProgress)
+                return;
+            const QString strShown = pProgress->labelText().replace('\n', " | ") + " [" +
+                pProgress->findChild<QProgressBar*>()->text() + "]";
+            if (stages.isEmpty() || stages.last() != strShown)
+                stages << strShown;
+        });
+        watch.start(20);
+        // The result box, read once it is on the screen, then answered.
+        m_pSteps->WhenModal<QMessageBox>([&, strFile](QMessageBox* pBox) {
+            QTest::qWait(400);
+            const QString strShots = qEnvironmentVariable("FACTORYMGR_PERSON_SHOTS");
+            if (!strShots.isEmpty()) {
+                const QRect frame = pBox->frameGeometry();
+                pBox->screen()
+                    ->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height())
+                    .save(QStringLiteral("%1/upgrade-%2.png").arg(strShots, QFileInfo(strFile).completeBaseName()));
+            }
+            strBox = pBox->windowTitle() + ": " + pBox->text() + "\n" + pBox->informativeText();
+            bAnswered = m_pSteps->ClickOn(pBox->button(QMessageBox::Ok));
+        });
+        QVERIFY(m_pSteps->ClickOn(pDialog->findChild<QPushButton*>("pushButton_mainboardUpgrade")));
+        QTRY_VERIFY_WITH_TIMEOUT(!strBox.isEmpty(), 20000);
+        QTRY_VERIFY(!QApplication::activeModalWidget());
+    };
+
+    QStringList stages;
+    QString strBox;
+    upgrade(strGood, stages, strBox);
+    QVERIFY2(bFileChosen && bAnswered, qPrintable(m_pSteps->Error()));
+    QCOMPARE(strBox, QStringLiteral(": Import successfully\n"));
+    // The stages, and the writing's percentage climbing, as the person saw them.
+    const QString strSeen = stages.join("\n");
+    QVERIFY2(strSeen.contains(QRegularExpression("Processing... \\| Writing the firmware \\[[1-9][0-9]?%\\]")),
+             qPrintable(strSeen));
+    QList<int> percents;
+    for (const QString& strStage : stages)
+        if (strStage.startsWith("Processing... | Writing the firmware ["))
+            percents << strStage.section('[', 1).chopped(2).toInt();
+    QVERIFY2(percents.size() >= 3 && std::is_sorted(percents.begin(), percents.end()), qPrintable(strSeen));
+    QTRY_VERIFY(host.Session().Simulator()->IsConnected());
+
+    // A text file renamed: the box the person reads says why.
+    stages.clear();
+    strBox.clear();
+    upgrade(strText, stages, strBox);
+    QVERIFY2(bFileChosen && bAnswered, qPrintable(m_pSteps->Error()));
+    QVERIFY2(strBox.startsWith("error: Import failed"), qPrintable(strBox));
+    QVERIFY2(strBox.contains("The file is not a firmware file of this controller. (code 2007)"),
+             qPrintable(strBox));
 }
 
 FACTORYMGR_PERSON_TEST_MAIN(TestPersonHost)

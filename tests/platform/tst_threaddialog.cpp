@@ -66,6 +66,7 @@ private slots:
     void guiKeepsProcessingEventsWithTheDialogUp();
     void escapeDoesNotCloseTheDialogWhileTheTaskRuns();
     void progressOfTheTaskIsShown();
+    void whatTheHostSaysOfTheTaskIsShownAndKept();
     void cancelAsksTheTaskToStop();
     void nullOwnerIsRefused();
     void theActiveWindowDeletedWhileTheTaskRuns();
@@ -161,6 +162,40 @@ void TestThreadDialog::progressOfTheTaskIsShown()
     owner.m_dProgress = 0.5;
     owner.m_task = [&] { return WaitFor(bSeen) ? 0 : -1; };
     QCOMPARE(ThreadDialogRun(&owner, 0, nullptr, 0, "Half way"), 0);
+}
+
+void TestThreadDialog::whatTheHostSaysOfTheTaskIsShownAndKept()
+{
+    // Said before a run: the run starts with nothing said.
+    ThreadDialogReport(0.9, QStringLiteral("left over"));
+    std::atomic<bool> bSeen{false};
+    QString strLabel;
+    int nValue = -1;
+    QTimer poll;
+    connect(&poll, &QTimer::timeout, this, [&] {
+        if (CTaskProgressDialog* pDialog = ProgressDialog())
+            if (pDialog->labelText().contains(QStringLiteral("Writing"))) {
+                strLabel = pDialog->labelText();
+                nValue = pDialog->value();
+                bSeen = true;
+            }
+    });
+    poll.start(10);
+    TaskOwner owner;
+    QString strAtStart;
+    owner.m_task = [&] {
+        strAtStart = ThreadDialogLastStage();
+        ThreadDialogReport(0.25, QStringLiteral("Writing"));
+        const bool bShown = WaitFor(bSeen);
+        ThreadDialogReport(-1.0, QStringLiteral("Not done: the card refused it (code 7)"));
+        return bShown ? 7 : -1;
+    };
+    QCOMPARE(ThreadDialogRun(&owner, 0, nullptr, 0, "Processing..."), 7);
+    QCOMPARE(strAtStart, QString());
+    QCOMPARE(strLabel, QStringLiteral("Processing...\nWriting"));
+    QCOMPARE(nValue, 250);
+    // Once the run has ended, its last word is there for whoever shows the result.
+    QCOMPARE(ThreadDialogLastStage(), QStringLiteral("Not done: the card refused it (code 7)"));
 }
 
 void TestThreadDialog::cancelAsksTheTaskToStop()
