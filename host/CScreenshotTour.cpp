@@ -11,10 +11,14 @@
 #include <QDialog>
 #include <QDir>
 #include <QFileInfo>
+#include <QKeyEvent>
+#include <QLabel>
 #include <QMessageBox>
+#include <QMouseEvent>
 #include <QPointer>
 #include <QPushButton>
 #include <QTabWidget>
+#include <QTableWidget>
 #include <QTimer>
 #include <QTreeWidget>
 
@@ -74,6 +78,7 @@ bool CScreenshotTour::Save(const QString& strDir)
         bOk = session.SettingsWindow()->grab().save(QStringLiteral("%1/settings-%2.png").arg(strDir, pTabs->widget(i)->objectName()))
             && bOk;
     }
+    bOk = SaveTypedBeyondACap(strDir + "/settings-keyboard.png") && bOk;
     bOk = SaveRefusedUpload(strDir + "/settings-motor-refused.png") && bOk;
     // A fault handled, as the activity panel shows it: a read whose answer
     // came garbled is refused, and nothing is taken.
@@ -115,6 +120,42 @@ bool CScreenshotTour::Save(const QString& strDir)
     QApplication::processEvents();
     bOk = restore.grab().save(strDir + "/restore.png") && bOk;
     return bOk && bWizard;
+}
+
+bool CScreenshotTour::SaveTypedBeyondACap(const QString& strPath)
+{
+    CHostSession& session = m_window.Session();
+    QDialog* pDialog = session.Dialog();
+    auto* pTabs = pDialog ? pDialog->findChild<QTabWidget*>(QStringLiteral("tabWidget")) : nullptr;
+    auto* pMotor = pDialog ? pDialog->findChild<QTableWidget*>(QStringLiteral("tableWidget_motor")) : nullptr;
+    if (!pTabs || !pMotor || !session.SettingsWindow())
+        return false;
+    pTabs->setCurrentWidget(pDialog->findChild<QWidget*>(QStringLiteral("tab")));
+    session.SettingsWindow()->activateWindow();
+    QApplication::processEvents();
+    // As a person does it: a click on Y Max Speed, 900 typed, Return. The
+    // table takes at most 500 there and keeps what the cell held.
+    const int nMaxSpeedRow = 10;
+    const QPoint at = pMotor->visualRect(pMotor->model()->index(nMaxSpeedRow, 2)).center();
+    for (QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+        QMouseEvent click(type, at, pMotor->viewport()->mapToGlobal(at), Qt::LeftButton,
+                          type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(pMotor->viewport(), &click);
+    }
+    QApplication::processEvents();
+    for (const auto& key : {qMakePair(Qt::Key_9, QStringLiteral("9")), qMakePair(Qt::Key_0, QStringLiteral("0")),
+                            qMakePair(Qt::Key_0, QStringLiteral("0")), qMakePair(Qt::Key_Return, QStringLiteral("\r"))}) {
+        QWidget* pFocus = QApplication::focusWidget();
+        if (!pFocus)
+            return false;
+        for (QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+            QKeyEvent press(type, key.first, Qt::NoModifier, key.second);
+            QApplication::sendEvent(pFocus, &press);
+        }
+        QApplication::processEvents();
+    }
+    auto* pNote = pDialog->findChild<QLabel*>(QStringLiteral("tableWidget_motor_note"));
+    return pNote && pNote->isVisible() && !pNote->text().isEmpty() && session.SettingsWindow()->grab().save(strPath);
 }
 
 bool CScreenshotTour::SaveRefusedUpload(const QString& strPath)

@@ -25,6 +25,9 @@ public:
 
 private:
     bool SaveRefusedUpload(const QString& strPath);
+    // The Motor tab after a value typed beyond what the table takes: the
+    // keyboard's frame on the next cell and the line under the table saying why.
+    bool SaveTypedBeyondACap(const QString& strPath);
 
     CHostWindow& m_window;
 };

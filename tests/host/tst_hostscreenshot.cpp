@@ -36,7 +36,7 @@ void TestHostScreenshot::rendersEveryWindowUnderX11()
 
     const QStringList expected{"main-window", "settings-tab", "settings-widget1", "settings-tab_5",
                                "settings-widget2", "settings-tab_2", "settings-tab_theme", "settings-motor-refused",
-                               "main-window-account", "wizard-page1", "wizard-page2", "activity", "restore"};
+                               "main-window-account", "wizard-page1", "wizard-page2", "activity", "restore", "settings-keyboard"};
     for (const QString& strName : expected) {
         const QImage image(output.path() + "/" + strName + ".png");
         QVERIFY2(!image.isNull(), qPrintable(strName));

@@ -10,6 +10,7 @@
 
 #include <QComboBox>
 #include <QDialog>
+#include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
 #include <QScreen>
@@ -136,6 +137,11 @@ void TestPersonSize::everyWindowOpensWithinTheScreen()
     auto* pUpload = host.Session().Dialog()->findChild<QPushButton*>("pushButton_upload");
     const QRect upload(pUpload->mapToGlobal(QPoint(0, 0)), pUpload->size());
     QVERIFY2(pSettings->screen()->availableGeometry().contains(upload), "Upload is off the screen");
+    // Where the screen has the room, the settings open wide enough for all four axes, no scrolling.
+    auto* pMotor = host.Session().Dialog()->findChild<QTableWidget*>("tableWidget_motor");
+    if (pSettings->screen()->availableGeometry().width() >= 1000)
+        QTRY_VERIFY2(!pMotor->horizontalScrollBar()->isVisible(),
+                     qPrintable(QStringLiteral("the settings window opened %1 px wide").arg(pSettings->width())));
 }
 
 void TestPersonSize::aSmallSettingsWindowShowsEveryValueWhole()
