@@ -1,5 +1,7 @@
 #include "PersonTestMain.h"
 
+#include "HostPersonTest.h"
+
 #include "CHostSession.h"
 #include "CHostWindow.h"
 #include "CTaskProgressDialog.h"
@@ -88,14 +90,10 @@ QString AccountLine(CHostWindow& host)
 }
 }
 
-class TestPersonHost : public QObject
+class TestPersonHost : public HostPersonTest
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
-    void init();
-    void cleanup();
-    void cleanupTestCase();
 
     void theSettingsWindowOpensBesideTheReportAndWhereItWasLeft();
     void escapeCancelsTheEditThenAsksAndEachAnswerDoesWhatItSays();
@@ -115,63 +113,19 @@ private slots:
     void anUpgradeShowsItsStagesAndSaysWhyItFailed();
 
 private:
-    // Starts host on the screen, its main window active.
+    // Starts host on the screen, its main window active: clear of the input
+    // probe in the screen's corner, small enough that the settings window fits beside it.
     bool Start(CHostWindow& host);
-    // Opens the settings with a click on the main window's button.
-    bool OpenSettings(CHostWindow& host);
     QPoint CellCentre(CHostWindow& host, int nRow, int nColumn) const;
     // Clicks a Motor cell, types strText, presses Return.
     bool TypeInMotorCell(CHostWindow& host, int nRow, int nColumn, const QString& strText);
     bool ClickInDialog(CHostWindow& host, const char* szButton);
 
-    std::unique_ptr<XInput> m_pInput;
-    std::unique_ptr<PersonSteps> m_pSteps;
 };
-
-void TestPersonHost::initTestCase()
-{
-    m_pInput = std::make_unique<XInput>();
-    m_pSteps = std::make_unique<PersonSteps>(*m_pInput);
-    QVERIFY2(m_pInput->Error().isEmpty(), qPrintable(m_pInput->Error()));
-    QVERIFY2(m_pInput->Drain(), qPrintable(m_pInput->Error()));
-}
-
-void TestPersonHost::init()
-{
-    QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + "/Quorvane").removeRecursively();
-}
-
-void TestPersonHost::cleanup()
-{
-    QVERIFY2(m_pSteps->DropPending(), qPrintable(m_pSteps->Error()));
-}
-
-void TestPersonHost::cleanupTestCase()
-{
-    // The probe window goes before the application's windows are swept up.
-    m_pSteps.reset();
-    m_pInput.reset();
-}
 
 bool TestPersonHost::Start(CHostWindow& host)
 {
-    if (!host.Start())
-        return false;
-    host.Session().Simulator()->SetTaskDuration(0);
-    // Clear of the input probe in the screen's corner; small enough that
-    // the settings window fits beside it.
-    host.setGeometry(60, 60, 520, 480);
-    host.show();
-    host.activateWindow();
-    return QTest::qWaitForWindowActive(&host) && m_pInput->Drain();
-}
-
-bool TestPersonHost::OpenSettings(CHostWindow& host)
-{
-    if (!m_pSteps->ClickOn(host.findChild<QPushButton*>("pushButton_openSettings")))
-        return false;
-    return QTest::qWaitFor([&] { return host.Session().SettingsWindow() && host.Session().SettingsWindow()->isActiveWindow(); },
-                           10000);
+    return HostPersonTest::Start(host, QRect(60, 60, 520, 480));
 }
 
 QPoint TestPersonHost::CellCentre(CHostWindow& host, int nRow, int nColumn) const

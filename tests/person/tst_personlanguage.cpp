@@ -1,5 +1,7 @@
 #include "PersonTestMain.h"
 
+#include "HostPersonTest.h"
+
 #include "CActivityPanel.h"
 #include "CHostSession.h"
 #include "CHostWindow.h"
@@ -59,55 +61,18 @@ void CheckButtons(const QString& strWhere, QWidget* pWindow, QStringList& left)
 }
 }
 
-class TestPersonLanguage : public QObject
+class TestPersonLanguage : public HostPersonTest
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
-    void init();
-    void cleanup();
-    void cleanupTestCase();
-
     void everyWordTheHostShowsIsInTheChosenLanguage();
 
-private:
-    std::unique_ptr<XInput> m_pInput;
-    std::unique_ptr<PersonSteps> m_pSteps;
 };
-
-void TestPersonLanguage::initTestCase()
-{
-    m_pInput = std::make_unique<XInput>();
-    m_pSteps = std::make_unique<PersonSteps>(*m_pInput);
-    QVERIFY2(m_pInput->Error().isEmpty(), qPrintable(m_pInput->Error()));
-    QVERIFY2(m_pInput->Drain(), qPrintable(m_pInput->Error()));
-}
-
-void TestPersonLanguage::init()
-{
-    QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + "/Quorvane").removeRecursively();
-}
-
-void TestPersonLanguage::cleanup()
-{
-    QVERIFY2(m_pSteps->DropPending(), qPrintable(m_pSteps->Error()));
-}
-
-void TestPersonLanguage::cleanupTestCase()
-{
-    m_pSteps.reset();
-    m_pInput.reset();
-}
 
 void TestPersonLanguage::everyWordTheHostShowsIsInTheChosenLanguage()
 {
     CHostWindow host;
-    QVERIFY(host.Start());
-    host.Session().Simulator()->SetTaskDuration(0);
-    host.setGeometry(60, 60, 700, 520);
-    host.show();
-    host.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&host));
+    QVERIFY(Start(host, QRect(60, 60, 700, 520)));
     // Two saves: the second keeps a backup, which the Restore dialog lists.
     host.Session().SaveParameters();
     host.Session().SaveParameters();
@@ -186,8 +151,7 @@ void TestPersonLanguage::everyWordTheHostShowsIsInTheChosenLanguage()
     QTRY_VERIFY(!QApplication::activeModalWidget());
 
     // An edit, then the settings closed: the question and its four answers.
-    QVERIFY(m_pSteps->ClickOn(host.findChild<QPushButton*>("pushButton_openSettings")));
-    QTRY_VERIFY(host.Session().SettingsWindow() && host.Session().SettingsWindow()->isActiveWindow());
+    QVERIFY(OpenSettings(host));
     CSettingsWindow* pSettings = host.Session().SettingsWindow();
     Check("settings title", pSettings->windowTitle(), left);
     CheckButtons("settings", pSettings, left);

@@ -1,5 +1,7 @@
 #include "PersonTestMain.h"
 
+#include "HostPersonTest.h"
+
 #include "CHostSession.h"
 #include "CHostWindow.h"
 #include "PersonSteps.h"
@@ -15,36 +17,16 @@
 // Without the access file, on a real X server: what changes the factory
 // parameters is off, says why where the person points at it, and a click on
 // it changes nothing.
-class TestPersonNoAccess : public QObject
+class TestPersonNoAccess : public HostPersonTest
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
     void restoreIsOffAndSaysWhy();
-    void cleanupTestCase();
-
-private:
-    std::unique_ptr<XInput> m_pInput;
-    std::unique_ptr<PersonSteps> m_pSteps;
 };
-
-void TestPersonNoAccess::initTestCase()
-{
-    QVERIFY(!QFile::exists(CHostSession::AccessFile()));
-    m_pInput = std::make_unique<XInput>();
-    m_pSteps = std::make_unique<PersonSteps>(*m_pInput);
-    QVERIFY2(m_pInput->Error().isEmpty(), qPrintable(m_pInput->Error()));
-    QVERIFY2(m_pInput->Drain(), qPrintable(m_pInput->Error()));
-}
-
-void TestPersonNoAccess::cleanupTestCase()
-{
-    m_pSteps.reset();
-    m_pInput.reset();
-}
 
 void TestPersonNoAccess::restoreIsOffAndSaysWhy()
 {
+    QVERIFY(!QFile::exists(CHostSession::AccessFile()));
     CHostWindow host;
     QVERIFY(host.Start(QStringLiteral(FACTORYMGR_PLUGIN_DIR "/libFactoryMgr.so")));
     host.Session().SaveParameters();

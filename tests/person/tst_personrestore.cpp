@@ -1,5 +1,7 @@
 #include "PersonTestMain.h"
 
+#include "HostPersonTest.h"
+
 #include "CHostSession.h"
 #include "CHostWindow.h"
 #include "CParamBackups.h"
@@ -26,13 +28,11 @@
 // File > Restore... on a real X server, as a person uses it: the menu opened
 // from the keyboard, the backups gone through with the arrow keys, Restore
 // clicked, the question answered with a key or a click.
-class TestPersonRestore : public QObject
+class TestPersonRestore : public HostPersonTest
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
     void aBackupIsChosenWithTheKeyboardAndRestoredWithTheMouse();
-    void cleanupTestCase();
 
 private:
     bool ClickOn(QWidget* pWidget) { return m_pSteps->ClickOn(pWidget); }
@@ -41,9 +41,6 @@ private:
     {
         m_pSteps->WhenModal<T>(step);
     }
-
-    std::unique_ptr<XInput> m_pInput;
-    std::unique_ptr<PersonSteps> m_pSteps;
 };
 
 namespace {
@@ -52,21 +49,6 @@ QString ParameterFile()
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
         + "/Quorvane/Resources/Data/FactoryParam.ini";
 }
-}
-
-void TestPersonRestore::initTestCase()
-{
-    m_pInput = std::make_unique<XInput>();
-    m_pSteps = std::make_unique<PersonSteps>(*m_pInput);
-    QVERIFY2(m_pInput->Error().isEmpty(), qPrintable(m_pInput->Error()));
-    QVERIFY2(m_pInput->Drain(), qPrintable(m_pInput->Error()));
-}
-
-void TestPersonRestore::cleanupTestCase()
-{
-    // The probe window goes before the application's windows are swept up.
-    m_pSteps.reset();
-    m_pInput.reset();
 }
 
 void TestPersonRestore::aBackupIsChosenWithTheKeyboardAndRestoredWithTheMouse()

@@ -1,5 +1,7 @@
 #include "PersonTestMain.h"
 
+#include "HostPersonTest.h"
+
 #include "CHostSession.h"
 #include "CHostWindow.h"
 #include "CSettingsWindow.h"
@@ -47,69 +49,14 @@ QString OffScreen(QWidget* pWindow)
 }
 }
 
-class TestPersonSize : public QObject
+class TestPersonSize : public HostPersonTest
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
-    void init();
-    void cleanup();
-    void cleanupTestCase();
-
     void everyWindowOpensWithinTheScreen();
     void aSmallSettingsWindowShowsEveryValueWhole();
 
-private:
-    bool Start(CHostWindow& host);
-    bool OpenSettings(CHostWindow& host);
-
-    std::unique_ptr<XInput> m_pInput;
-    std::unique_ptr<PersonSteps> m_pSteps;
 };
-
-void TestPersonSize::initTestCase()
-{
-    m_pInput = std::make_unique<XInput>();
-    m_pSteps = std::make_unique<PersonSteps>(*m_pInput);
-    QVERIFY2(m_pInput->Error().isEmpty(), qPrintable(m_pInput->Error()));
-    QVERIFY2(m_pInput->Drain(), qPrintable(m_pInput->Error()));
-    qInfo("scale factor %s, screen %dx%d", qgetenv("QT_SCALE_FACTOR").constData(),
-          QGuiApplication::primaryScreen()->geometry().width(), QGuiApplication::primaryScreen()->geometry().height());
-}
-
-void TestPersonSize::init()
-{
-    QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + "/Quorvane").removeRecursively();
-}
-
-void TestPersonSize::cleanup()
-{
-    QVERIFY2(m_pSteps->DropPending(), qPrintable(m_pSteps->Error()));
-}
-
-void TestPersonSize::cleanupTestCase()
-{
-    m_pSteps.reset();
-    m_pInput.reset();
-}
-
-bool TestPersonSize::Start(CHostWindow& host)
-{
-    if (!host.Start())
-        return false;
-    host.Session().Simulator()->SetTaskDuration(0);
-    host.show();
-    host.activateWindow();
-    return QTest::qWaitForWindowActive(&host) && m_pInput->Drain();
-}
-
-bool TestPersonSize::OpenSettings(CHostWindow& host)
-{
-    if (!m_pSteps->ClickOn(host.findChild<QPushButton*>("pushButton_openSettings")))
-        return false;
-    return QTest::qWaitFor([&] { return host.Session().SettingsWindow() && host.Session().SettingsWindow()->isActiveWindow(); },
-                           10000);
-}
 
 void TestPersonSize::everyWindowOpensWithinTheScreen()
 {
