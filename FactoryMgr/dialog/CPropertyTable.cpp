@@ -3,6 +3,7 @@
 #include "CCellKeys.h"
 #include "CCellMarks.h"
 #include "CCellNote.h"
+#include "CLabelColumn.h"
 
 #include "CTranslator.h"
 #include "ComboBox.h"
@@ -85,8 +86,10 @@ void CPropertyTable::Format(QTableWidget* pTable, IResolution* pResolution)
     pHeader->setHighlightSections(false);
     for (int c = 0; c < pTable->columnCount(); ++c)
         pHeader->setSectionResizeMode(c, c == 0 ? QHeaderView::Fixed : QHeaderView::Stretch);
-    if (pTable->columnCount() > 0)
+    if (pTable->columnCount() > 0) {
         pTable->setColumnWidth(0, ScaledPixels(pResolution, 255.0));
+        CLabelColumn::Keep(pTable, ScaledPixels(pResolution, 255.0));
+    }
     const int nRowHeight = ScaledPixels(pResolution, 35.0);
     for (int r = 0; r < pTable->rowCount(); ++r) {
         LockCell(pTable, r, 0);

@@ -9,7 +9,8 @@ class QTableWidget;
 class QTableWidgetItem;
 
 // What every property table of the settings dialog shares: its look (the
-// label column fixed at the display-scaled 255 pixels and greyed, rows the
+// label column fixed at the display-scaled 255 pixels, narrower only in a
+// window too narrow for it and the values, and greyed, rows the
 // display-scaled 35 pixels high, the other columns stretched), the making
 // and switching of its cell editors, and the red marks of values the
 // controller did not keep. The tabs differ only in their rules.

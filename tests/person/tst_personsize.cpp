@@ -86,9 +86,13 @@ void TestPersonSize::everyWindowOpensWithinTheScreen()
     QVERIFY2(pSettings->screen()->availableGeometry().contains(upload), "Upload is off the screen");
     // Where the screen has the room, the settings open wide enough for all four axes, no scrolling.
     auto* pMotor = host.Session().Dialog()->findChild<QTableWidget*>("tableWidget_motor");
-    if (pSettings->screen()->availableGeometry().width() >= 1000)
+    if (pSettings->screen()->availableGeometry().width() >= 1000) {
         QTRY_VERIFY2(!pMotor->horizontalScrollBar()->isVisible(),
                      qPrintable(QStringLiteral("the settings window opened %1 px wide").arg(pSettings->width())));
+        // With the room, the label column has its full width.
+        if (qEnvironmentVariableIsEmpty("QT_SCALE_FACTOR"))
+            QCOMPARE(pMotor->columnWidth(0), 255);
+    }
 }
 
 void TestPersonSize::aSmallSettingsWindowShowsEveryValueWhole()
@@ -134,6 +138,14 @@ void TestPersonSize::aSmallSettingsWindowShowsEveryValueWhole()
                 ++nChecked;
             }
         QVERIFY2(nChecked > 0, kTables[nTab]);
+        // The label column gives up room to the Motor table's four axes, but never a label's end.
+        if (nTab == 0)
+            QVERIFY2(pTable->columnWidth(0) < 255, qPrintable(QString::number(pTable->columnWidth(0))));
+        for (int r = 0; r < pTable->rowCount(); ++r)
+            QVERIFY2(pTable->fontMetrics().horizontalAdvance(pTable->item(r, 0)->text()) + 8 <= pTable->columnWidth(0),
+                     qPrintable(QStringLiteral("%1 label \"%2\" in %3 px")
+                                    .arg(kTables[nTab], pTable->item(r, 0)->text())
+                                    .arg(pTable->columnWidth(0))));
         // For a look by a person: FACTORYMGR_PERSON_SHOTS names a directory.
         const QString strShots = qEnvironmentVariable("FACTORYMGR_PERSON_SHOTS");
         if (!strShots.isEmpty()) {
