@@ -10,6 +10,7 @@
 #include "CTranslator.h"
 #include "CUiPermissionsManager.h"
 #include "HostRules.h"
+#include "ILog.h"
 #include "ScreenFit.h"
 
 #include <QActionGroup>
@@ -25,6 +26,15 @@ namespace {
 QString Wording(const char* szText)
 {
     return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
+}
+
+// Switches the wording to strLanguage; a table that cannot be used is logged.
+bool UseLanguage(const QString& strLanguage)
+{
+    if (CTranslator::GetInstance()->SetLanguage(strLanguage))
+        return true;
+    ILog_WriteLogF(1, "The wording table cannot be used: %s", qUtf8Printable(CTranslator::GetInstance()->Problem()));
+    return false;
 }
 }
 
@@ -73,7 +83,7 @@ CHostWindow::CHostWindow(QWidget* parent)
     connect(m_pCalibrateButton, &QPushButton::clicked, m_pSession, [this] { m_pSession->CalibrateXyStep(); });
 
     BuildMenus();
-    CTranslator::GetInstance()->SetLanguage(CHostSettings::Language());
+    UseLanguage(CHostSettings::Language());
     RetranslateUi();
     resize(900, 640);
     // Where the person left the window, and its panel, last time.
@@ -287,7 +297,8 @@ void CHostWindow::ShowReport(const QString& strText)
 
 void CHostWindow::SetLanguage(const QString& strLanguage)
 {
-    CTranslator::GetInstance()->SetLanguage(strLanguage);
+    if (!UseLanguage(strLanguage))
+        ShowReport(Wording("The language stays English: %1.").arg(CTranslator::GetInstance()->Problem()));
     CHostSettings::SetLanguage(CTranslator::GetInstance()->GetLanguage());
 }
 

@@ -26,6 +26,9 @@ public:
     // leaves the application in English and answers false.
     bool SetLanguage(const QString& strLanguage);
     QString GetLanguage() const;
+    // Why the last SetLanguage answered false: the table's path and what is
+    // wrong with it; empty after one that succeeded.
+    QString Problem() const;
     // "en" and every language with a table in the resource directory.
     QStringList AvailableLanguages() const;
 
@@ -41,5 +44,6 @@ private:
     mutable QMutex m_mutex;
     QHash<QString, QString> m_table;
     QString m_strLanguage = QStringLiteral("en");
+    QString m_strProblem;
     QTranslator m_qtTranslator;   // Qt's own texts (standard buttons, file dialogs)
 };

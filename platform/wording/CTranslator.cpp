@@ -35,6 +35,12 @@ QString CTranslator::GetWording(const QString& strKey) const
     return m_table.value(strKey, strKey);
 }
 
+QString CTranslator::Problem() const
+{
+    QMutexLocker locker(&m_mutex);
+    return m_strProblem;
+}
+
 QString CTranslator::GetLanguage() const
 {
     QMutexLocker locker(&m_mutex);
@@ -54,13 +60,14 @@ bool CTranslator::SetLanguage(const QString& strLanguage)
 {
     QHash<QString, QString> table;
     QString strLoaded = QStringLiteral("en");
-    bool bOk = true;
+    QString strProblem;
     if (!strLanguage.isEmpty() && strLanguage != QLatin1String("en")) {
         // A wording table is some kilobytes; a pipe or a huge file in its place is refused unread.
+        const QString strPath = WordingDirectory() + "/" + strLanguage + ".json";
         QByteArray bytes;
+        QString strWhy;
         QJsonParseError error{};
-        const QJsonDocument doc =
-            SafeFile::ReadAll(WordingDirectory() + "/" + strLanguage + ".json", kMaxWordingSize, &bytes, nullptr)
+        const QJsonDocument doc = SafeFile::ReadAll(strPath, kMaxWordingSize, &bytes, &strWhy)
             ? QJsonDocument::fromJson(bytes, &error)
             : QJsonDocument();
         if (doc.isObject()) {
@@ -70,13 +77,18 @@ bool CTranslator::SetLanguage(const QString& strLanguage)
                     table.insert(it.key(), it.value().toString());
             strLoaded = strLanguage;
         } else {
-            bOk = false;
+            strProblem = QStringLiteral("%1: %2").arg(
+                strPath, !strWhy.isEmpty()                      ? strWhy + QStringLiteral(", not read")
+                             : error.error != QJsonParseError::NoError ? error.errorString()
+                                                                       : QStringLiteral("not a table of wordings"));
         }
     }
+    const bool bOk = strProblem.isEmpty();
     {
         QMutexLocker locker(&m_mutex);
         m_table = std::move(table);
         m_strLanguage = strLoaded;
+        m_strProblem = strProblem;
     }
     Reinstall();
     return bOk;

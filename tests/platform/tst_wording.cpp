@@ -121,6 +121,10 @@ void TestWording::missingTableStaysInEnglish()
     QVERIFY(!CTranslator::GetInstance()->SetLanguage("fr"));
     QCOMPARE(CTranslator::GetInstance()->GetLanguage(), QStringLiteral("en"));
     QCOMPARE(CTranslator::GetInstance()->GetWording("Motor"), QStringLiteral("Motor"));
+    QVERIFY2(CTranslator::GetInstance()->Problem().startsWith(m_strResources + "/Wording/fr.json: "),
+             qPrintable(CTranslator::GetInstance()->Problem()));
+    QVERIFY(CTranslator::GetInstance()->SetLanguage("zh_CN"));
+    QCOMPARE(CTranslator::GetInstance()->Problem(), QString());
 }
 
 void TestWording::damagedTableStaysInEnglish()
@@ -130,9 +134,13 @@ void TestWording::damagedTableStaysInEnglish()
     QCOMPARE(CTranslator::GetInstance()->GetLanguage(), QStringLiteral("en"));
     QCOMPARE(CTranslator::GetInstance()->GetWording("Motor"), QStringLiteral("Motor"));
 
+    QVERIFY2(CTranslator::GetInstance()->Problem().startsWith(m_strResources + "/Wording/de.json: "),
+             qPrintable(CTranslator::GetInstance()->Problem()));
+
     WriteFile(m_strResources + "/Wording/de.json", "[\"an array, not a table\"]");
     QVERIFY(!CTranslator::GetInstance()->SetLanguage("de"));
     QCOMPARE(CTranslator::GetInstance()->GetLanguage(), QStringLiteral("en"));
+    QCOMPARE(CTranslator::GetInstance()->Problem(), m_strResources + "/Wording/de.json: not a table of wordings");
 }
 
 void TestWording::aPipeOrAHugeFileInPlaceOfATableIsRefusedUnread()
@@ -141,6 +149,8 @@ void TestWording::aPipeOrAHugeFileInPlaceOfATableIsRefusedUnread()
     QCOMPARE(::mkfifo(QFile::encodeName(m_strResources + "/Wording/fr.json").constData(), 0600), 0);
     QVERIFY(!CTranslator::GetInstance()->SetLanguage("fr"));   // would wait forever for a writer
     QCOMPARE(CTranslator::GetInstance()->GetLanguage(), QStringLiteral("en"));
+    QCOMPARE(CTranslator::GetInstance()->Problem(),
+             m_strResources + "/Wording/fr.json: a FIFO, not a regular file, not read");
 
     // A valid table, padded past 4 MiB with blanks: refused before it is parsed.
     QByteArray huge = "{\"Motor\": \"Moteur\"}";
