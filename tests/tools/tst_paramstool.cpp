@@ -789,6 +789,17 @@ void TestParamsTool::standardInputPipesListsAndAFullOutput()
     run = Tool({"check", "--files-from", "-"}, 0, (strPath + "\n" + strOther + "\n").toUtf8());
     QCOMPARE(run.nExit, 0);
     QCOMPARE(run.strOut, strPath + ": ok\n" + strOther + ": ok\n");
+    // A list from a pipe the shell gives, and from a FIFO nobody writes to: read, and an empty list at once.
+    shell.start("/bin/bash", {"-c", "\"$0\" check --files-from <(sleep 0.3; printf '%s\\n' \"$1\"); echo \"exit $?\"",
+                              strTool, strPath});
+    QVERIFY(shell.waitForFinished(60000));
+    QCOMPARE(QString::fromUtf8(shell.readAllStandardOutput()), strPath + ": ok\nexit 0\n");
+    QElapsedTimer listTimer;
+    listTimer.start();
+    run = Tool({"check", "--files-from", strFifo});
+    QVERIFY2(listTimer.elapsed() < 20000, qPrintable(QString::number(listTimer.elapsed())));
+    QCOMPARE(run.strOut, QString());
+    QVERIFY2(run.nExit != 0, qPrintable(run.strErr));
     // A missing file is exit 2, on standard error.
     run = Tool({"check", "nope.ini"});
     QCOMPARE(run.nExit, 2);

@@ -146,17 +146,27 @@ CToolInputs::SInput CToolInputs::Copy(const QByteArray& path, const QString& str
 
 bool CToolInputs::AddListFrom(const QString& strList, QString* pWhy)
 {
+    // As a named input: a pipe (the shell's <(...)) is read, and a FIFO that
+    // nobody writes to is an empty list at once rather than a hang.
+    const bool bStandardInput = strList == QLatin1String("-");
+    const int nFd = bStandardInput ? STDIN_FILENO : ::open(QFile::encodeName(strList).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (nFd < 0) {
+        *pWhy = QStringLiteral("%1: %2").arg(strList, Reason(errno));
+        return false;
+    }
+    if (!bStandardInput)
+        ::fcntl(nFd, F_SETFL, ::fcntl(nFd, F_GETFL) & ~O_NONBLOCK);
     QFile list;
-    const bool bOpen = strList == QLatin1String("-") ? list.open(stdin, QIODevice::ReadOnly)
-                                                     : (list.setFileName(strList), list.open(QIODevice::ReadOnly));
-    if (!bOpen) {
+    if (!list.open(nFd, QIODevice::ReadOnly, bStandardInput ? QFileDevice::DontCloseHandle : QFileDevice::AutoCloseHandle)) {
         *pWhy = QStringLiteral("%1: %2").arg(strList, list.errorString());
+        if (!bStandardInput)
+            ::close(nFd);
         return false;
     }
     if (strList == QLatin1String("-"))
         m_bStandardInputTaken = true;
-    while (!list.atEnd()) {
-        QByteArray line = list.readLine();
+    // Until the end of the input: a pipe's writer may still be on its way.
+    for (QByteArray line = list.readLine(); !line.isEmpty(); line = list.readLine()) {
         if (line.endsWith('\n'))
             line.chop(1);
         if (!line.isEmpty())
