@@ -4,6 +4,7 @@
 #include "CLogWriter.h"
 #include "CTranslator.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QClipboard>
 #include <QCoreApplication>
@@ -84,6 +85,16 @@ void CActivityPanel::RetranslateUi()
     m_pCopy->setText(Wording("Copy"));
     m_pRows->setHeaderLabels({Wording("Time"), Wording("Source"), Wording("What"), Wording("Result"),
                               Wording("Meaning"), Wording("ms")});
+    // Qt names the title bar's buttons for assistive technology once, when
+    // the panel is made: they are named again in the language now chosen.
+    if (auto* pClose = findChild<QAbstractButton*>(QStringLiteral("qt_dockwidget_closebutton"))) {
+        pClose->setAccessibleName(QDockWidget::tr("Close"));
+        pClose->setAccessibleDescription(QDockWidget::tr("Closes the dock widget"));
+    }
+    if (auto* pFloat = findChild<QAbstractButton*>(QStringLiteral("qt_dockwidget_floatbutton"))) {
+        pFloat->setAccessibleName(QDockWidget::tr("Float"));
+        pFloat->setAccessibleDescription(QDockWidget::tr("Undocks and re-attaches the dock widget"));
+    }
 }
 
 void CActivityPanel::changeEvent(QEvent* event)

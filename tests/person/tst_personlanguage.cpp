@@ -12,6 +12,7 @@
 #include "XInput.h"
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QDockWidget>
 #include <QLabel>
 #include <QLineEdit>
@@ -38,7 +39,9 @@ namespace {
 bool IsTranslated(const QString& strText)
 {
     static const QRegularExpression kAsIs(QStringLiteral(
-        "^(|English|Quorvane|Quorvane Global|Tessiflow|[XYZU]|Qt [0-9.]+|[0-9.:, /()-]+)$"));
+        "^(|English|Quorvane|Quorvane Global|Tessiflow|[XYZU]|Qt [0-9.]+|[0-9.:, /()-]+"
+        // Data, not words: firmware versions and home page addresses.
+        "|[A-Z]{2}-[A-Z]{2} [0-9.]+|https?://\\S+)$"));
     for (const QChar c : strText)
         if ((c.unicode() >= 0x4E00 && c.unicode() <= 0x9FFF) || (c.unicode() >= 0x3000 && c.unicode() <= 0x303F))
             return true;
@@ -58,6 +61,27 @@ void CheckButtons(const QString& strWhere, QWidget* pWindow, QStringList& left)
     for (QAbstractButton* pButton : pWindow->findChildren<QAbstractButton*>())
         if (pButton->isVisible())
             Check(strWhere + " button", pButton->text(), left);
+}
+
+// Everything assistive technology reads in a window: the name and the
+// description of every visible element, down its whole tree. The Activity
+// panel's rows are records of what happened (operations, log lines), read
+// as they were written; its headings and sources are checked on their own.
+void CheckAccessible(const QString& strWhere, QAccessibleInterface* pNode, QStringList& left, int nDepth = 0)
+{
+    if (!pNode || !pNode->isValid() || pNode->state().invisible || nDepth > 40
+        || pNode->role() == QAccessible::TreeItem)
+        return;
+    const QString strRole = QString::number(int(pNode->role()));
+    Check(strWhere + " (accessible, role " + strRole + ")", pNode->text(QAccessible::Name), left);
+    Check(strWhere + " (accessible description, role " + strRole + ")", pNode->text(QAccessible::Description), left);
+    for (int i = 0; i < pNode->childCount(); ++i)
+        CheckAccessible(strWhere, pNode->child(i), left, nDepth + 1);
+}
+
+void CheckWindow(const QString& strWhere, QWidget* pWindow, QStringList& left)
+{
+    CheckAccessible(strWhere, QAccessible::queryAccessibleInterface(pWindow), left);
 }
 }
 
@@ -90,6 +114,8 @@ void TestPersonLanguage::everyWordTheHostShowsIsInTheChosenLanguage()
     QVERIFY2(m_pSteps->ChooseInMenu(&host, "menu_view", "action_chinese", "menu_language"),
              qPrintable(m_pSteps->Error()));
     QTRY_COMPARE(CTranslator::GetInstance()->GetLanguage(), QStringLiteral("zh_CN"));
+    // A save in the chosen language: the main window's report line is in it too.
+    host.Session().SaveParameters();
     QStringList left;
 
     // Every menu and every item in it, down through the submenus.
@@ -130,6 +156,7 @@ void TestPersonLanguage::everyWordTheHostShowsIsInTheChosenLanguage()
                     Check("Restore why", pTree->topLevelItem(r)->text(1), left);
         }
         CheckButtons("Restore", pRestore, left);
+        CheckWindow("Restore", pRestore, left);
         bRestoreSeen = true;
         m_pInput->Key("Escape");
     });
@@ -143,6 +170,7 @@ void TestPersonLanguage::everyWordTheHostShowsIsInTheChosenLanguage()
         Check("About title", pBox->windowTitle(), left);
         Check("About", pBox->text(), left);
         CheckButtons("About", pBox, left);
+        CheckWindow("About", pBox, left);
         bAboutSeen = true;
         m_pInput->Key("Escape");
     });
@@ -161,6 +189,14 @@ void TestPersonLanguage::everyWordTheHostShowsIsInTheChosenLanguage()
     auto* pMotor = host.Session().Dialog()->findChild<QTableWidget*>("tableWidget_motor");
     for (int r = 0; r < pMotor->rowCount(); ++r)
         Check("Motor row", pMotor->item(r, 0)->text(), left);
+    // Each tab of the settings as assistive technology reads it, and the main window.
+    for (int t = 0; t < pTabs->count(); ++t) {
+        pTabs->setCurrentIndex(t);
+        QCoreApplication::processEvents();
+        CheckWindow("settings, tab " + QString::number(t), pSettings, left);
+    }
+    pTabs->setCurrentIndex(0);
+    CheckWindow("main window", &host, left);
     const QRect cell = pMotor->visualRect(pMotor->model()->index(6, 1));
     QVERIFY(m_pInput->Click(pMotor->viewport()->mapToGlobal(cell.center())));
     QVERIFY(m_pInput->Type("640"));
@@ -174,6 +210,7 @@ void TestPersonLanguage::everyWordTheHostShowsIsInTheChosenLanguage()
             answers << pButton->text();
             Check("question button", pButton->text(), left);
         }
+        CheckWindow("question", pBox, left);
         for (QAbstractButton* pButton : pBox->buttons())
             if (pBox->buttonRole(pButton) == QMessageBox::DestructiveRole)
                 m_pSteps->ClickOn(pButton);
