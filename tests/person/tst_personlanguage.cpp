@@ -23,6 +23,7 @@
 #include <QRegularExpression>
 #include <QSet>
 #include <QStandardPaths>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTableWidget>
 #include <QTreeWidget>
@@ -83,6 +84,29 @@ void CheckWindow(const QString& strWhere, QWidget* pWindow, QStringList& left)
 {
     CheckAccessible(strWhere, QAccessible::queryAccessibleInterface(pWindow), left);
 }
+
+// Texts a window shows cut short at the size it has: a label narrower than a
+// line of its text, a button narrower than its text needs, a tab narrower than its title.
+void CheckWhole(const QString& strWhere, QWidget* pWindow, QStringList& cut)
+{
+    for (QLabel* pLabel : pWindow->findChildren<QLabel*>()) {
+        if (!pLabel->isVisible() || pLabel->wordWrap() || pLabel->textFormat() == Qt::RichText)
+            continue;
+        for (const QString& strLine : pLabel->text().split(u'\n'))
+            if (pLabel->fontMetrics().horizontalAdvance(strLine) > pLabel->contentsRect().width())
+                cut << QStringLiteral("%1: label \"%2\" in %3 px").arg(strWhere, strLine).arg(pLabel->contentsRect().width());
+    }
+    for (QPushButton* pButton : pWindow->findChildren<QPushButton*>())
+        if (pButton->isVisible() && !pButton->text().isEmpty() && pButton->sizeHint().width() > pButton->width())
+            cut << QStringLiteral("%1: button \"%2\" needs %3 px, has %4")
+                       .arg(strWhere, pButton->text())
+                       .arg(pButton->sizeHint().width())
+                       .arg(pButton->width());
+    for (QTabBar* pBar : pWindow->findChildren<QTabBar*>())
+        for (int t = 0; pBar->isVisible() && t < pBar->count(); ++t)
+            if (pBar->fontMetrics().horizontalAdvance(pBar->tabText(t)) > pBar->tabRect(t).width())
+                cut << QStringLiteral("%1: tab \"%2\"").arg(strWhere, pBar->tabText(t));
+}
 }
 
 class TestPersonLanguage : public HostPersonTest
@@ -117,6 +141,7 @@ void TestPersonLanguage::everyWordTheHostShowsIsInTheChosenLanguage()
     // A save in the chosen language: the main window's report line is in it too.
     host.Session().SaveParameters();
     QStringList left;
+    QStringList cut;
 
     // Every menu and every item in it, down through the submenus.
     Check("window title", host.windowTitle(), left);
@@ -157,6 +182,7 @@ void TestPersonLanguage::everyWordTheHostShowsIsInTheChosenLanguage()
         }
         CheckButtons("Restore", pRestore, left);
         CheckWindow("Restore", pRestore, left);
+        CheckWhole("Restore", pRestore, cut);
         bRestoreSeen = true;
         m_pInput->Key("Escape");
     });
@@ -171,6 +197,7 @@ void TestPersonLanguage::everyWordTheHostShowsIsInTheChosenLanguage()
         Check("About", pBox->text(), left);
         CheckButtons("About", pBox, left);
         CheckWindow("About", pBox, left);
+        CheckWhole("About", pBox, cut);
         bAboutSeen = true;
         m_pInput->Key("Escape");
     });
@@ -194,9 +221,11 @@ void TestPersonLanguage::everyWordTheHostShowsIsInTheChosenLanguage()
         pTabs->setCurrentIndex(t);
         QCoreApplication::processEvents();
         CheckWindow("settings, tab " + QString::number(t), pSettings, left);
+        CheckWhole("settings, tab " + QString::number(t), pSettings, cut);
     }
     pTabs->setCurrentIndex(0);
     CheckWindow("main window", &host, left);
+    CheckWhole("main window", &host, cut);
     const QRect cell = pMotor->visualRect(pMotor->model()->index(6, 1));
     QVERIFY(m_pInput->Click(pMotor->viewport()->mapToGlobal(cell.center())));
     QVERIFY(m_pInput->Type("640"));
@@ -211,6 +240,7 @@ void TestPersonLanguage::everyWordTheHostShowsIsInTheChosenLanguage()
             Check("question button", pButton->text(), left);
         }
         CheckWindow("question", pBox, left);
+        CheckWhole("question", pBox, cut);
         for (QAbstractButton* pButton : pBox->buttons())
             if (pBox->buttonRole(pButton) == QMessageBox::DestructiveRole)
                 m_pSteps->ClickOn(pButton);
@@ -224,6 +254,7 @@ void TestPersonLanguage::everyWordTheHostShowsIsInTheChosenLanguage()
     checkNewRows(left);
 
     QVERIFY2(left.isEmpty(), qPrintable("not in Simplified Chinese:\n" + left.join('\n')));
+    QVERIFY2(cut.isEmpty(), qPrintable("cut short at the default size:\n" + cut.join('\n')));
 }
 
 FACTORYMGR_PERSON_TEST_MAIN(TestPersonLanguage)
