@@ -804,11 +804,13 @@ bool CHostSession::AskBeforeLosingEdits(const QString& strWhat, bool bNotUploade
         return true;
     RefreshFile();
     RefreshDialog();
-    // Values the file does not hold: the dialog's, or the plug-in's record
-    // when a save did not go through.
+    // Values the file does not hold: the person's edits in the dialog, or the
+    // plug-in's record when a save did not go through. What the dialog put
+    // right by itself as it opened is no edit to lose.
     FactoryParams record;
     Mgr()->GetFactoryParams(&record);
-    const bool bUnsaved = IsDialogEdited() || !m_account.UnsavedChanges().isEmpty()
+    const bool bEdits = !m_account.IsDialogOpen() || m_account.IsDialogChangedSinceOpened();
+    const bool bUnsaved = (bEdits && (IsDialogEdited() || !m_account.UnsavedChanges().isEmpty()))
         || (m_account.HasFile() && !CParamDiff::Compare(m_account.FileRecord(), record).isEmpty());
     const bool bNotUploaded = bNotUploadedToo && IsNotUploaded();
     if (!bUnsaved && !bNotUploaded)

@@ -26,9 +26,16 @@ void CParamAccount::SetDialogClosed()
 
 void CParamAccount::SetDialog(const FactoryParams& values)
 {
+    if (!m_bDialogOpen)
+        m_dialogOpened = values;
     m_bDialogOpen = true;
     m_dialog = values;
     emit Changed();
+}
+
+bool CParamAccount::IsDialogChangedSinceOpened() const
+{
+    return m_bDialogOpen && !CParamDiff::Compare(m_dialogOpened, m_dialog, Translate).isEmpty();
 }
 
 void CParamAccount::SetFile(const FactoryParams& record, const QDateTime& written)

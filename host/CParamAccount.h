@@ -49,6 +49,10 @@ public:
     // save would change. Empty when the dialog is closed or there is no
     // file to compare with.
     QList<SParamDifference> UnsavedChanges() const;
+    // Whether the dialog's values changed since it opened: values it put right
+    // itself as it opened (a key the file lacks, a value out of range) are
+    // not a change of the person's.
+    bool IsDialogChangedSinceOpened() const;
     // The fields in which the controller differs from the file; empty when
     // either is not known.
     QList<SParamDifference> ControllerDifferences() const;
@@ -74,6 +78,7 @@ private:
 
     bool m_bDialogOpen = false;
     FactoryParams m_dialog;
+    FactoryParams m_dialogOpened;   // the dialog's values when it opened
     File m_file = File::Unknown;
     FactoryParams m_fileRecord;
     QDateTime m_fileWritten;

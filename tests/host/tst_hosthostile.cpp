@@ -62,9 +62,12 @@ void TestHostHostile::startsAndSaysWhy_data()
     // The controller cannot store what the tour uploads: the tour ends at its error box.
     QTest::newRow("controller.ini nested") << "Sim/controller.ini" << "nested" << 2
                                            << "controller.ini: line 2 (WORK_SECONDS) " + strEncoded;
-    // The value reads as text, which the dialog shows as a number: the tour's
-    // Read then asks whether to read over an edit, and a run that asks ends.
-    QTest::newRow("FactoryParam.ini nested") << "Data/FactoryParam.ini" << "nested" << 2 << "a box asked";
+    // The value reads as text, which the dialog shows as a number: no edit of
+    // the person's, so the tour's Read asks nothing and the run goes through.
+    QTest::newRow("FactoryParam.ini nested") << "Data/FactoryParam.ini" << "nested" << 0 << "";
+    // Keys missing and values out of range, which the dialog puts right as it
+    // opens: nothing asks whether to lose them, and the run goes through.
+    QTest::newRow("FactoryParam.ini out of range") << "Data/FactoryParam.ini" << "range" << 0 << "";
     QTest::newRow("Host.ini FIFO") << "Data/Host.ini" << "fifo" << 0 << "Host.ini: " + strFifo;
     QTest::newRow("UserParam.ini FIFO") << "Data/UserParam.ini" << "fifo" << 0 << "UserParam.ini: " + strFifo;
     QTest::newRow("HomepageUrls.ini FIFO") << "Data/HomepageUrls.ini" << "fifo" << 0 << "HomepageUrls.ini: " + strFifo;
@@ -95,6 +98,9 @@ void TestHostHostile::startsAndSaysWhy()
         QVERIFY(file.open(QIODevice::WriteOnly));
         if (strKind == "nested")
             QVERIFY(file.write(SectionFor(strFile) + HostileFiles::NestedVariant() + "\n") > 0);
+        else if (strKind == "range")
+            QVERIFY(file.write("[FACTORY_PARAM]\nFILE_FLAG=__FACTORY_PARAM__\n[FACTORY_PARAM_MOTOR]\n"
+                               "MOTOR_SPEED_MAX_1=99999999\nMOTOR_SIZE_1=-5\n") > 0);
         else
             QVERIFY(file.resize(100 * 1024 * 1024));
     }
@@ -105,14 +111,26 @@ void TestHostHostile::startsAndSaysWhy()
     env.insert("QT_QPA_PLATFORM", "offscreen");
     env.insert("XDG_CONFIG_HOME", config.path());
     host.setProcessEnvironment(env);
-    host.start(QCoreApplication::applicationDirPath() + "/QuorvaneHost", {"--screenshot", output.path()});
     QElapsedTimer timer;
-    timer.start();
-    const bool bEnded = host.waitForFinished(120000);
-    const QString strErr = QString::fromUtf8(host.readAllStandardError());
-    const QString strOut = QString::fromUtf8(host.readAllStandardOutput());
-    if (!bEnded)
-        host.kill();
+    bool bEnded = false;
+    QString strErr;
+    QString strOut;
+    // In the sanitizer build, LeakSanitizer's own tracer now and then dies
+    // while it stops the threads at exit ("Tracer caught signal 11", under
+    // load): that run says nothing of the host, and it is made again (twice
+    // at most). A leak it finds is a report, and fails the test as it stands.
+    for (int nRun = 0; nRun < 3; ++nRun) {
+        host.start(QCoreApplication::applicationDirPath() + "/QuorvaneHost", {"--screenshot", output.path()});
+        timer.start();
+        bEnded = host.waitForFinished(120000);
+        strErr = QString::fromUtf8(host.readAllStandardError());
+        strOut = QString::fromUtf8(host.readAllStandardOutput());
+        if (!bEnded)
+            host.kill();
+        if (!strErr.contains("LeakSanitizer has encountered a fatal error") || strErr.contains("detected memory leaks"))
+            break;
+        qWarning("the sanitizer's tracer failed at the host's exit; run again");
+    }
     QVERIFY2(bEnded, qPrintable("the host did not end: " + strOut + strErr));
     QVERIFY2(host.exitStatus() == QProcess::NormalExit, qPrintable(strErr.right(3000)));
     QVERIFY2(host.exitCode() == nExit, qPrintable(QStringLiteral("exit %1: %2%3").arg(host.exitCode()).arg(strOut, strErr.right(3000))));
