@@ -28,6 +28,8 @@
 #include <cstring>
 #include <functional>
 
+#include <sys/stat.h>
+
 // The parameter file's backups as the reference host keeps and restores them:
 // before every save, every Upload and every firmware upgrade; File >
 // Restore... lists them, shows what each would change and asks first.
@@ -42,6 +44,7 @@ private slots:
     void aBackupThatCannotBeKeptStopsNoUpload();
     void tenThousandBackupsAreListedWhileTheWindowGoesOn();
     void aBackupHoldingANestedEncodedValueIsListed();
+    void aFifoAmongTheBackupsIsPassedOverAtOnce();
 };
 
 namespace {
@@ -338,6 +341,36 @@ void TestHostRestore::aBackupHoldingANestedEncodedValueIsListed()
         QCOMPARE(pList->topLevelItem(0)->text(2), QStringLiteral("1"));
         pDialog->reject();
     }));
+}
+
+void TestHostRestore::aFifoAmongTheBackupsIsPassedOverAtOnce()
+{
+    // A FIFO named as a backup, beside a real one: no backup, so not listed,
+    // and nothing waits for a writer.
+    FactoryParams record;
+    const QString strDir = CParamBackups::Directory(ParameterFile());
+    QVERIFY(QDir().mkpath(strDir));
+    QVERIFY(WriteFactoryParamFile(record, strDir + "/FactoryParam-000001-20260101-120000000-save.ini"));
+    const QString strFifo = strDir + "/FactoryParam-000002-20260101-130000000-save.ini";
+    QCOMPARE(::mkfifo(QFile::encodeName(strFifo).constData(), 0600), 0);
+    CHostWindow host;
+    QVERIFY(host.Start());
+    QAction* pRestore = host.findChild<QAction*>("action_restore");
+    QElapsedTimer timer;
+    timer.start();
+    int nListed = -1;
+    QString strFields;
+    QVERIFY(WithModal<QDialog>([&] { pRestore->trigger(); }, [&](QDialog* pDialog) {
+        auto* pList = pDialog->findChild<QTreeWidget*>("treeWidget_backups");
+        nListed = pList->topLevelItemCount();
+        QTest::qWaitFor([&] { return nListed > 0 && pList->topLevelItem(0)->text(2) != "reading..."; }, 10000);
+        strFields = nListed > 0 ? pList->topLevelItem(0)->text(2) : QString();
+        pDialog->reject();
+    }));
+    QCOMPARE(nListed, 1);
+    QCOMPARE(strFields, QStringLiteral("0"));
+    QVERIFY2(timer.elapsed() < 20000, qPrintable(QString::number(timer.elapsed())));
+    QVERIFY(QFileInfo(strFifo).exists() && !QFileInfo(strFifo).isFile());
 }
 
 FACTORYMGR_TEST_MAIN(TestHostRestore)
