@@ -1,4 +1,5 @@
 #include "CParamBackups.h"
+#include "ParamWording.h"
 
 #include "CParamDiff.h"
 #include "FactoryParamIo.h"
@@ -64,7 +65,7 @@ QString CParamBackups::NewPath(const QString& strFile, Reason reason, QString* p
 {
     const QString strDir = Directory(strFile);
     if (!QDir().mkpath(strDir)) {
-        SetError(pError, QStringLiteral("cannot make the folder %1").arg(strDir));
+        SetError(pError, ParamWording("cannot make the folder %1").arg(strDir));
         return QString();
     }
     RemoveSaveLeftovers(strDir);
@@ -91,7 +92,7 @@ bool CParamBackups::KeepFile(const QString& strFile, Reason reason, QString* pEr
         return false;
     QFile file(strFile);
     if (!file.copy(strPath)) {
-        SetError(pError, QStringLiteral("cannot copy %1 to %2: %3").arg(strFile, strPath, file.errorString()));
+        SetError(pError, ParamWording("cannot copy %1 to %2: %3").arg(strFile, strPath, file.errorString()));
         return false;
     }
     Prune(strFile);
@@ -112,7 +113,7 @@ bool CParamBackups::KeepRecord(const FactoryParams& record, const QString& strFi
     if (strPath.isEmpty())
         return false;
     if (!WriteFactoryParamFile(record, strPath)) {
-        SetError(pError, QStringLiteral("cannot write %1").arg(strPath));
+        SetError(pError, ParamWording("cannot write %1").arg(strPath));
         return false;
     }
     Prune(strFile);

@@ -1,5 +1,7 @@
 #include "CParamCheck.h"
 
+#include "ParamWording.h"
+
 #include "CParamDiff.h"
 #include "FactoryParamIo.h"
 #include "FactoryParamKeys.h"
@@ -32,10 +34,10 @@ const QString kTimeKey = QStringLiteral("FACTORY_PARAM/CREATE_TIME");
 QString Range(const FactoryParamKey& key)
 {
     if (key.dMin == 0.0 && key.dMax == 1.0)
-        return QStringLiteral("takes 0 or 1");
+        return ParamWording("takes 0 or 1");
     if (key.dMin == 1.0 && key.dMax == 2.0)
-        return QStringLiteral("takes 1 or 2");
-    return QStringLiteral("takes %1 to %2").arg(CParamDiff::Number(key.dMin), CParamDiff::Number(key.dMax));
+        return ParamWording("takes 1 or 2");
+    return ParamWording("takes %1 to %2").arg(CParamDiff::Number(key.dMin), CParamDiff::Number(key.dMax));
 }
 }
 
@@ -48,14 +50,14 @@ bool CParamCheck::Parse(const FactoryParamKey& key, const QString& strText, doub
     // "1.5" for a switch: a number, but not one the field can hold.
     if (!key.IsDouble() && bNumber && std::isfinite(dValue) && dValue != std::trunc(dValue)) {
         if (pWhy)
-            *pWhy = QStringLiteral("not a whole number");
+            *pWhy = ParamWording("not a whole number");
         return false;
     }
     QString strWhy;
     if (!bNumber)
-        strWhy = QStringLiteral("not a number");
+        strWhy = ParamWording("not a number");
     else if (!std::isfinite(dValue))
-        strWhy = QStringLiteral("not a finite number");
+        strWhy = ParamWording("not a finite number");
     else if (!key.Takes(dValue))
         strWhy = Range(key);
     if (!strWhy.isEmpty()) {
@@ -77,7 +79,7 @@ QList<SParamProblem> CParamCheck::CheckFile(const QString& strPath)
         // A marker of another kind is shown; a file without one is simply no parameter file.
         QString strMarker;
         if (ReadIniText(QStringLiteral("FACTORY_PARAM"), QStringLiteral("FILE_FLAG"), strPath, &strMarker))
-            return {{strPath, kMarkerKey, strMarker, QStringLiteral("not the parameter file marker"), true}};
+            return {{strPath, kMarkerKey, strMarker, ParamWording("not the parameter file marker"), true}};
     }
     if (status != ParamFileStatus::Loaded)
         return {{strPath, QString(), QString(), ParamFileProblem(strPath, status), true}};
@@ -98,7 +100,7 @@ QList<SParamProblem> CParamCheck::CheckFile(const QString& strPath)
         const QVariant value = file.value(strName);
         if (!value.isValid()) {
             problems << SParamProblem{strPath, key.strKey, QString(),
-                                      QStringLiteral("missing (read as %1)").arg(CParamDiff::Number(key.dMissing))};
+                                      ParamWording("missing (read as %1)").arg(CParamDiff::Number(key.dMissing))};
             continue;
         }
         const QString strText = TextOf(value);
@@ -113,26 +115,27 @@ QList<SParamProblem> CParamCheck::CheckFile(const QString& strPath)
         key.SetFromSettings(record, value);
         if (key.Value(record) != dValue)
             problems << SParamProblem{strPath, key.strKey, strText,
-                                      QStringLiteral("the plug-in reads this as %1; write %2")
+                                      ParamWording("the plug-in reads this as %1; write %2")
                                           .arg(CParamDiff::Number(key.Value(record)), CParamDiff::Number(dValue))};
     }
     const QVariant time = file.value(kTimeKey);
     if (!time.isValid())
-        problems << SParamProblem{strPath, QStringLiteral("CREATE_TIME"), QString(), QStringLiteral("missing")};
+        problems << SParamProblem{strPath, QStringLiteral("CREATE_TIME"), QString(), ParamWording("missing")};
     else if (!QDateTime::fromString(TextOf(time), QStringLiteral("yyyyMMddHHmmss")).isValid())
         problems << SParamProblem{strPath, QStringLiteral("CREATE_TIME"), TextOf(time),
-                                  QStringLiteral("not a time written as yyyyMMddHHmmss")};
+                                  ParamWording("not a time written as yyyyMMddHHmmss")};
     for (const QString& strKey : present)
         if (!known.contains(strKey))
-            problems << SParamProblem{strPath, strKey, TextOf(file.value(strKey)), QStringLiteral("unknown key")};
+            problems << SParamProblem{strPath, strKey, TextOf(file.value(strKey)), ParamWording("unknown key"), false, SParamProblem::KindUnknownKey};
 
     // What the settings layer hides: a key or a section given twice.
     const CParamFileText text(raw.readAll());
     for (const auto& [strName, nTimes] : text.RepeatedKeys())
         problems << SParamProblem{strPath, strName, TextOf(file.value(strName)),
-                                  QStringLiteral("given %1 times; the plug-in reads the last one").arg(nTimes)};
+                                  ParamWording("given %1 times; the plug-in reads the last one").arg(nTimes), false,
+                                  SParamProblem::KindRepeated};
     for (const auto& [strSection, nTimes] : text.RepeatedSections())
         problems << SParamProblem{strPath, "[" + strSection + "]", QString(),
-                                  QStringLiteral("section given %1 times").arg(nTimes)};
+                                  ParamWording("section given %1 times").arg(nTimes)};
     return problems;
 }

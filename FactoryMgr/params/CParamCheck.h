@@ -13,6 +13,13 @@ struct SParamProblem
     QString strValue;   // the text the file holds
     QString strWhat;    // what is wrong, in a few words
     bool bUnreadable = false;   // the file cannot be read as a parameter file at all
+    // What a repair does with it (strWhat is for people, in their language).
+    enum Kind
+    {
+        KindValue,        // a value, the time or the whole file
+        KindUnknownKey,   // a key the plug-in does not read: left alone
+        KindRepeated      // a key given more than once
+    } kind = KindValue;
 };
 
 // Checks parameter files against what a controller takes: the marker, every

@@ -1,6 +1,7 @@
 #include "CParamDiff.h"
 
 #include "FactoryParamKeys.h"
+#include "ParamWording.h"
 #include "FactoryParams.h"
 
 #include <QLocale>
@@ -10,7 +11,9 @@
 QList<SParamDifference> CParamDiff::Compare(const FactoryParams& a, const FactoryParams& b, const Translate& translate,
                                             const QSet<QString>& missingA, const QSet<QString>& missingB)
 {
-    const auto tr = [&translate](const QString& strText) { return translate ? translate(strText) : strText; };
+    const auto tr = [&translate](const QString& strText) {
+        return translate ? translate(strText) : ParamWording(strText);
+    };
     QList<SParamDifference> differences;
     for (const FactoryParamKey& key : FactoryParamKey::File()) {
         const double dA = key.Value(a);
@@ -35,7 +38,7 @@ QString CParamDiff::Name(const SParamDifference& difference)
 QString CParamDiff::Describe(const SParamDifference& difference)
 {
     const auto number = [&difference](bool bMissing, double dValue) {
-        return bMissing ? QStringLiteral("(missing)") : Number(difference.Shown(dValue));
+        return bMissing ? ParamWording("(missing)") : Number(difference.Shown(dValue));
     };
     QString strText = QStringLiteral("%1: %2 → %3")
                           .arg(Name(difference), number(difference.bMissingA, difference.dA),
@@ -48,7 +51,7 @@ QString CParamDiff::Describe(const SParamDifference& difference)
 QString CParamDiff::Shown(const SParamDifference& difference, bool bSideB)
 {
     if (bSideB ? difference.bMissingB : difference.bMissingA)
-        return QStringLiteral("(missing)");
+        return ParamWording("(missing)");
     const QString strNumber = Number(difference.Shown(bSideB ? difference.dB : difference.dA));
     return difference.strUnit.isEmpty() ? strNumber : strNumber + " " + difference.strUnit;
 }

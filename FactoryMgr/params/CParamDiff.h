@@ -27,7 +27,8 @@ struct SParamDifference
 
 // Compares two parameter records field by field, in the parameter file's
 // order, over every field the file stores. Two NaNs count as equal. Labels
-// and axis or laser names are wording keys until a translation is given.
+// and axis or laser names are in the wording service's language unless
+// another translation is given.
 class CParamDiff
 {
 public:

@@ -1,4 +1,5 @@
 #include "CParamFileLock.h"
+#include "ParamWording.h"
 
 #include <QDeadlineTimer>
 #include <QHash>
@@ -51,6 +52,6 @@ QString CParamFileLock::Holder() const
     QString strHost;
     QString strApplication;
     if (!m_lock.getLockInfo(&nPid, &strHost, &strApplication))
-        return QStringLiteral("another process");
-    return QStringLiteral("process %1 (%2)").arg(nPid).arg(strApplication);
+        return ParamWording("another process");
+    return ParamWording("process %1 (%2)").arg(nPid).arg(strApplication);
 }

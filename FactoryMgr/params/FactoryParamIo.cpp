@@ -1,4 +1,5 @@
 #include "FactoryParamIo.h"
+#include "ParamWording.h"
 
 #include "CParamFileLock.h"
 #include "CSettingsFile.h"
@@ -67,16 +68,16 @@ QString ParamFileProblem(const QString& strPath, ParamFileStatus status)
         return QString();
     struct stat info {};
     if (::stat(QFile::encodeName(strPath).constData(), &info) != 0)
-        return errno == EACCES ? QStringLiteral("permission denied") : QStringLiteral("no such file");
+        return errno == EACCES ? ParamWording("permission denied") : ParamWording("no such file");
     if (S_ISDIR(info.st_mode))
-        return QStringLiteral("a folder, not a parameter file");
+        return ParamWording("a folder, not a parameter file");
     if (!S_ISREG(info.st_mode))
-        return QStringLiteral("not a regular file");
+        return ParamWording("not a regular file");
     if (status == ParamFileStatus::TooLarge)
-        return QStringLiteral("larger than %1 bytes: not a parameter file").arg(kMaxParamFileSize);
+        return ParamWording("larger than %1 bytes: not a parameter file").arg(kMaxParamFileSize);
     if (::access(QFile::encodeName(strPath).constData(), R_OK) != 0)
-        return errno == EACCES ? QStringLiteral("permission denied") : QString::fromLocal8Bit(std::strerror(errno));
-    return QStringLiteral("not a parameter file (no %1=%2 in [%3])").arg(kMarkerKey, kMarker, kHeader);
+        return errno == EACCES ? ParamWording("permission denied") : QString::fromLocal8Bit(std::strerror(errno));
+    return ParamWording("not a parameter file (no %1=%2 in [%3])").arg(kMarkerKey, kMarker, kHeader);
 }
 
 ParamFileStatus ReadFactoryParamFile(FactoryParams& record, const QString& strPath, QSet<QString>* pMissing)
@@ -202,11 +203,11 @@ bool WriteFactoryParamFile(const FactoryParams& record, const QString& strFile, 
     };
     const QFileInfo info(strFile);
     if (info.isDir())
-        return fail(QStringLiteral("a folder stands where the file belongs"));
+        return fail(ParamWording("a folder stands where the file belongs"));
     // One writer at a time, and no reader in the middle of it.
     const CParamFileLock lock(strFile);
     if (!lock.Taken())
-        return fail(QStringLiteral("%1 has been saving it for 10 s").arg(lock.Holder()));
+        return fail(ParamWording("%1 has been saving it for 10 s").arg(lock.Holder()));
     RemoveSaveLeftovers(info.absolutePath());
     const QString strStem = info.absolutePath() + "/" + NewWorkingName();
     const QString strNew = strStem + ".saving";
@@ -214,7 +215,7 @@ bool WriteFactoryParamFile(const FactoryParams& record, const QString& strFile, 
     {
         QFile probe(strNew);
         if (!probe.open(QIODevice::ReadWrite))
-            return fail(QStringLiteral("no file can be made in %1: %2").arg(info.absolutePath(), probe.errorString()));
+            return fail(ParamWording("no file can be made in %1: %2").arg(info.absolutePath(), probe.errorString()));
     }
 
     const QString strTime = QDateTime::currentDateTime().toString("yyyyMMddHHmmss");
@@ -231,11 +232,11 @@ bool WriteFactoryParamFile(const FactoryParams& record, const QString& strFile, 
 
     QString strWhy;
     if (!bWritten)
-        strWhy = QStringLiteral("the file could not be written in full (a full disk, or a size limit)");
+        strWhy = ParamWording("the file could not be written in full (a full disk, or a size limit)");
     else if (!RenameOver(strNew, strCheck) || !HoldsExactly(strCheck, record, strTime))
-        strWhy = QStringLiteral("read back, the new file does not hold the values written");
+        strWhy = ParamWording("read back, the new file does not hold the values written");
     else if (!RenameOver(strCheck, strFile))
-        strWhy = QStringLiteral("it could not be put in place of the old file: %1").arg(QString::fromLocal8Bit(std::strerror(errno)));
+        strWhy = ParamWording("it could not be put in place of the old file: %1").arg(QString::fromLocal8Bit(std::strerror(errno)));
     else
         return true;
     QFile::remove(strNew);
@@ -254,13 +255,13 @@ bool ReplaceParamFileBytes(const QString& strFile, const QByteArray& bytes, QStr
     const QString strTarget = link.isSymLink() ? link.canonicalFilePath() : link.absoluteFilePath();
     struct stat old {};
     if (strTarget.isEmpty() || ::stat(QFile::encodeName(strTarget).constData(), &old) != 0 || !S_ISREG(old.st_mode))
-        return fail(QStringLiteral("no such file"));
+        return fail(ParamWording("no such file"));
     const QString strDir = QFileInfo(strTarget).absolutePath();
     RemoveSaveLeftovers(strDir);
     const QByteArray working = QFile::encodeName(strDir + "/" + NewWorkingName() + ".saving");
     const int nFd = ::open(working.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (nFd < 0)
-        return fail(QStringLiteral("no file can be made in %1: %2").arg(strDir, QString::fromLocal8Bit(std::strerror(errno))));
+        return fail(ParamWording("no file can be made in %1: %2").arg(strDir, QString::fromLocal8Bit(std::strerror(errno))));
     QString strWhy;
     qsizetype nDone = 0;
     while (nDone < bytes.size()) {
@@ -270,18 +271,18 @@ bool ReplaceParamFileBytes(const QString& strFile, const QByteArray& bytes, QStr
         nDone += n;
     }
     if (nDone != bytes.size() || ::fsync(nFd) != 0)
-        strWhy = QStringLiteral("the file could not be written in full (a full disk, or a size limit)");
+        strWhy = ParamWording("the file could not be written in full (a full disk, or a size limit)");
     else if ((old.st_uid != ::geteuid() || old.st_gid != ::getegid()) && ::fchown(nFd, old.st_uid, old.st_gid) != 0)
-        strWhy = QStringLiteral("its owner could not be kept (%1)").arg(QString::fromLocal8Bit(std::strerror(errno)));
+        strWhy = ParamWording("its owner could not be kept (%1)").arg(QString::fromLocal8Bit(std::strerror(errno)));
     else if (::fchmod(nFd, old.st_mode & 07777) != 0)
-        strWhy = QStringLiteral("its mode could not be kept (%1)").arg(QString::fromLocal8Bit(std::strerror(errno)));
+        strWhy = ParamWording("its mode could not be kept (%1)").arg(QString::fromLocal8Bit(std::strerror(errno)));
     ::close(nFd);
     if (strWhy.isEmpty()) {
         QFile check(QFile::decodeName(working));
         if (!check.open(QIODevice::ReadOnly) || check.readAll() != bytes)
-            strWhy = QStringLiteral("read back, the new file does not hold what was written");
+            strWhy = ParamWording("read back, the new file does not hold what was written");
         else if (!RenameOver(QFile::decodeName(working), strTarget))
-            strWhy = QStringLiteral("it could not be put in place of the old file: %1")
+            strWhy = ParamWording("it could not be put in place of the old file: %1")
                          .arg(QString::fromLocal8Bit(std::strerror(errno)));
         else
             return true;

@@ -26,7 +26,7 @@ CTranslator* CTranslator::GetInstance()
 
 QString CTranslator::WordingDirectory()
 {
-    return CHostPaths::ResourceDirectory() + "/Wording";
+    return QDir::cleanPath(CHostPaths::ResourceDirectory() + "/Wording");
 }
 
 QString CTranslator::GetWording(const QString& strKey) const

@@ -16,6 +16,7 @@
 #include <QJsonObject>
 #include <QProcess>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QTemporaryDir>
 
@@ -63,6 +64,8 @@ private slots:
     void setWaitsForTheLockThenSaysWhoHoldsIt();
     void asAnotherUserUnreadableFilesAndFoldersAreNamed();
     void aValueInTheSettingsLayersOwnEncodingReadsAsText();
+    void everyTextInTheLanguageOfTheLocale();
+    void aDamagedWordingTableLeavesEnglishAndSaysSo();
 
 private:
     struct Run
@@ -76,6 +79,9 @@ private:
     QString Write(const QString& strName, const FactoryParams& record);
     QString WriteBytes(const QString& strName, const QByteArray& bytes);
     QScopedPointer<QTemporaryDir> m_pDir;
+    // Variables the next runs of the tool get on top of the test's own (LC_ALL=...).
+    QStringList m_environment;
+    QString m_strTool;   // the tool to run; the build's one when empty
 };
 
 namespace {
@@ -90,6 +96,8 @@ void TestParamsTool::init()
 {
     m_pDir.reset(new QTemporaryDir);
     QVERIFY(m_pDir->isValid());
+    m_environment.clear();
+    m_strTool.clear();
 }
 
 TestParamsTool::Run TestParamsTool::Tool(const QStringList& arguments, qint64 nFileSizeLimit, const QByteArray& input,
@@ -97,6 +105,10 @@ TestParamsTool::Run TestParamsTool::Tool(const QStringList& arguments, qint64 nF
 {
     QProcess process;
     process.setWorkingDirectory(m_pDir->path());
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const QString& strVariable : m_environment)
+        environment.insert(strVariable.section('=', 0, 0), strVariable.section('=', 1));
+    process.setProcessEnvironment(environment);
     if (nFileSizeLimit > 0) {
         // A disk that takes no more than nFileSizeLimit bytes per file.
         process.setChildProcessModifier([nFileSizeLimit] {
@@ -107,7 +119,7 @@ TestParamsTool::Run TestParamsTool::Tool(const QStringList& arguments, qint64 nF
     }
     if (!strOutputFile.isEmpty())
         process.setStandardOutputFile(strOutputFile);
-    process.start(QCoreApplication::applicationDirPath() + "/factoryparams", arguments);
+    process.start(m_strTool.isEmpty() ? QCoreApplication::applicationDirPath() + "/factoryparams" : m_strTool, arguments);
     process.write(input);
     process.closeWriteChannel();
     Run run;
@@ -1110,4 +1122,138 @@ void TestParamsTool::aValueInTheSettingsLayersOwnEncodingReadsAsText()
 }
 
 FACTORYMGR_TEST_MAIN(TestParamsTool)
+namespace {
+// The English words left in a text once what is no language is taken out:
+// file keys and other words in capitals (FILE, KEY=VALUE), options, the
+// commands and the tool's name, units, file names, numbers and dates.
+QStringList EnglishWords(QString strText, const QStringList& allowed)
+{
+    static const QRegularExpression kNoLanguage(
+        QStringLiteral("--?[A-Za-z][A-Za-z-]*|\\b_*[A-Z][A-Z0-9_]*\\b|\"[a-z]+\"|\\b[0-9a-f]{64}\\b|\\d{4}-\\d\\d-\\d\\dT[\\d:]+"
+                       "|\\b(?:show|diff|check|set|fleet|apply|factoryparams|FactoryMgr|FactoryParam|shell|ini|Backups|"
+                       "yyyyMMddHHmmss|nan|inf|NaN)\\b"));
+    strText.remove(kNoLanguage);
+    for (const QString& strAllowed : allowed)
+        strText.remove(QRegularExpression("\\b" + QRegularExpression::escape(strAllowed) + "\\b"));
+    QStringList words;
+    static const QRegularExpression kWord(QStringLiteral("[A-Za-z]{2,}"));
+    for (auto it = kWord.globalMatch(strText); it.hasNext();)
+        words << it.next().captured();
+    words.removeDuplicates();
+    return words;
+}
+}
+
+void TestParamsTool::everyTextInTheLanguageOfTheLocale()
+{
+    // File names with no English in them, so that what is left is the tool's own words.
+    FactoryParams model;
+    const QString strModel = Write(QStringLiteral("样板.ini"), model);
+    FactoryParams other = model;
+    other.motor[0].speedMax = 900.0;
+    other.laser.laserCount = 2;
+    const QString strOther = Write(QStringLiteral("机器/一/FactoryParam.ini"), other);
+    QVERIFY(!Write(QStringLiteral("机器/二/FactoryParam.ini"), model).isEmpty());
+    QVERIFY(!WriteBytes(QStringLiteral("机器/三/FactoryParam.ini"), "[其他]\n值=1\n").isEmpty());
+    const QString strOdd = Write(QStringLiteral("问题.ini"), model);
+    QVERIFY(!strModel.isEmpty() && !strOther.isEmpty() && !strOdd.isEmpty());
+    {
+        QSettings settings(strOdd, QSettings::IniFormat);
+        settings.setValue("FACTORY_PARAM_LASER/LASER_COUNT", "3");
+        settings.setValue("FACTORY_PARAM_MOTOR/MOTOR_ACC_KEY_4", "junk");
+        settings.setValue("FACTORY_PARAM_MOTOR/MOTOR_SIZE_2", "1.5e999");
+        settings.setValue("FACTORY_PARAM_MOTOR/NO_SUCH_KEY", "1");
+        settings.setValue("FACTORY_PARAM/CREATE_TIME", "yesterday");
+        settings.remove("FACTORY_PARAM_SPEED/SPEED_SWEEP_ACC_X");
+    }
+    QByteArray odd = ReadBytes(strOdd);
+    odd.append("\n[FACTORY_PARAM_LASER]\nLASER1_TYPE=1\n");
+    QVERIFY(!WriteBytes(QStringLiteral("问题.ini"), odd).isEmpty());
+
+    const QList<QStringList> commands{
+        {"--help"},
+        {"show", "--help"}, {"diff", "--help"}, {"check", "--help"}, {"set", "--help"}, {"fleet", "--help"},
+        {"apply", "--help"},
+        {"--bogus"}, {"frob"}, {"show"}, {"check"},
+        {"show", strOther},
+        {"show", strOdd},
+        {"diff", strModel, strOther},
+        {"diff", "--ignore", "[", strModel, strOther},
+        {"diff", "--tolerance", "x", strModel, strOther},
+        {"check", strModel, strOdd, QStringLiteral("无.ini"), QStringLiteral("机器")},
+        {"set", strOther, "NO_KEY=1", "MOTOR_MAX_SPEED_X=abc", "MOTOR_SIZE_2=-1", "LASER_COUNT=1.5", "oops"},
+        {"set", strOdd, "MOTOR_SIZE_2=1"},
+        {"set", "--repair", "--dry-run", strOdd},
+        {"set", strModel, "LASER_COUNT=1"},
+        {"set", "-", "LASER_COUNT=1"},
+        {"fleet", strModel, QStringLiteral("机器")},
+        {"fleet", "--per-machine", strModel, QStringLiteral("机器")},
+        {"fleet", "--report", "--ignore", "MOTOR_*", strModel, QStringLiteral("机器")},
+        {"apply", "--dry-run", strModel, QStringLiteral("机器")},
+        {"apply", strOdd, QStringLiteral("机器")},
+    };
+    QStringList units;
+    for (const FactoryParamKey& key : FactoryParamKey::File())
+        units << QString::fromUtf8(key.szUnit).split(QRegularExpression("[^A-Za-z]+"), Qt::SkipEmptyParts);
+    units.removeDuplicates();
+    // The person's own words, which the tool gives back as they were: values in the files, a bad option.
+    const QStringList given{"junk", "yesterday", "bogus", "frob", "oops", "abc"};
+
+    QStringList left;
+    for (const QStringList& command : commands) {
+        m_environment = QStringList{"LC_ALL=C.UTF-8", "LANGUAGE="};
+        const Run english = Tool(command);
+        m_environment = QStringList{"LC_ALL=zh_CN.UTF-8", "LANGUAGE="};
+        const Run chinese = Tool(command);
+        const QString strCommand = command.join(' ').remove(m_pDir->path() + "/");
+        QVERIFY2(english.nExit >= 0 && chinese.nExit >= 0, qPrintable(strCommand));
+        // The language changes the words, never the result.
+        QVERIFY2(chinese.nExit == english.nExit, qPrintable(strCommand));
+        const QString strPath = m_pDir->path() + "/";
+        const QString strEnglish = QString(english.strOut + english.strErr).remove(strPath);
+        const QString strChinese = QString(chinese.strOut + chinese.strErr).remove(strPath);
+        // The check finds English where there is English: it can fail.
+        QVERIFY2(!EnglishWords(strEnglish, units + given).isEmpty(), qPrintable(strCommand + ":\n" + strEnglish));
+        const QStringList words = EnglishWords(strChinese, units + given);
+        if (!words.isEmpty())
+            left << QStringLiteral("%1: %2\n%3").arg(strCommand, words.join(' '), strChinese);
+    }
+    // The whole outputs, where a test failure message would cut them short.
+    for (const QString& strLeft : left)
+        qWarning().noquote() << strLeft;
+    QVERIFY2(left.isEmpty(), qPrintable(QStringLiteral("%1 command(s) answer with English words").arg(left.size())));
+
+    // LC_ALL=C is English whatever LANGUAGE says, as gettext has it; LANG alone is enough.
+    m_environment = QStringList{"LC_ALL=C", "LANGUAGE=zh_CN"};
+    QCOMPARE(Tool({"check", QStringLiteral("无.ini")}).strErr, QStringLiteral("factoryparams: 无.ini: no such file\n"));
+    m_environment = QStringList{"LC_ALL=", "LANGUAGE=", "LC_MESSAGES=", "LANG=zh_CN.UTF-8"};
+    QCOMPARE(Tool({"check", QStringLiteral("无.ini")}).strErr, QStringLiteral("factoryparams: 无.ini: 文件不存在\n"));
+    m_environment = QStringList{"LC_ALL=de_DE.UTF-8", "LANGUAGE="};
+    QCOMPARE(Tool({"check", QStringLiteral("无.ini")}).strErr, QStringLiteral("factoryparams: 无.ini: no such file\n"));
+}
+
+void TestParamsTool::aDamagedWordingTableLeavesEnglishAndSaysSo()
+{
+    // The tool as installed: bin/ beside the Resources/ it reads its wording from.
+    const QString strTool = m_pDir->filePath("bin/factoryparams");
+    QVERIFY(QDir().mkpath(m_pDir->filePath("bin")) && QDir().mkpath(m_pDir->filePath("Resources/Wording")));
+    QVERIFY(QFile::copy(QCoreApplication::applicationDirPath() + "/factoryparams", strTool));
+    QVERIFY(!WriteBytes("Resources/Wording/zh_CN.json", "{\"no such file\": \"文件不存在\"").isEmpty());
+    m_strTool = strTool;
+    m_environment = QStringList{"LC_ALL=zh_CN.UTF-8", "LANGUAGE="};
+    Run run = Tool({"check", QStringLiteral("无.ini")});
+    QCOMPARE(run.nExit, 2);
+    QVERIFY2(run.strErr.startsWith("factoryparams: The language stays English: " + m_pDir->filePath("Resources/Wording/zh_CN.json") + ": "),
+             qPrintable(run.strErr));
+    QVERIFY2(run.strErr.endsWith("\nfactoryparams: 无.ini: no such file\n"), qPrintable(run.strErr));
+    // The same table whole is taken.
+    QVERIFY(!WriteBytes("Resources/Wording/zh_CN.json", "{\"no such file\": \"文件不存在\"}").isEmpty());
+    run = Tool({"check", QStringLiteral("无.ini")});
+    QCOMPARE(run.strErr, QStringLiteral("factoryparams: 无.ini: 文件不存在\n"));
+    // No table for the language: English, and nothing said about it.
+    m_environment = QStringList{"LC_ALL=fr_FR.UTF-8", "LANGUAGE="};
+    run = Tool({"check", QStringLiteral("无.ini")});
+    QCOMPARE(run.strErr, QStringLiteral("factoryparams: 无.ini: no such file\n"));
+}
+
 #include "tst_paramstool.moc"

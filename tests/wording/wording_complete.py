@@ -10,9 +10,9 @@ import sys
 
 root = pathlib.Path(sys.argv[1])
 CODE_DIRS = ["FactoryMgr", "host", "platform", "tools"]
-# Wording("..."), GetWording(QStringLiteral("...")) and the like, string
+# Wording("..."), ParamWording("..."), GetWording(QStringLiteral("...")) and the like, string
 # literals joined as the compiler joins them.
-CALL = re.compile(r'\b(?:Wording|GetWording)\(\s*(?:QStringLiteral\(|QString::fromUtf8\(|QLatin1String\()?\s*'
+CALL = re.compile(r'\b(?:Wording|GetWording|ParamWording)\(\s*(?:QStringLiteral\(|QString::fromUtf8\(|QLatin1String\()?\s*'
                   r'((?:"(?:[^"\\]|\\.)*"\s*)+)')
 LITERAL = re.compile(r'"((?:[^"\\]|\\.)*)"')
 PLACE = re.compile(r'%\d')

@@ -1,4 +1,5 @@
 #include "CDifferenceFilter.h"
+#include "ParamWording.h"
 
 #include <cmath>
 
@@ -15,7 +16,7 @@ bool CDifferenceFilter::Set(const QStringList& ignore, const QStringList& tolera
     for (const QString& strPattern : ignore) {
         const QRegularExpression pattern = Pattern(strPattern.trimmed());
         if (strPattern.trimmed().isEmpty() || !pattern.isValid()) {
-            *pWhy = QStringLiteral("--ignore \"%1\" is no key pattern").arg(strPattern);
+            *pWhy = ParamWording("--ignore \"%1\" is no key pattern").arg(strPattern);
             return false;
         }
         m_ignore << pattern;
@@ -26,7 +27,7 @@ bool CDifferenceFilter::Set(const QStringList& ignore, const QStringList& tolera
         bool bNumber = false;
         const double dValue = strValue.toDouble(&bNumber);
         if (!bNumber || !std::isfinite(dValue) || dValue < 0.0 || strKey.isEmpty()) {
-            *pWhy = QStringLiteral("--tolerance \"%1\" is not [KEY-PATTERN=]VALUE with a VALUE of 0 or more")
+            *pWhy = ParamWording("--tolerance \"%1\" is not [KEY-PATTERN=]VALUE with a VALUE of 0 or more")
                         .arg(strTolerance);
             return false;
         }

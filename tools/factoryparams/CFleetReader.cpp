@@ -1,6 +1,7 @@
 #include "CFleetReader.h"
 
 #include "CParamDiff.h"
+#include "ParamWording.h"
 #include "FactoryParamIo.h"
 
 #include <QElapsedTimer>
@@ -36,8 +37,8 @@ CFleetReader::CFleetReader(const FactoryParams& reference, const QString& strRef
             QElapsedTimer shown;
             while (m_nDone < m_files.size() && !m_bStop) {
                 if (!shown.isValid() || shown.elapsed() >= 250) {
-                    std::fprintf(stderr, "\rfactoryparams: %lld of %lld files read", qlonglong(m_nDone),
-                                 qlonglong(m_files.size()));
+                    std::fprintf(stderr, "\rfactoryparams: %s",
+                                 ParamWording("%1 of %2 files read").arg(m_nDone).arg(m_files.size()).toLocal8Bit().constData());
                     shown.start();
                 }
                 m_changed.wait_for(locker, std::chrono::milliseconds(250));

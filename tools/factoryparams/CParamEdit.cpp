@@ -1,4 +1,5 @@
 #include "CParamEdit.h"
+#include "ParamWording.h"
 
 #include "CSettingsFile.h"
 #include "FactoryParamIo.h"
@@ -39,7 +40,7 @@ CParamEdit::CParamEdit(const QString& strPath)
     m_text = CParamFileText(m_original);
     m_intended = m_before;
     for (const SParamProblem& problem : CParamCheck::CheckFile(strPath))
-        if (problem.strWhat != QLatin1String("unknown key"))
+        if (problem.kind != SParamProblem::KindUnknownKey)
             m_problems << problem;
 }
 
@@ -59,11 +60,11 @@ bool CParamEdit::Assign(const QString& strAssignment, QString* pWhy)
     const QString strValue = strAssignment.section('=', 1);
     const FactoryParamKey* pKey = FactoryParamKey::Find(strKey);
     if (!strAssignment.contains('=')) {
-        *pWhy = QStringLiteral("\"%1\" is not KEY=VALUE").arg(strAssignment);
+        *pWhy = ParamWording("\"%1\" is not KEY=VALUE").arg(strAssignment);
         return false;
     }
     if (!pKey) {
-        *pWhy = QStringLiteral("no key %1 (factoryparams show lists them)").arg(strKey);
+        *pWhy = ParamWording("no key %1 (factoryparams show lists them)").arg(strKey);
         return false;
     }
     double dValue = 0.0;
@@ -86,7 +87,7 @@ QStringList CParamEdit::Repair(QStringList* pLeft)
             double dValue = pKey->dMissing;
             QString strWhy;
             if (problem.strValue.isEmpty() && m_missing.contains(pKey->strKey)) {
-                strWhy = QStringLiteral("missing");
+                strWhy = ParamWording("missing");
             } else if (CParamCheck::Parse(*pKey, problem.strValue, &dValue, nullptr)) {
                 strWhy = problem.strWhat;   // read otherwise than written: written as meant
             } else {
@@ -98,19 +99,19 @@ QStringList CParamEdit::Repair(QStringList* pLeft)
             }
             Put(pKey->strKey, dValue);
             repaired << QStringLiteral("%1: %2 → %3 (%4)")
-                            .arg(pKey->strKey, problem.strValue.isEmpty() ? QStringLiteral("(missing)") : problem.strValue,
+                            .arg(pKey->strKey, problem.strValue.isEmpty() ? ParamWording("(missing)") : problem.strValue,
                                  TextFor(*pKey, dValue), strWhy);
         } else if (problem.strKey == QLatin1String("CREATE_TIME")) {
             const QString strNow = QDateTime::currentDateTime().toString(kTimeFormat);
             m_text.Set(QStringLiteral("FACTORY_PARAM"), QStringLiteral("CREATE_TIME"), strNow);
             repaired << QStringLiteral("CREATE_TIME: %1 → %2 (%3)")
-                            .arg(problem.strValue.isEmpty() ? QStringLiteral("(missing)") : problem.strValue, strNow,
+                            .arg(problem.strValue.isEmpty() ? ParamWording("(missing)") : problem.strValue, strNow,
                                  problem.strWhat);
-        } else if (problem.strWhat.startsWith(QLatin1String("given "))) {
+        } else if (problem.kind == SParamProblem::KindRepeated) {
             if (!bRepeatedDropped)
                 m_text.DropRepeatedKeys();
             bRepeatedDropped = true;
-            repaired << QStringLiteral("%1: only the last of its lines is kept, the one the plug-in reads (%2)")
+            repaired << ParamWording("%1: only the last of its lines is kept, the one the plug-in reads (%2)")
                             .arg(problem.strKey, problem.strValue);
         } else {
             *pLeft << QStringLiteral("%1: %2").arg(problem.strKey, problem.strWhat);
@@ -136,14 +137,14 @@ bool CParamEdit::Verify(QString* pWhy) const
     const QString strNew = dir.filePath(QStringLiteral("new.ini"));
     QFile file(strNew);
     if (!dir.isValid() || !file.open(QIODevice::WriteOnly) || file.write(Bytes()) != Bytes().size() || !file.flush()) {
-        *pWhy = QStringLiteral("the new text could not be read back (no private copy of it could be written)");
+        *pWhy = ParamWording("the new text could not be read back (no private copy of it could be written)");
         return false;
     }
     file.close();
     FactoryParams read;
     if (ReadFactoryParamFile(read, strNew) != ParamFileStatus::Loaded
         || !CParamDiff::Compare(m_intended, read).isEmpty()) {
-        *pWhy = QStringLiteral("read back, the new text does not hold the values meant");
+        *pWhy = ParamWording("read back, the new text does not hold the values meant");
         return false;
     }
     // Every key the table does not know reads as it did.
@@ -156,7 +157,7 @@ bool CParamEdit::Verify(QString* pWhy) const
         known << key.strSection + "/" + key.strKey;
     for (const QString& strKey : before.allKeys())
         if (!known.contains(strKey) && before.value(strKey) != after.value(strKey)) {
-            *pWhy = QStringLiteral("read back, the new text changes %1, which nobody asked to change").arg(strKey);
+            *pWhy = ParamWording("read back, the new text changes %1, which nobody asked to change").arg(strKey);
             return false;
         }
     return true;

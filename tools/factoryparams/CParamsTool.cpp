@@ -8,6 +8,7 @@
 #include "CParamFileText.h"
 #include "CParamCheck.h"
 #include "CParamDiff.h"
+#include "ParamWording.h"
 #include "FactoryParamIo.h"
 #include "FactoryParamKeys.h"
 #include "FactoryParams.h"
@@ -32,20 +33,6 @@
 #include <unistd.h>
 
 namespace {
-const char* const kToolHelp =
-    "Reads, compares, checks and changes FactoryMgr parameter files.\n"
-    "\n"
-    "Commands:\n"
-    "  show FILE [--json]           every field: label, axis or laser, unit, value\n"
-    "  diff A B [--json]            the fields that differ (exit code 1 when any do)\n"
-    "  check FILE...                the marker, the keys and every value against its range\n"
-    "  set FILE KEY=VALUE...        change values by their file keys; the old file is kept in Backups/\n"
-    "  fleet REFERENCE DIR|FILE...  every parameter file under DIR, or each FILE, against REFERENCE\n"
-    "  apply MODEL DIR|FILE...      the model's values into many machines' files (--ignore keeps fields)\n"
-    "\n"
-    "factoryparams COMMAND --help tells more. Exit codes: 0 done (nothing different or wrong),\n"
-    "1 differences or problems found, 2 the command could not do its work.";
-
 QJsonValue JsonNumber(double dValue)
 {
     // JSON has no NaN or infinity: those are given as the text the file holds.
@@ -74,18 +61,18 @@ QJsonObject JsonDifference(const SParamDifference& d)
 struct CommandLine
 {
     QCommandLineParser parser;
-    QCommandLineOption help{{"h", "help"}, QStringLiteral("Show this help.")};
-    QCommandLineOption json{QStringLiteral("json"), QStringLiteral("Answer in JSON, for another program.")};
+    QCommandLineOption help{{"h", "help"}, ParamWording("Show this help.")};
+    QCommandLineOption json{QStringLiteral("json"), ParamWording("Answer in JSON, for another program.")};
     QCommandLineOption ignore{QStringLiteral("ignore"),
-                              QStringLiteral("Leave out the keys that match KEY-PATTERN (a shell wildcard, e.g. "
+                              ParamWording("Leave out the keys that match KEY-PATTERN (a shell wildcard, e.g. "
                                              "MOTOR_PULSE_PER_MM_*); may be given more than once."),
                               QStringLiteral("KEY-PATTERN")};
     QCommandLineOption tolerance{QStringLiteral("tolerance"),
-                                 QStringLiteral("Values of the keys that match KEY-PATTERN (every key without one) "
+                                 ParamWording("Values of the keys that match KEY-PATTERN (every key without one) "
                                                 "count as equal within VALUE; may be given more than once."),
                                  QStringLiteral("[KEY-PATTERN=]VALUE")};
     QCommandLineOption filesFrom{QStringLiteral("files-from"),
-                                 QStringLiteral("Also the files or folders listed in LIST, one per line (- reads "
+                                 ParamWording("Also the files or folders listed in LIST, one per line (- reads "
                                                 "standard input)."),
                                  QStringLiteral("LIST")};
 
@@ -141,17 +128,29 @@ namespace {
 struct ToolLine
 {
     QCommandLineParser parser;
-    QCommandLineOption help{{"h", "help"}, QStringLiteral("Show this help.")};
-    QCommandLineOption version{{"v", "version"}, QStringLiteral("Show the version.")};
+    QCommandLineOption help{{"h", "help"}, ParamWording("Show this help.")};
+    QCommandLineOption version{{"v", "version"}, ParamWording("Show the version.")};
 
     ToolLine()
     {
-        parser.setApplicationDescription(QString::fromUtf8(kToolHelp));
+        parser.setApplicationDescription(ParamWording(
+    "Reads, compares, checks and changes FactoryMgr parameter files.\n"
+    "\n"
+    "Commands:\n"
+    "  show FILE [--json]           every field: label, axis or laser, unit, value\n"
+    "  diff A B [--json]            the fields that differ (exit code 1 when any do)\n"
+    "  check FILE...                the marker, the keys and every value against its range\n"
+    "  set FILE KEY=VALUE...        change values by their file keys; the old file is kept in Backups/\n"
+    "  fleet REFERENCE DIR|FILE...  every parameter file under DIR, or each FILE, against REFERENCE\n"
+    "  apply MODEL DIR|FILE...      the model's values into many machines' files (--ignore keeps fields)\n"
+    "\n"
+    "factoryparams COMMAND --help tells more. Exit codes: 0 done (nothing different or wrong),\n"
+    "1 differences or problems found, 2 the command could not do its work."));
         parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
         parser.addOption(help);
         parser.addOption(version);
-        parser.addPositionalArgument(QStringLiteral("COMMAND"), QStringLiteral("show, diff, check, set, fleet or apply."),
-                                     QStringLiteral("COMMAND [arguments]"));
+        parser.addPositionalArgument(QStringLiteral("COMMAND"), ParamWording("show, diff, check, set, fleet or apply."),
+                                     ParamWording("COMMAND [arguments]"));
     }
 
     QString HelpText() const
@@ -168,7 +167,7 @@ bool CParamsTool::GatherInputs(const QCommandLineParser& parser, const QCommandL
 {
     const QStringList positional = parser.positionalArguments();
     if (positional.size() <= nFirst && !parser.isSet(filesFrom)) {
-        Complain(QStringLiteral("%1 needs files or folders to read, or --files-from LIST; see factoryparams %1 --help")
+        Complain(ParamWording("%1 needs files or folders to read, or --files-from LIST; see factoryparams %1 --help")
                      .arg(positional.first()));
         return false;
     }
@@ -220,7 +219,7 @@ int CParamsTool::Run(const QStringList& arguments)
         return Fleet(command);
     if (strCommand == "apply")
         return Apply(command);
-    Complain(QStringLiteral("no command \"%1\"").arg(strCommand));
+    Complain(ParamWording("no command \"%1\"").arg(strCommand));
     return Usage();
 }
 
@@ -241,10 +240,10 @@ int ParseCommand(CommandLine& line, const QStringList& arguments, int nMin, int 
     // The command's own name is the first positional argument.
     const qsizetype nCount = line.parser.positionalArguments().size() - 1;
     if (nCount < nMin || (nMax >= 0 && nCount > nMax)) {
-        complain(QStringLiteral("%1 takes %2; see factoryparams %3 --help")
+        complain(ParamWording("%1 takes %2; see factoryparams %3 --help")
                      .arg(arguments.first(),
-                          nMin == nMax ? QString::number(nMin) + " argument(s)"
-                                       : QStringLiteral("at least %1 argument(s)").arg(nMin),
+                          nMin == nMax ? ParamWording("%1 argument(s)").arg(nMin)
+                                       : ParamWording("at least %1 argument(s)").arg(nMin),
                           arguments.first()));
         return CParamsTool::ExitFailed;
     }
@@ -270,11 +269,11 @@ bool TakeFilter(const CommandLine& line, CDifferenceFilter& filter, const std::f
 int CParamsTool::Show(const QStringList& arguments)
 {
     CommandLine line(QStringLiteral("show"),
-                     QStringLiteral("Shows every field of a parameter file, as the plug-in reads it: its key, "
+                     ParamWording("Shows every field of a parameter file, as the plug-in reads it: its key, "
                                     "its label in the settings dialog, the axis or laser, the unit and the value. "
                                     "A key the file lacks shows the value the plug-in puts in its place, marked "
                                     "\"missing\". FILE - reads standard input."),
-                     {{QStringLiteral("FILE"), QStringLiteral("The parameter file.")}}, true);
+                     {{QStringLiteral("FILE"), ParamWording("The parameter file.")}}, true);
     const auto complain = [this](const QString& s) { Complain(s); };
     if (const int n = ParseCommand(line, arguments, 1, 1, m_out, complain))
         return n < 0 ? ExitOk : n;
@@ -289,7 +288,7 @@ int CParamsTool::Show(const QStringList& arguments)
     if (line.parser.isSet(line.json)) {
         QJsonArray fields;
         for (const FactoryParamKey& key : keys) {
-            QJsonObject field = JsonField(key.strKey, QString::fromUtf8(key.szLabel), key.Where(),
+            QJsonObject field = JsonField(key.strKey, ParamWording(key.szLabel), key.Where().isEmpty() ? QString() : ParamWording(key.Where()),
                                           QString::fromUtf8(key.szUnit));
             field.insert("section", key.strSection);
             field.insert("value", JsonNumber(key.Value(record)));
@@ -304,15 +303,15 @@ int CParamsTool::Show(const QStringList& arguments)
     }
     for (const FactoryParamKey& key : keys) {
         const QString strWhere = key.Where();
-        const QString strName = QString::fromUtf8(key.szLabel) + (strWhere.isEmpty() ? QString() : ", " + strWhere);
+        const QString strName = ParamWording(key.szLabel) + (strWhere.isEmpty() ? QString() : ", " + ParamWording(strWhere));
         // As the dialog shows it, in the unit its label names.
         QString strValue = CParamDiff::Number(key.ToShown(key.Value(record)));
         if (*key.szUnit)
             strValue += " " + QString::fromUtf8(key.szUnit);
         if (key.dStoredPerShown != 1.0)
-            strValue += QStringLiteral(" (stored %1)").arg(CParamDiff::Number(key.Value(record)));
+            strValue += ParamWording(" (stored %1)").arg(CParamDiff::Number(key.Value(record)));
         if (missing.contains(key.strKey))
-            strValue += QStringLiteral("  (missing)");
+            strValue += ParamWording("  (missing)");
         m_out << key.strKey.leftJustified(28) << " " << strName.leftJustified(44) << " " << strValue << "\n";
     }
     return ExitOk;
@@ -321,12 +320,12 @@ int CParamsTool::Show(const QStringList& arguments)
 int CParamsTool::Diff(const QStringList& arguments)
 {
     CommandLine line(QStringLiteral("diff"),
-                     QStringLiteral("Shows the fields that hold different values in two parameter files, as "
+                     ParamWording("Shows the fields that hold different values in two parameter files, as "
                                     "\"label, axis or laser: A → B unit\"; a key one file lacks is a difference "
                                     "(\"(missing)\"). Exit code 0 when they hold the same values, 1 when they "
                                     "differ, 2 when either cannot be read. A or B - reads standard input."),
-                     {{QStringLiteral("A"), QStringLiteral("The first parameter file.")},
-                      {QStringLiteral("B"), QStringLiteral("The second parameter file.")}},
+                     {{QStringLiteral("A"), ParamWording("The first parameter file.")},
+                      {QStringLiteral("B"), ParamWording("The second parameter file.")}},
                      true);
     line.parser.addOption(line.ignore);
     line.parser.addOption(line.tolerance);
@@ -366,7 +365,7 @@ int CParamsTool::Diff(const QStringList& arguments)
 int CParamsTool::Check(const QStringList& arguments)
 {
     CommandLine line(QStringLiteral("check"),
-                     QStringLiteral("Checks parameter files: the marker, every key present once and none unknown, "
+                     ParamWording("Checks parameter files: the marker, every key present once and none unknown, "
                                     "CREATE_TIME a time, and each value a number of its field's kind and range "
                                     "(switches 0 or 1, the laser count 1 or 2, the laser type 0 to 4, moving parts "
                                     "0 to 3, machine zero 0 or 1, percentages 0 to 100, every other value 0 to "
@@ -374,7 +373,7 @@ int CParamsTool::Check(const QStringList& arguments)
                                     "line per problem, \"file: key=value: what\". A folder stands for every .ini "
                                     "file below it (not its Backups). Exit code 0 when every file is clean, 1 when "
                                     "any has a problem, 2 when any cannot be read."),
-                     {{QStringLiteral("FILE..."), QStringLiteral("The parameter files or folders; - reads standard input.")}},
+                     {{QStringLiteral("FILE..."), ParamWording("The parameter files or folders; - reads standard input.")}},
                      true);
     line.parser.addOption(line.filesFrom);
     const auto complain = [this](const QString& s) { Complain(s); };
@@ -417,12 +416,12 @@ int CParamsTool::Check(const QStringList& arguments)
             m_out << problem.strWhat << "\n";
         }
         if (problems.isEmpty())
-            m_out << input.strName << ": ok\n";
+            m_out << ParamWording("%1: ok").arg(input.strName) << "\n";
     }
     if (line.parser.isSet(line.json))
         m_out << QJsonDocument(QJsonObject{{"files", files}}).toJson(QJsonDocument::Indented);
     if (inputs.Inputs().isEmpty()) {
-        Complain(QStringLiteral("no parameter files were found"));
+        Complain(ParamWording("no parameter files were found"));
         return ExitFailed;
     }
     return bUnreadable ? ExitFailed : nProblems == 0 ? ExitOk : ExitDifferent;
@@ -431,7 +430,7 @@ int CParamsTool::Check(const QStringList& arguments)
 int CParamsTool::Set(const QStringList& arguments)
 {
     CommandLine line(QStringLiteral("set"),
-                     QStringLiteral("Changes values of a parameter file by their keys, each checked against its "
+                     ParamWording("Changes values of a parameter file by their keys, each checked against its "
                                     "field's kind and range; nothing is written unless every one is good. Only the "
                                     "lines of those keys change: keys and sections the tool does not know, comments "
                                     "and CREATE_TIME stay as they are. A file that does not pass check is refused, "
@@ -439,16 +438,16 @@ int CParamsTool::Set(const QStringList& arguments)
                                     "changed, keeping its mode and owner; a read-only file is refused. The file it "
                                     "replaces is kept in Backups/ beside it; a set that changes nothing writes "
                                     "nothing. Prints each change. Exit code 0 done, 2 nothing was changed."),
-                     {{QStringLiteral("FILE"), QStringLiteral("The parameter file.")},
+                     {{QStringLiteral("FILE"), ParamWording("The parameter file.")},
                       {QStringLiteral("KEY=VALUE..."),
-                       QStringLiteral("New values by their file keys, as factoryparams show lists them.")}},
+                       ParamWording("New values by their file keys, as factoryparams show lists them.")}},
                      false);
     const QCommandLineOption repair(QStringLiteral("repair"),
-                                    QStringLiteral("Fill in missing keys (with the value the plug-in reads for "
+                                    ParamWording("Fill in missing keys (with the value the plug-in reads for "
                                                    "them), bring values into their range, write values as the "
                                                    "plug-in reads them, keep only the last of a key given twice and "
                                                    "give CREATE_TIME a time, naming each field changed."));
-    const QCommandLineOption dryRun(QStringLiteral("dry-run"), QStringLiteral("Show what would change; write nothing."));
+    const QCommandLineOption dryRun(QStringLiteral("dry-run"), ParamWording("Show what would change; write nothing."));
     line.parser.addOption(repair);
     line.parser.addOption(dryRun);
     const auto complain = [this](const QString& s) { Complain(s); };
@@ -457,11 +456,11 @@ int CParamsTool::Set(const QStringList& arguments)
     const QString strPath = line.parser.positionalArguments().at(1);
     const QStringList assignments = line.parser.positionalArguments().mid(2);
     if (assignments.isEmpty() && !line.parser.isSet(repair)) {
-        Complain(QStringLiteral("set takes KEY=VALUE... (or --repair); see factoryparams set --help"));
+        Complain(ParamWording("set takes KEY=VALUE... (or --repair); see factoryparams set --help"));
         return ExitFailed;
     }
     if (strPath == QLatin1String("-")) {
-        Complain(QStringLiteral("set changes a file; standard input cannot be changed"));
+        Complain(ParamWording("set changes a file; standard input cannot be changed"));
         return ExitFailed;
     }
     return ChangeFile(strPath, strPath, assignments, line.parser.isSet(repair), line.parser.isSet(dryRun), QString());
@@ -477,7 +476,7 @@ int CParamsTool::ChangeFile(const QString& strPath, const QString& strName, cons
     // waits, and no change is lost between the reading and the writing.
     const CParamFileLock lock(strTarget.isEmpty() ? strPath : strTarget);
     if (!lock.Taken()) {
-        Complain(QStringLiteral("%1: %2 has been using it for 10 s; it is unchanged").arg(strName, lock.Holder()));
+        Complain(ParamWording("%1: %2 has been using it for 10 s; it is unchanged").arg(strName, lock.Holder()));
         return ExitFailed;
     }
     CParamEdit edit(strTarget.isEmpty() ? strPath : strTarget);
@@ -494,7 +493,7 @@ int CParamsTool::ChangeFile(const QString& strPath, const QString& strName, cons
         }
     }
     if (!bAllGood) {
-        Complain(QStringLiteral("%1 is unchanged").arg(strName));
+        Complain(ParamWording("%1 is unchanged").arg(strName));
         return ExitFailed;
     }
     QStringList repaired;
@@ -502,9 +501,9 @@ int CParamsTool::ChangeFile(const QString& strPath, const QString& strName, cons
         QStringList left;
         repaired = edit.Repair(&left);
         for (const QString& strLeft : left)
-            Complain(QStringLiteral("%1: %2: cannot be repaired").arg(strName, strLeft));
+            Complain(ParamWording("%1: %2: cannot be repaired").arg(strName, strLeft));
         if (!left.isEmpty()) {
-            Complain(QStringLiteral("%1 is unchanged").arg(strName));
+            Complain(ParamWording("%1 is unchanged").arg(strName));
             return ExitFailed;
         }
     } else if (!edit.Problems().isEmpty()) {
@@ -513,19 +512,21 @@ int CParamsTool::ChangeFile(const QString& strPath, const QString& strName, cons
                                                    problem.strKey.isEmpty() ? QString()
                                                                             : problem.strKey + "=" + problem.strValue + ": ",
                                                    problem.strWhat));
-        Complain(QStringLiteral("%1 is unchanged: it does not pass check (--repair fills and fixes what it can)")
+        Complain(ParamWording("%1 is unchanged: it does not pass check (--repair fills and fixes what it can)")
                      .arg(strName));
         return ExitFailed;
     }
     QString strError;
     if (!edit.Verify(&strError)) {
-        Complain(QStringLiteral("%1: %2; it is unchanged").arg(strName, strError));
+        Complain(ParamWording("%1: %2; it is unchanged").arg(strName, strError));
         return ExitFailed;
     }
-    const QString strWould = bDryRun ? QStringLiteral("would change: ") : QString();
+    const QString strWould = bDryRun ? ParamWording("would change: ") : QString();
     if (!edit.Changed()) {
-        m_out << strName << ": " << (bDryRun ? "would not change" : "unchanged")
-              << " (it holds these values already)\n";
+        m_out << (bDryRun ? ParamWording("%1: would not change (it holds these values already)")
+                          : ParamWording("%1: unchanged (it holds these values already)"))
+                     .arg(strName)
+              << "\n";
         return ExitOk;
     }
     if (!bDryRun) {
@@ -533,18 +534,18 @@ int CParamsTool::ChangeFile(const QString& strPath, const QString& strName, cons
         struct stat mode {};
         if (::stat(QFile::encodeName(strTarget).constData(), &mode) != 0 || (mode.st_mode & 0222) == 0
             || ::access(QFile::encodeName(strTarget).constData(), W_OK) != 0) {
-            Complain(QStringLiteral("%1: read-only; it is unchanged").arg(strName));
+            Complain(ParamWording("%1: read-only; it is unchanged").arg(strName));
             return ExitFailed;
         }
         if (!CParamBackups::KeepFile(strTarget, CParamBackups::ReasonSave, &strError))
-            Complain(QStringLiteral("warning: no backup was kept: %1").arg(strError));
+            Complain(ParamWording("warning: no backup was kept: %1").arg(strError));
         if (!ReplaceParamFileBytes(strTarget, edit.Bytes(), &strError)) {
-            Complain(QStringLiteral("%1: cannot be written (%2); it is unchanged").arg(strName, strError));
+            Complain(ParamWording("%1: cannot be written (%2); it is unchanged").arg(strName, strError));
             return ExitFailed;
         }
     }
     for (const QString& strRepaired : repaired)
-        m_out << strPrefix << strWould << "repaired " << strRepaired << "\n";
+        m_out << strPrefix << strWould << ParamWording("repaired %1").arg(strRepaired) << "\n";
     const QSet<QString> repairedKeys = [&repaired] {
         QSet<QString> keys;
         for (const QString& strRepaired : repaired)
@@ -560,28 +561,28 @@ int CParamsTool::ChangeFile(const QString& strPath, const QString& strName, cons
 int CParamsTool::Fleet(const QStringList& arguments)
 {
     CommandLine line(QStringLiteral("fleet"),
-                     QStringLiteral("Compares every parameter file under DIR (all folders below it, but not their "
+                     ParamWording("Compares every parameter file under DIR (all folders below it, but not their "
                                     "Backups), or each FILE given, with REFERENCE and tells, per field, how many "
                                     "machines differ and which; a key a machine's file lacks is a difference. A "
                                     "file that cannot be read, or is no parameter file, is named with its reason on "
                                     "standard error (and under \"skipped\" in JSON). Exit code 0 when every "
                                     "machine matches, 1 when any differs, 2 when any file could not be read or "
                                     "none was found."),
-                     {{QStringLiteral("REFERENCE"), QStringLiteral("The parameter file the machines should match.")},
-                      {QStringLiteral("DIR|FILE..."), QStringLiteral("The machines' parameter files, or folders of them.")}},
+                     {{QStringLiteral("REFERENCE"), ParamWording("The parameter file the machines should match.")},
+                      {QStringLiteral("DIR|FILE..."), ParamWording("The machines' parameter files, or folders of them.")}},
                      true);
     const QCommandLineOption perMachine(QStringLiteral("per-machine"),
-                                        QStringLiteral("One line per machine, as each is read: pass, the fields it "
+                                        ParamWording("One line per machine, as each is read: pass, the fields it "
                                                        "differs in, or why it could not be read."));
     const QCommandLineOption csv(QStringLiteral("csv"),
-                                 QStringLiteral("One CSV row per machine (file, result, differences, reason), for a "
+                                 ParamWording("One CSV row per machine (file, result, differences, reason), for a "
                                                 "spreadsheet."));
     const QCommandLineOption report(QStringLiteral("report"),
-                                    QStringLiteral("A report to sign: the date, the tool's version, the reference and "
+                                    ParamWording("A report to sign: the date, the tool's version, the reference and "
                                                    "its SHA-256, the options, every machine with pass or fail and "
                                                    "every file that could not be read with its reason."));
     const QCommandLineOption quiet(QStringLiteral("quiet"),
-                                   QStringLiteral("Nothing on standard output: the exit code says it (files that "
+                                   ParamWording("Nothing on standard output: the exit code says it (files that "
                                                   "cannot be read are still named on standard error)."));
     line.parser.addOptions({line.filesFrom, line.ignore, line.tolerance, perMachine, csv, report, quiet});
     const auto complain = [this](const QString& s) { Complain(s); };
@@ -610,15 +611,15 @@ int CParamsTool::Fleet(const QStringList& arguments)
         QCryptographicHash sha(QCryptographicHash::Sha256);
         if (file.open(QIODevice::ReadOnly))
             sha.addData(&file);
-        m_out << "factoryparams fleet report\n"
-              << "date: " << QDateTime::currentDateTime().toString(Qt::ISODate) << "\n"
-              << "tool: factoryparams " << QCoreApplication::applicationVersion() << "\n"
-              << "reference: " << strReference << " (SHA-256 " << sha.result().toHex() << ")\n"
-              << "ignored: " << (line.parser.values(line.ignore).isEmpty() ? QStringLiteral("nothing")
-                                                                           : line.parser.values(line.ignore).join(", "))
+        const QStringList ignored = line.parser.values(line.ignore);
+        const QStringList tolerances = line.parser.values(line.tolerance);
+        m_out << ParamWording("factoryparams fleet report") << "\n"
+              << ParamWording("date: %1").arg(QDateTime::currentDateTime().toString(Qt::ISODate)) << "\n"
+              << ParamWording("tool: factoryparams %1").arg(QCoreApplication::applicationVersion()) << "\n"
+              << ParamWording("reference: %1 (SHA-256 %2)").arg(strReference, QString::fromLatin1(sha.result().toHex()))
               << "\n"
-              << "tolerances: " << (line.parser.values(line.tolerance).isEmpty() ? QStringLiteral("none")
-                                                                                 : line.parser.values(line.tolerance).join(", "))
+              << ParamWording("ignored: %1").arg(ignored.isEmpty() ? ParamWording("nothing") : ignored.join(", ")) << "\n"
+              << ParamWording("tolerances: %1").arg(tolerances.isEmpty() ? ParamWording("none") : tolerances.join(", "))
               << "\n";
     }
     if (bCsv && !bQuiet)
@@ -652,7 +653,7 @@ int CParamsTool::Fleet(const QStringList& arguments)
             continue;
         QStringList changed;
         for (const SParamDifference& d : result.differences)
-            changed << QStringLiteral("%1=%2").arg(d.strKey, d.bMissingB ? QStringLiteral("(missing)") : CParamDiff::Number(d.dB));
+            changed << QStringLiteral("%1=%2").arg(d.strKey, d.bMissingB ? ParamWording("(missing)") : CParamDiff::Number(d.dB));
         if (!result.strWhy.isEmpty()) {
             skipped << qMakePair(strName, result.strWhy);
             Complain(QStringLiteral("%1: %2").arg(strName, result.strWhy));
@@ -683,9 +684,9 @@ int CParamsTool::Fleet(const QStringList& arguments)
                   << csvField(result.strWhy) << "\n";
         } else if (bPerMachine) {
             m_out << strName << ": "
-                  << (!result.strWhy.isEmpty()       ? QStringLiteral("not read (%1)").arg(result.strWhy)
-                          : result.differences.isEmpty() ? QStringLiteral("pass")
-                                                         : QStringLiteral("fail, %1 field(s): %2")
+                  << (!result.strWhy.isEmpty()       ? ParamWording("not read (%1)").arg(result.strWhy)
+                          : result.differences.isEmpty() ? ParamWording("pass")
+                                                         : ParamWording("fail, %1 field(s): %2")
                                                                .arg(result.differences.size())
                                                                .arg(changed.join(", ")))
                   << "\n";
@@ -694,13 +695,13 @@ int CParamsTool::Fleet(const QStringList& arguments)
     }
 
     const QString strSummary =
-        QStringLiteral("%1 machine(s) compared with %2: %3 differ, in %4 field(s)")
+        ParamWording("%1 machine(s) compared with %2: %3 differ, in %4 field(s)")
             .arg(nMachines)
             .arg(strReference)
             .arg(nDiffering)
             .arg(fields.size())
         + (skipped.isEmpty() ? QString()
-                             : QStringLiteral("; %1 file(s) could not be read (named on standard error)").arg(skipped.size()));
+                             : ParamWording("; %1 file(s) could not be read (named on standard error)").arg(skipped.size()));
     if (bQuiet) {
         // Nothing on standard output.
     } else if (bJson) {
@@ -737,7 +738,7 @@ int CParamsTool::Fleet(const QStringList& arguments)
         m_out << strSummary << "\n";
         for (const Field& field : fields) {
             m_out << field.what.strKey << "  " << CParamDiff::Name(field.what) << ": "
-                  << QStringLiteral("%1 of %2 machine(s) differ from %3\n")
+                  << ParamWording("%1 of %2 machine(s) differ from %3\n")
                          .arg(field.machines.size())
                          .arg(nMachines)
                          .arg(CParamDiff::Shown(field.what, false));
@@ -746,27 +747,27 @@ int CParamsTool::Fleet(const QStringList& arguments)
         }
     }
     if (nMachines == 0 && skipped.isEmpty())
-        Complain(QStringLiteral("no parameter files were found"));
+        Complain(ParamWording("no parameter files were found"));
     return !skipped.isEmpty() || nMachines == 0 ? ExitFailed : nDiffering == 0 ? ExitOk : ExitDifferent;
 }
 
 int CParamsTool::Apply(const QStringList& arguments)
 {
     CommandLine line(QStringLiteral("apply"),
-                     QStringLiteral("Writes the model's values into every parameter file under DIR (not the "
+                     ParamWording("Writes the model's values into every parameter file under DIR (not the "
                                     "Backups), or each FILE, as set does for each: only the lines of the fields "
                                     "that differ change, under the file's lock, with a backup; a file that does not "
                                     "pass check is refused unless --repair is given. Fields matching --ignore "
                                     "(the calibrated steps, for example) keep each machine's own value. Prints each "
                                     "change after the file's name. Exit code 0 when every file holds the model's "
                                     "values, 2 when any could not be read or changed."),
-                     {{QStringLiteral("MODEL"), QStringLiteral("The parameter file whose values the machines take.")},
-                      {QStringLiteral("DIR|FILE..."), QStringLiteral("The machines' parameter files, or folders of them.")}},
+                     {{QStringLiteral("MODEL"), ParamWording("The parameter file whose values the machines take.")},
+                      {QStringLiteral("DIR|FILE..."), ParamWording("The machines' parameter files, or folders of them.")}},
                      false);
     const QCommandLineOption repair(QStringLiteral("repair"),
-                                    QStringLiteral("Fill and fix what check finds in a machine's file, as set "
+                                    ParamWording("Fill and fix what check finds in a machine's file, as set "
                                                    "--repair does, instead of refusing it."));
-    const QCommandLineOption dryRun(QStringLiteral("dry-run"), QStringLiteral("Show what would change; write nothing."));
+    const QCommandLineOption dryRun(QStringLiteral("dry-run"), ParamWording("Show what would change; write nothing."));
     line.parser.addOptions({line.filesFrom, line.ignore, repair, dryRun});
     const auto complain = [this](const QString& s) { Complain(s); };
     if (const int n = ParseCommand(line, arguments, 1, -1, m_out, complain))
@@ -781,7 +782,7 @@ int CParamsTool::Apply(const QStringList& arguments)
     if (!Load(modelInput.Inputs().first(), model, &missing))
         return ExitFailed;
     if (!missing.isEmpty()) {
-        Complain(QStringLiteral("%1: the model lacks %2; nothing was changed")
+        Complain(ParamWording("%1: the model lacks %2; nothing was changed")
                      .arg(modelInput.Inputs().first().strName, QStringList(missing.begin(), missing.end()).join(", ")));
         return ExitFailed;
     }
@@ -801,7 +802,7 @@ int CParamsTool::Apply(const QStringList& arguments)
     int nExit = ExitOk;
     for (const CToolInputs::SInput& input : inputs.Inputs()) {
         if (!input.strWhy.isEmpty() || input.bCopy) {
-            Complain(QStringLiteral("%1: %2").arg(input.strName, input.bCopy ? QStringLiteral("cannot be changed in place")
+            Complain(QStringLiteral("%1: %2").arg(input.strName, input.bCopy ? ParamWording("cannot be changed in place")
                                                                              : input.strWhy));
             nExit = ExitFailed;
             continue;
@@ -816,7 +817,7 @@ int CParamsTool::Apply(const QStringList& arguments)
             nExit = ExitFailed;
     }
     if (inputs.Inputs().isEmpty()) {
-        Complain(QStringLiteral("no parameter files were found"));
+        Complain(ParamWording("no parameter files were found"));
         return ExitFailed;
     }
     return nExit;

@@ -1,4 +1,5 @@
 #include "CToolInputs.h"
+#include "ParamWording.h"
 
 #include "FactoryParamIo.h"
 
@@ -32,8 +33,8 @@ QString Printable(const QByteArray& bytes)
 QString Reason(int nError)
 {
     switch (nError) {
-    case ENOENT: return QStringLiteral("no such file");
-    case EACCES: return QStringLiteral("permission denied");
+    case ENOENT: return ParamWording("no such file");
+    case EACCES: return ParamWording("permission denied");
     default: return QString::fromLocal8Bit(std::strerror(nError));
     }
 }
@@ -43,7 +44,7 @@ void CToolInputs::Add(const QString& strArgument, bool bFolders)
 {
     if (strArgument == QLatin1String("-")) {
         if (m_bStandardInputTaken) {
-            m_inputs << SInput{QStringLiteral("-"), QString(), QStringLiteral("standard input is read only once")};
+            m_inputs << SInput{QStringLiteral("-"), QString(), ParamWording("standard input is read only once")};
             return;
         }
         m_bStandardInputTaken = true;
@@ -61,7 +62,7 @@ void CToolInputs::Add(const QString& strArgument, bool bFolders)
         AddFolder(path, strArgument);
         // A folder given by name that holds nothing to read is said, not passed over.
         if (m_inputs.size() == nBefore)
-            m_inputs << SInput{strArgument, strArgument, QStringLiteral("a folder with no .ini file in it")};
+            m_inputs << SInput{strArgument, strArgument, ParamWording("a folder with no .ini file in it")};
         return;
     }
     // A pipe or a terminal: read once, as it can be read only once.
@@ -76,7 +77,7 @@ void CToolInputs::AddFolder(const QByteArray& folder, const QString& strName)
 {
     DIR* pDir = ::opendir(folder.constData());
     if (!pDir) {
-        m_inputs << SInput{strName, QFile::decodeName(folder), QStringLiteral("a folder that cannot be read: %1").arg(Reason(errno))};
+        m_inputs << SInput{strName, QFile::decodeName(folder), ParamWording("a folder that cannot be read: %1").arg(Reason(errno))};
         return;
     }
     QList<QByteArray> names;
@@ -97,7 +98,7 @@ void CToolInputs::AddFolder(const QByteArray& folder, const QString& strName)
             continue;
         if (S_ISLNK(info.st_mode) && ::stat(path.constData(), &info) != 0) {
             if (name.endsWith(".ini"))
-                m_inputs << SInput{strChild, QString(), QStringLiteral("a link to nothing")};
+                m_inputs << SInput{strChild, QString(), ParamWording("a link to nothing")};
             continue;
         }
         if (S_ISDIR(info.st_mode)) {
@@ -140,7 +141,7 @@ CToolInputs::SInput CToolInputs::Copy(const QByteArray& path, const QString& str
         m_pCopies = std::make_unique<QTemporaryDir>();
     QFile copy(m_pCopies->filePath(QStringLiteral("%1.ini").arg(++m_nCopies)));
     if (!m_pCopies->isValid() || !copy.open(QIODevice::WriteOnly) || copy.write(bytes) != bytes.size())
-        return SInput{strName, QString(), QStringLiteral("no private copy could be made to read it")};
+        return SInput{strName, QString(), ParamWording("no private copy could be made to read it")};
     return SInput{strName, copy.fileName(), QString(), true};
 }
 
