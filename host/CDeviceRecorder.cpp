@@ -163,7 +163,7 @@ int CDeviceRecorder::CallFunction(const char* szName, const QVariant& arg)
             const int nResult = pCard ? pCard->CallFunction(szName, arg) : 1001;
             // Whoever shows the upgrade's result can say why it failed.
             if (bUpgrade && nResult != 0)
-                ThreadDialogReport(-1.0, Wording("%1 (code %2)").arg(CHostNotifier::Describe(nResult)).arg(nResult));
+                ThreadDialogReportFailure(Wording("%1 (code %2)").arg(CHostNotifier::Describe(nResult)).arg(nResult));
             return nResult;
         });
     });

@@ -117,7 +117,7 @@ void CSystemTab::Upgrade(int nTask)
         : new QMessageBox(QMessageBox::Information, QString(), Wording("Import successfully"), QMessageBox::Ok, pDialog);
     // Why, as the host said it when the upgrade ended; its code at the least.
     if (nResult != 0) {
-        const QString strWhy = ThreadDialogLastStage();
+        const QString strWhy = ThreadDialogFailure();
         pBox->setInformativeText(strWhy.isEmpty() ? Wording("Result code %1.").arg(nResult) : strWhy);
     }
     KeepTitleWhole(pBox);

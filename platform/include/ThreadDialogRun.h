@@ -18,6 +18,13 @@ int ThreadDialogRun(IThreadDialogOwner* pOwner, int nTask, void* pParam, int nRe
 // nothing said.
 void ThreadDialogReport(double dFraction, const QString& strStage);
 
-// The last stage the host reported during the latest run, or an empty text:
-// once a run has ended, what the host said last about how it ended.
+// The last stage the host reported during the latest run, or an empty text.
 QString ThreadDialogLastStage();
+
+// For the host's side of a running task: why it failed, in words a person
+// reads (the task then returns non-zero). Kept apart from the stages, so that
+// whoever shows the result never takes a stage for a reason.
+void ThreadDialogReportFailure(const QString& strWhy);
+
+// Why the latest run failed, as the host said it; empty when it said nothing.
+QString ThreadDialogFailure();

@@ -17,6 +17,7 @@ struct Report
     QMutex mutex;
     double dFraction = -1.0;
     QString strStage;
+    QString strFailure;
 };
 
 Report& LastReport()
@@ -31,6 +32,7 @@ void ClearReport()
     QMutexLocker locker(&report.mutex);
     report.dFraction = -1.0;
     report.strStage.clear();
+    report.strFailure.clear();
 }
 }
 
@@ -47,6 +49,20 @@ QString ThreadDialogLastStage()
     Report& report = LastReport();
     QMutexLocker locker(&report.mutex);
     return report.strStage;
+}
+
+void ThreadDialogReportFailure(const QString& strWhy)
+{
+    Report& report = LastReport();
+    QMutexLocker locker(&report.mutex);
+    report.strFailure = strWhy;
+}
+
+QString ThreadDialogFailure()
+{
+    Report& report = LastReport();
+    QMutexLocker locker(&report.mutex);
+    return report.strFailure;
 }
 
 int ThreadDialogRun(IThreadDialogOwner* pOwner, int nTask, void* pParam, int nReserved, const QString& strText)

@@ -186,11 +186,13 @@ void TestSystemTab::upgrades_data()
     QTest::addColumn<QString>("strButton");
     QTest::addColumn<QString>("strFile");
     QTest::addColumn<QString>("strFunction");
-    QTest::addColumn<int>("nCondition");   // 0 ready, 1 card fails, 2 busy, 3 no card
+    QTest::addColumn<int>("nCondition");   // 0 ready, 1 card fails and says why, 2 busy, 3 no card, 4 card fails silently
     QTest::addColumn<int>("nCode");
     QTest::newRow("mainboard success") << "pushButton_mainboardUpgrade" << "main.upd" << "CardUpgrade" << 0 << 0;
     QTest::newRow("panel success") << "pushButton_panelUpgrade" << "panel.hmi" << "PanelUpgrade" << 0 << 0;
     QTest::newRow("mainboard failure") << "pushButton_mainboardUpgrade" << "main.upd" << "CardUpgrade" << 1 << 2004;
+    QTest::newRow("mainboard failure, only stages said") << "pushButton_mainboardUpgrade" << "main.upd" << "CardUpgrade" << 4
+                                                         << 2007;
     QTest::newRow("panel busy") << "pushButton_panelUpgrade" << "panel.hmt" << "PanelUpgrade" << 2 << 1005;
     QTest::newRow("mainboard no card") << "pushButton_mainboardUpgrade" << "main.upd" << "CardUpgrade" << 3 << 1001;
 }
@@ -210,7 +212,7 @@ void TestSystemTab::upgrades()
     file.close();
 
     TabTestFixture f;
-    if (nCondition == 1)
+    if (nCondition == 1 || nCondition == 4)
         m_pCard->m_nResult = nCode;
     m_pCard->m_taskState.m_bBusy = nCondition == 2;
     if (nCondition == 3)
@@ -220,8 +222,9 @@ void TestSystemTab::upgrades()
     const QString strHostSays = QStringLiteral("Not done: the card refused it (code %1)").arg(nCode);
     m_pCard->m_onCall = [&](const QString&) {
         duringRun = f.Dialog()->cursor().shape();
+        ThreadDialogReport(0.5, QStringLiteral("Writing the firmware"));
         if (nCondition == 1)
-            ThreadDialogReport(-1.0, strHostSays);
+            ThreadDialogReportFailure(strHostSays);
     };
 
     ModalAnswerer answerer;
@@ -238,18 +241,18 @@ void TestSystemTab::upgrades()
     } else {
         QCOMPARE(box.strTitle, QStringLiteral("error"));
         QCOMPARE(box.strText, QStringLiteral("Import failed"));
-        // Why: what the host said, or the code when it said nothing.
+        // Why: what the host said, or the code when it said nothing (a stage is no reason).
         QCOMPARE(box.strInformative, nCondition == 1 ? strHostSays : QStringLiteral("Result code %1.").arg(nCode));
     }
     // Wide enough for the title the window manager draws (an empty one shows the application's name).
     const QString strTitleBar = box.strTitle.isEmpty() ? QGuiApplication::applicationDisplayName() : box.strTitle;
-    QVERIFY2(box.nWidth >= QApplication::fontMetrics().horizontalAdvance(strTitleBar) + 160,
+    QVERIFY2(box.nWidth >= QFontMetrics(QApplication::font()).horizontalAdvance(strTitleBar) + 160,
              qPrintable(QStringLiteral("%1 px for \"%2\"").arg(box.nWidth).arg(strTitleBar)));
     QVERIFY(f.Log().contains(QStringLiteral("[1] HMI update erro code:%1").arg(nCode).toUtf8()));
     QCOMPARE(f.Dialog()->cursor().shape(), Qt::ArrowCursor);
 
     const QList<FakeCard::Call> calls = CardCalls();
-    if (nCondition >= 2) {
+    if (nCondition == 2 || nCondition == 3) {
         QVERIFY(calls.isEmpty());   // refused before the card
         return;
     }

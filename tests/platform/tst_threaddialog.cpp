@@ -168,6 +168,7 @@ void TestThreadDialog::whatTheHostSaysOfTheTaskIsShownAndKept()
 {
     // Said before a run: the run starts with nothing said.
     ThreadDialogReport(0.9, QStringLiteral("left over"));
+    ThreadDialogReportFailure(QStringLiteral("an old failure"));
     std::atomic<bool> bSeen{false};
     QString strLabel;
     int nValue = -1;
@@ -183,19 +184,33 @@ void TestThreadDialog::whatTheHostSaysOfTheTaskIsShownAndKept()
     poll.start(10);
     TaskOwner owner;
     QString strAtStart;
+    QString strFailureAtStart;
     owner.m_task = [&] {
         strAtStart = ThreadDialogLastStage();
+        strFailureAtStart = ThreadDialogFailure();
         ThreadDialogReport(0.25, QStringLiteral("Writing"));
         const bool bShown = WaitFor(bSeen);
-        ThreadDialogReport(-1.0, QStringLiteral("Not done: the card refused it (code 7)"));
+        ThreadDialogReport(0.5, QStringLiteral("Restarting"));
+        ThreadDialogReportFailure(QStringLiteral("Not done: the card refused it (code 7)"));
         return bShown ? 7 : -1;
     };
     QCOMPARE(ThreadDialogRun(&owner, 0, nullptr, 0, "Processing..."), 7);
     QCOMPARE(strAtStart, QString());
+    QCOMPARE(strFailureAtStart, QString());
     QCOMPARE(strLabel, QStringLiteral("Processing...\nWriting"));
     QCOMPARE(nValue, 250);
-    // Once the run has ended, its last word is there for whoever shows the result.
-    QCOMPARE(ThreadDialogLastStage(), QStringLiteral("Not done: the card refused it (code 7)"));
+    // Once the run has ended, why it failed is there for whoever shows the result, apart from its last stage.
+    QCOMPARE(ThreadDialogFailure(), QStringLiteral("Not done: the card refused it (code 7)"));
+    QCOMPARE(ThreadDialogLastStage(), QStringLiteral("Restarting"));
+
+    // A run that reports stages and no failure leaves no reason to show.
+    owner.m_task = [&] {
+        ThreadDialogReport(0.5, QStringLiteral("Writing the firmware"));
+        return 9;
+    };
+    QCOMPARE(ThreadDialogRun(&owner, 0, nullptr, 0, "Processing..."), 9);
+    QCOMPARE(ThreadDialogFailure(), QString());
+    QCOMPARE(ThreadDialogLastStage(), QStringLiteral("Writing the firmware"));
 }
 
 void TestThreadDialog::cancelAsksTheTaskToStop()
