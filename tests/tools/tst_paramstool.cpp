@@ -1223,6 +1223,19 @@ void TestParamsTool::everyTextInTheLanguageOfTheLocale()
         qWarning().noquote() << strLeft;
     QVERIFY2(left.isEmpty(), qPrintable(QStringLiteral("%1 command(s) answer with English words").arg(left.size())));
 
+    // On a terminal, show's values stand in one column in either language (a Chinese character takes two columns).
+    m_environment = QStringList{"LC_ALL=zh_CN.UTF-8", "LANGUAGE="};
+    const QStringList lines = Tool({"show", strModel}).strOut.split('\n', Qt::SkipEmptyParts);
+    QCOMPARE(lines.size(), FactoryParamKey::File().size());
+    for (const QString& strLine : lines) {
+        // The value is the first number after the label column (labels hold digits only after a comma, "激光 1").
+        const qsizetype nValue = strLine.indexOf(QRegularExpression(QStringLiteral("(?<=  )[-0-9]")), 29);
+        int nColumns = 0;
+        for (const QChar c : strLine.left(nValue))
+            nColumns += c.unicode() >= 0x2E80 ? 2 : 1;
+        QVERIFY2(nColumns == 74, qPrintable(QStringLiteral("%1 columns before the value: %2").arg(nColumns).arg(strLine)));
+    }
+
     // LC_ALL=C is English whatever LANGUAGE says, as gettext has it; LANG alone is enough.
     m_environment = QStringList{"LC_ALL=C", "LANGUAGE=zh_CN"};
     QCOMPARE(Tool({"check", QStringLiteral("无.ini")}).strErr, QStringLiteral("factoryparams: 无.ini: no such file\n"));

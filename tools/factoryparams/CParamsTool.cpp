@@ -56,6 +56,21 @@ QJsonObject JsonDifference(const SParamDifference& d)
     return field;
 }
 
+// The text padded to nColumns terminal columns: a wide character (Chinese,
+// full-width punctuation) takes two.
+QString Padded(const QString& strText, int nColumns)
+{
+    int nWidth = 0;
+    for (const QChar c : strText) {
+        const char16_t u = c.unicode();
+        const bool bWide = (u >= 0x1100 && u <= 0x115F) || (u >= 0x2E80 && u <= 0xA4CF) || (u >= 0xAC00 && u <= 0xD7A3)
+            || (u >= 0xF900 && u <= 0xFAFF) || (u >= 0xFE30 && u <= 0xFE4F) || (u >= 0xFF00 && u <= 0xFF60)
+            || (u >= 0xFFE0 && u <= 0xFFE6);
+        nWidth += bWide ? 2 : 1;
+    }
+    return nWidth >= nColumns ? strText : strText + QString(nColumns - nWidth, QLatin1Char(' '));
+}
+
 // A parser with the tool's own --help. arguments: name and description of each
 // positional argument; the first is shown after the command's name.
 struct CommandLine
@@ -312,7 +327,7 @@ int CParamsTool::Show(const QStringList& arguments)
             strValue += ParamWording(" (stored %1)").arg(CParamDiff::Number(key.Value(record)));
         if (missing.contains(key.strKey))
             strValue += ParamWording("  (missing)");
-        m_out << key.strKey.leftJustified(28) << " " << strName.leftJustified(44) << " " << strValue << "\n";
+        m_out << key.strKey.leftJustified(28) << " " << Padded(strName, 44) << " " << strValue << "\n";
     }
     return ExitOk;
 }
