@@ -1,5 +1,14 @@
 #include "CPluginHost.h"
 
+#include "CTranslator.h"
+
+namespace {
+QString Wording(const char* szText)
+{
+    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
+}
+}
+
 CPluginHost::CPluginHost() = default;
 
 CPluginHost::~CPluginHost()
@@ -12,6 +21,30 @@ bool CPluginHost::Load(const QString& strPath)
     m_library.setFileName(strPath);
     if (!m_library.load()) {
         m_strError = m_library.errorString();
+        return false;
+    }
+    // The plug-in's interface revision first: a plug-in built for another one
+    // would be called through the wrong table of functions.
+    const auto pfnVersion = reinterpret_cast<PfnFactoryMgrVersion>(m_library.resolve("FactoryMgrVersion"));
+    if (!pfnVersion) {
+        m_strError = Wording("%1 does not say which interface revision it implements (it exports no FactoryMgrVersion); "
+                             "this host needs revision %2.")
+                         .arg(strPath)
+                         .arg(FACTORYMGR_INTERFACE_REVISION);
+        return false;
+    }
+    int nMajor = 0;
+    int nMinor = 0;
+    int nPatch = 0;
+    const int nRevision = pfnVersion(&nMajor, &nMinor, &nPatch);
+    if (nRevision != FACTORYMGR_INTERFACE_REVISION) {
+        m_strError = Wording("%1 is FactoryMgr %2.%3.%4 with interface revision %5; this host needs revision %6.")
+                         .arg(strPath)
+                         .arg(nMajor)
+                         .arg(nMinor)
+                         .arg(nPatch)
+                         .arg(nRevision)
+                         .arg(FACTORYMGR_INTERFACE_REVISION);
         return false;
     }
     auto pfnNew = reinterpret_cast<PfnNewInterface>(m_library.resolve("NewInterface"));

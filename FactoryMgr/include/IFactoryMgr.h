@@ -16,9 +16,14 @@
 ///    operations as needed.
 /// 5. ReleaseInterface() last.
 ///
-/// Threading: every operation declared here is called on the host's GUI thread, the thread of the
-/// QApplication, which must exist before NewInterface() is called. Only the host's pattern
-/// converter (IFactoryMgr::PfnConvertPattern) is called on a worker thread.
+/// Threading: every operation declared here is called by the host on its GUI thread, the thread of
+/// the QApplication, which must exist before NewInterface() is called (FactoryMgrVersion() is the
+/// exception: any thread, any time). The plug-in calls the host back on a worker thread, the
+/// progress dialog's (ThreadDialogRun), for its long tasks: during a firmware upgrade
+/// IDevice::GetCurrentCard(), ICard::GetState(), ICard::GetTaskState(), ITaskState::IsBusy() and
+/// ICard::CallFunction(); during the calibration cut the host's pattern converter
+/// (IFactoryMgr::PfnConvertPattern) and then the same card calls. Everything else reaches the host
+/// on the GUI thread.
 ///
 /// Directories: the resource directory, which holds what ships with the host, is the
 /// application's directory followed by "/../Resources". The user data directory, where the
@@ -278,12 +283,37 @@ public:
 /// \return The same object as a QDialog.
 inline QDialog* FactoryDialog(DlgFactoryMgr* pDialog) { return reinterpret_cast<QDialog*>(pDialog); }
 
+/// \brief The revision of the binary interface this header describes.
+///
+/// It counts changes to anything a host's compiled code depends on: the order and signatures of
+/// IFactoryMgr's virtual functions, the layout of FactoryParams and CardInfo, the host objects'
+/// interfaces and the entry points. A plug-in of another revision must not be used by this host.
+#define FACTORYMGR_INTERFACE_REVISION 1
+
+/// \brief Type of FactoryMgrVersion(), for resolving it with QLibrary::resolve() or dlsym().
+typedef int (*PfnFactoryMgrVersion)(int* pnMajor, int* pnMinor, int* pnPatch);
 /// \brief Type of NewInterface(), for resolving it with QLibrary::resolve() or dlsym().
 typedef IFactoryMgr* (*PfnNewInterface)();
 /// \brief Type of ReleaseInterface(), for resolving it with QLibrary::resolve() or dlsym().
 typedef void (*PfnReleaseInterface)(IFactoryMgr* pInterface);
 
 extern "C" {
+/// \brief The plug-in's version and the interface revision it implements.
+///
+/// Exported with C linkage under the undecorated name "FactoryMgrVersion". It needs no
+/// QApplication, touches no file and may be called from any thread at any time. A host calls it
+/// after loading the library and before NewInterface(), and compares its answer with
+/// FACTORYMGR_INTERFACE_REVISION of the header it was built with: when they differ, or when the
+/// library does not export the function (a plug-in older than the revision), the host must not
+/// call NewInterface() and should say which plug-in it found and which revision it needs. A
+/// different version with the same revision is compatible.
+///
+/// \param pnMajor Receives the plug-in's major version; may be null.
+/// \param pnMinor Receives the minor version; may be null.
+/// \param pnPatch Receives the patch version; may be null.
+/// \return The interface revision the plug-in implements.
+__attribute__((visibility("default"))) int FactoryMgrVersion(int* pnMajor, int* pnMinor, int* pnPatch) noexcept;
+
 /// \brief Makes a new service object.
 ///
 /// Exported with C linkage under the undecorated name "NewInterface". Call it on the GUI
@@ -292,7 +322,8 @@ extern "C" {
 /// its defaults).
 ///
 /// \return The new object, owned by the caller until it is handed to ReleaseInterface(); null
-///         when it cannot be made.
+///         when it cannot be made, and null (with nothing made on disk) when no QApplication
+///         exists yet.
 __attribute__((visibility("default"))) IFactoryMgr* NewInterface() noexcept;
 
 /// \brief Destroys a service object made by NewInterface().
@@ -300,7 +331,13 @@ __attribute__((visibility("default"))) IFactoryMgr* NewInterface() noexcept;
 /// Exported with C linkage under the undecorated name "ReleaseInterface". Call it last, on the
 /// GUI thread. It deletes neither the settings dialog nor the calibration wizard and does not
 /// forget the device and notifier handed to IFactoryMgr::Init(). The wizard stays until the
-/// application quits, so the library must not be unloaded before then.
+/// application quits or the library is unloaded, whichever comes first: releasing, unloading and
+/// quitting are safe in any order. A settings dialog the host still holds must be deleted before
+/// the library is unloaded, since its code goes with the library.
+///
+/// An object that is not alive (released already, or never made by NewInterface()) is left alone
+/// and the call is logged. Calling any operation of an object after releasing it is not
+/// detected: the host must forget its pointer.
 ///
 /// \param pInterface The object to destroy; null is ignored.
 __attribute__((visibility("default"))) void ReleaseInterface(IFactoryMgr* pInterface) noexcept;
