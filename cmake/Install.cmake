@@ -4,12 +4,16 @@
 include(CMakePackageConfigHelpers)
 
 install(DIRECTORY resources/ DESTINATION ${FACTORYMGR_INSTALL_RESOURCEDIR} COMPONENT Runtime)
-# The headers of the contract: the interface and its record, and the host
-# objects the plug-in is handed.
+# The headers of the contract: the interface and its record, the host
+# objects the plug-in is handed, and the two platform services a host calls
+# itself: the progress dialog that runs a task (ThreadDialogRun, in
+# libThreadDialog) and the wording service that chooses the language
+# (CTranslator, in libTranslator).
 set(FACTORYMGR_PUBLIC_HEADERS
   FactoryMgr/include/IFactoryMgr.h FactoryMgr/include/FactoryParams.h
   platform/include/IDevice.h platform/include/ICard.h platform/include/ITaskState.h
-  platform/include/IErrorNotifier.h platform/include/CardInfo.h platform/include/IThreadDialogOwner.h)
+  platform/include/IErrorNotifier.h platform/include/CardInfo.h platform/include/IThreadDialogOwner.h
+  platform/include/ThreadDialogRun.h platform/include/CTranslator.h)
 install(FILES ${FACTORYMGR_PUBLIC_HEADERS} DESTINATION ${FACTORYMGR_INSTALL_INCLUDEDIR} COMPONENT Development)
 
 configure_package_config_file(cmake/FactoryMgrConfig.cmake.in ${CMAKE_BINARY_DIR}/install/FactoryMgrConfig.cmake

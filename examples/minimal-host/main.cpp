@@ -7,7 +7,9 @@
 //   minimal-host [path of libFactoryMgr.so]
 #include "MemoryController.h"
 
+#include <CTranslator.h>
 #include <IFactoryMgr.h>
+#include <ThreadDialogRun.h>
 
 #include <QApplication>
 #include <QDialog>
@@ -17,7 +19,7 @@
 #include <QStandardPaths>
 
 #include <cstdio>
-#include <cstring>
+#include <tuple>
 
 namespace {
 int g_nFailed = 0;
@@ -30,9 +32,45 @@ void Step(const char* szWhat, bool bOk, const QString& strDetail = QString())
         ++g_nFailed;
 }
 
+// Records are compared field by field: the bytes between the fields are
+// padding that neither side sets, so comparing whole blocks of memory could
+// find differences that are not there.
+auto Fields(const MotorParams& m)
+{
+    return std::tie(m.directionPolar, m.limitPolar, m.controlType, m.pwmEdge, m.keyDirection, m.pulsePerMm, m.size,
+                    m.zeroOffset, m.hardLimitProtect, m.resetEnable, m.startupReset, m.speedJump, m.speedMax, m.accMax,
+                    m.accUrgentStop, m.accKey, m.speedKeyJump);
+}
+
+auto Fields(const LaserParams& l)
+{
+    return std::tie(l.enabled, l.powerMin, l.powerMax, l.power, l.powerReduction, l.frequency, l.burningFrequency,
+                    l.burningWidth, l.switchSignal, l.waterProtect, l.type);
+}
+
+auto Fields(const MachineSection& m)
+{
+    return std::tie(m.machineType, m.motiveMode, m.feedMode, m.machineZero, m.openProject, m.blow, m.laserSpace,
+                    m.outageDelay);
+}
+
+auto Fields(const SpeedSection& s)
+{
+    return std::tie(s.panelSpeedReset, s.sweepSpeedXStart, s.sweepSpeedYStart, s.sweepSpeedNewline, s.sweepAccX,
+                    s.sweepAccY, s.cutSpeedSpace, s.cutSpeedCorner, s.cutAccSpace, s.cutAccCorner, s.cutAccWork);
+}
+
 bool Same(const FactoryParams& a, const FactoryParams& b)
 {
-    return std::memcmp(&a, &b, sizeof(FactoryParams)) == 0;
+    for (int i = 0; i < 4; ++i)
+        if (Fields(a.motor[i]) != Fields(b.motor[i]))
+            return false;
+    for (int i = 0; i < 2; ++i)
+        if (Fields(a.laser.lasers[i]) != Fields(b.laser.lasers[i]))
+            return false;
+    return a.laser.laserCount == b.laser.laserCount && a.laser.reserved == b.laser.reserved
+        && a.laser.laserMachineType == b.laser.laserMachineType && Fields(a.machine) == Fields(b.machine)
+        && Fields(a.speed) == Fields(b.speed);
 }
 
 // Where the plug-in keeps its parameter file: the user data directory, the
@@ -65,6 +103,21 @@ int SetAndShow(IFactoryMgr* pMgr, QDialog* pDialog, const FactoryParams& params)
     return nResult;
 }
 
+// A slow job of the host's own, run behind the platform's progress dialog.
+class CountingTask : public IThreadDialogOwner
+{
+public:
+    int RunTask(int nTask, void* pParam) override
+    {
+        ThreadDialogReport(0.5, QStringLiteral("Counting"));
+        *static_cast<int*>(pParam) = nTask * 2;
+        return 0;
+    }
+    int IsTaskCancelable(int) override { return 0; }
+    int CancelTask(int, qintptr, qintptr) override { return 0; }
+    double GetTaskProgress(int) override { return -1.0; }
+};
+
 // The host's pattern converter; this host never cuts.
 int ConvertPattern(const char*, const char*, double)
 {
@@ -84,6 +137,23 @@ int main(int argc, char** argv)
     QLibrary library(strPlugin);
     const bool bLoaded = library.load();
     Step("load the plug-in", bLoaded, bLoaded ? strPlugin : library.errorString());
+    // The interface revision first: a plug-in built for another one must not be called.
+    auto pfnVersion = reinterpret_cast<PfnFactoryMgrVersion>(library.resolve("FactoryMgrVersion"));
+    int nMajor = 0;
+    int nMinor = 0;
+    int nPatch = 0;
+    const int nRevision = pfnVersion ? pfnVersion(&nMajor, &nMinor, &nPatch) : -1;
+    Step("the plug-in implements the interface revision this host was built for",
+         nRevision == FACTORYMGR_INTERFACE_REVISION,
+         pfnVersion ? QStringLiteral("FactoryMgr %1.%2.%3, revision %4; this host needs %5")
+                          .arg(nMajor)
+                          .arg(nMinor)
+                          .arg(nPatch)
+                          .arg(nRevision)
+                          .arg(FACTORYMGR_INTERFACE_REVISION)
+                    : QStringLiteral("it exports no FactoryMgrVersion"));
+    if (nRevision != FACTORYMGR_INTERFACE_REVISION)
+        return 1;
     auto pfnNew = reinterpret_cast<PfnNewInterface>(library.resolve("NewInterface"));
     auto pfnRelease = reinterpret_cast<PfnReleaseInterface>(library.resolve("ReleaseInterface"));
     Step("resolve NewInterface and ReleaseInterface", pfnNew && pfnRelease);
@@ -162,7 +232,21 @@ int main(int argc, char** argv)
 
     Step("nothing was shown to the person as an error", notifier.codes.isEmpty());
 
-    // The host owns the dialog it shows; the service object goes back to the plug-in.
+    // The platform services a host calls itself.
+    CountingTask task;
+    int nCounted = 0;
+    Step("ThreadDialogRun runs the host's task and gives its result",
+         ThreadDialogRun(&task, 21, &nCounted, 0, QStringLiteral("Counting...")) == 0 && nCounted == 42);
+    CTranslator* pWording = CTranslator::GetInstance();
+    Step("the wording service offers Simplified Chinese", pWording->AvailableLanguages().contains("zh_CN"),
+         pWording->AvailableLanguages().join(", "));
+    Step("the language can be chosen and set back", pWording->SetLanguage(QStringLiteral("zh_CN"))
+                                                        && pWording->GetWording(QStringLiteral("Cancel")) != "Cancel"
+                                                        && pWording->SetLanguage(QStringLiteral("en")),
+         pWording->Problem());
+
+    // The dialog the plug-in keeps is the plug-in's, which deletes it at the next ShowFactoryDlg();
+    // a host may delete it earlier, as this one does before it gives the service object back.
     delete pDialog;
     pfnRelease(pMgr);
     std::printf("%s\n", g_nFailed == 0 ? "the session went as the contract says"
