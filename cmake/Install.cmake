@@ -26,6 +26,29 @@ install(FILES ${CMAKE_BINARY_DIR}/install/FactoryMgrConfig.cmake ${CMAKE_BINARY_
 configure_file(cmake/factorymgr.pc.in ${CMAKE_BINARY_DIR}/install/factorymgr.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/install/factorymgr.pc DESTINATION lib/pkgconfig COMPONENT Development)
 
+# The guide and the API reference, built from the public headers as a host
+# sees them (copied together into the build tree) and shipped with the
+# development files.
+find_program(FACTORYMGR_DOXYGEN doxygen)
+if(NOT FACTORYMGR_DOXYGEN)
+  message(FATAL_ERROR "doxygen is needed for the API reference the package installs (scripts/deps installs it)")
+endif()
+set(sdk_include ${CMAKE_BINARY_DIR}/sdk/include/FactoryMgr)
+set(sdk_html ${CMAKE_BINARY_DIR}/sdk/html)
+list(TRANSFORM FACTORYMGR_PUBLIC_HEADERS PREPEND ${CMAKE_SOURCE_DIR}/ OUTPUT_VARIABLE sdk_headers)
+add_custom_command(OUTPUT ${sdk_html}/index.html
+  COMMAND ${CMAKE_COMMAND} -E rm -rf ${sdk_include} ${sdk_html}
+  COMMAND ${CMAKE_COMMAND} -E make_directory ${sdk_include}
+  COMMAND ${CMAKE_COMMAND} -E copy ${sdk_headers} ${sdk_include}
+  COMMAND ${CMAKE_SOURCE_DIR}/scripts/docs ${sdk_include} ${sdk_html}
+  DEPENDS ${sdk_headers} ${CMAKE_SOURCE_DIR}/docs/host-integration.md ${CMAKE_SOURCE_DIR}/docs/Doxyfile
+          ${CMAKE_SOURCE_DIR}/scripts/docs
+  WORKING_DIRECTORY ${CMAKE_SOURCE_DIR}
+  COMMENT "The API reference")
+add_custom_target(api-reference ALL DEPENDS ${sdk_html}/index.html)
+install(FILES docs/host-integration.md DESTINATION share/doc/factorymgr COMPONENT Development)
+install(DIRECTORY ${sdk_html}/ DESTINATION share/doc/factorymgr/html COMPONENT Development)
+
 # Each package's copyright and changelog, where Debian looks for them.
 execute_process(COMMAND gzip -9nc ${CMAKE_SOURCE_DIR}/cmake/changelog
   OUTPUT_FILE ${CMAKE_BINARY_DIR}/install/changelog.gz COMMAND_ERROR_IS_FATAL ANY)
