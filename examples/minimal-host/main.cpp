@@ -5,6 +5,11 @@
 // failed steps (0 when the plug-in did all it promises).
 //
 //   minimal-host [path of libFactoryMgr.so]
+//
+// Installed (cmake --install), it is a deployed host: the plug-in, the
+// platform libraries and libResolution.so beside the executable, found
+// through its $ORIGIN run path, and the resources in ../Resources, so the
+// installed folder runs wherever it is moved.
 #include "MemoryController.h"
 
 #include <CTranslator.h>
@@ -15,6 +20,7 @@
 #include <QDialog>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QLibrary>
 #include <QStandardPaths>
 
@@ -132,7 +138,12 @@ int main(int argc, char** argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("minimal-host"));
-    const QString strPlugin = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral(FACTORYMGR_PLUGIN_PATH);
+    // The plug-in named on the command line; else the one shipped beside this executable, as a
+    // deployed host has it; else the SDK's, where the build found it.
+    const QString strBeside = QCoreApplication::applicationDirPath() + "/libFactoryMgr.so";
+    const QString strPlugin = argc > 1                      ? QString::fromLocal8Bit(argv[1])
+        : QFileInfo::exists(strBeside) ? strBeside
+                                                            : QStringLiteral(FACTORYMGR_PLUGIN_PATH);
 
     QLibrary library(strPlugin);
     const bool bLoaded = library.load();
