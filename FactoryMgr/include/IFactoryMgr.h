@@ -29,7 +29,8 @@
 /// application's directory followed by "/../Resources". The user data directory, where the
 /// plug-in writes, is the per-user configuration directory (QStandardPaths::AppConfigLocation)
 /// followed by "/../Quorvane/Resources", or by "/../Tessiflow/Resources" when the host
-/// platform's theme name is not "Quorvane"; it is made when missing.
+/// platform's theme name is not "Quorvane" (a missing Theme/Theme.ini, or an empty name, counts
+/// as "Quorvane"); it is made when missing. Everything the plug-in writes is under it.
 
 #include <QtGlobal>
 
