@@ -140,6 +140,11 @@ int CFactoryMgrIns::ShowCalibrateXyStepDlg()
     return Guarded("ShowCalibrateXyStepDlg", 0, [&] { return m_pDlgCalibrateXyStep ? m_pDlgCalibrateXyStep->exec() : 0; });
 }
 
+QWidget* CFactoryMgrIns::CalibrateWizard() const
+{
+    return m_pDlgCalibrateXyStep.data();
+}
+
 int CFactoryMgrIns::GetLaserCount()
 {
     return m_params.laser.laserCount;

@@ -45,6 +45,9 @@ public:
     void SetFactoryFlag(bool bFactoryFlag) override;
     void SetUnit(int nUnit) override;
 
+    // The calibration wizard Init made, or null (before Init, after the quit).
+    QWidget* CalibrateWizard() const;
+
 private:
     FactoryParams m_params;
     void* m_hostContext1;

@@ -57,6 +57,14 @@ IFactoryMgr* NewInterface() noexcept
     }
 }
 
+QWidget* FactoryMgrCalibrateWizard(IFactoryMgr* pInterface) noexcept
+{
+    QMutexLocker locker(&LiveMutex());
+    if (!pInterface || !Live().contains(pInterface))
+        return nullptr;
+    return static_cast<CFactoryMgrIns*>(pInterface)->CalibrateWizard();
+}
+
 void ReleaseInterface(IFactoryMgr* pInterface) noexcept
 {
     if (!pInterface)

@@ -225,10 +225,9 @@ bool CHostSession::Start(const QString& strPlugin)
     pMgr->SetFactoryFlag(true);
     // The wizard, made by Init, hands its ratios to the plug-in's settings
     // dialog; the host listens too, to put them into the record it keeps.
-    for (QWidget* pWidget : QApplication::topLevelWidgets())
-        if (QByteArray(pWidget->metaObject()->className()) == "CDlgCalibrateXyStep")
-            connect(pWidget, SIGNAL(CalibrateXyStepSignal(double, double)), this, SLOT(OnStepRatios(double, double)),
-                    Qt::UniqueConnection);
+    if (QWidget* pWizard = m_plugin.CalibrateWizard())
+        connect(pWizard, SIGNAL(CalibrateXyStepSignal(double, double)), this, SLOT(OnStepRatios(double, double)),
+                Qt::UniqueConnection);
     RefreshFile();
     m_fileWatcher.addPath(QFileInfo(ParameterFile()).absolutePath());
     connect(&m_fileWatcher, &QFileSystemWatcher::directoryChanged, this, &CHostSession::OnFileChangedOnDisk,

@@ -53,6 +53,7 @@ bool CPluginHost::Load(const QString& strPath)
         m_strError = QStringLiteral("%1 does not export NewInterface and ReleaseInterface").arg(strPath);
         return false;
     }
+    m_pfnWizard = reinterpret_cast<PfnFactoryMgrCalibrateWizard>(m_library.resolve("FactoryMgrCalibrateWizard"));
     m_pMgr = pfnNew();
     if (!m_pMgr) {
         m_strError = QStringLiteral("NewInterface of %1 returned no service object").arg(strPath);
@@ -64,6 +65,11 @@ bool CPluginHost::Load(const QString& strPath)
 IFactoryMgr* CPluginHost::Mgr() const
 {
     return m_pMgr;
+}
+
+QWidget* CPluginHost::CalibrateWizard() const
+{
+    return m_pfnWizard && m_pMgr ? m_pfnWizard(m_pMgr) : nullptr;
 }
 
 QString CPluginHost::ErrorString() const

@@ -17,6 +17,8 @@ public:
     // with the reason in ErrorString, when either fails.
     bool Load(const QString& strPath);
     IFactoryMgr* Mgr() const;
+    // The calibration wizard of the service object (after its Init), or null.
+    QWidget* CalibrateWizard() const;
     QString ErrorString() const;
     // Gives the service object back and unloads the library.
     void Unload();
@@ -24,6 +26,7 @@ public:
 private:
     QLibrary m_library;
     PfnReleaseInterface m_pfnRelease = nullptr;
+    PfnFactoryMgrCalibrateWizard m_pfnWizard = nullptr;
     IFactoryMgr* m_pMgr = nullptr;
     QString m_strError;
 };

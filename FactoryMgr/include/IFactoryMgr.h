@@ -293,6 +293,8 @@ inline QDialog* FactoryDialog(DlgFactoryMgr* pDialog) { return reinterpret_cast<
 
 /// \brief Type of FactoryMgrVersion(), for resolving it with QLibrary::resolve() or dlsym().
 typedef int (*PfnFactoryMgrVersion)(int* pnMajor, int* pnMinor, int* pnPatch);
+/// \brief Type of FactoryMgrCalibrateWizard(), for resolving it with QLibrary::resolve() or dlsym().
+typedef QWidget* (*PfnFactoryMgrCalibrateWizard)(IFactoryMgr* pInterface);
 /// \brief Type of NewInterface(), for resolving it with QLibrary::resolve() or dlsym().
 typedef IFactoryMgr* (*PfnNewInterface)();
 /// \brief Type of ReleaseInterface(), for resolving it with QLibrary::resolve() or dlsym().
@@ -326,6 +328,19 @@ __attribute__((visibility("default"))) int FactoryMgrVersion(int* pnMajor, int* 
 ///         when it cannot be made, and null (with nothing made on disk) when no QApplication
 ///         exists yet.
 __attribute__((visibility("default"))) IFactoryMgr* NewInterface() noexcept;
+
+/// \brief The calibration wizard of a service object, for connecting to its signal.
+///
+/// Exported with C linkage under the undecorated name "FactoryMgrCalibrateWizard". The wizard is
+/// a top-level QWidget made by IFactoryMgr::Init(); it emits CalibrateXyStepSignal(double, double)
+/// (measured / target for X and Y) when the person accepts a calibration, which a host that wants
+/// the ratios connects to by name (SIGNAL()). The wizard stays the plug-in's. Call it on the GUI
+/// thread.
+///
+/// \param pInterface A live service object from NewInterface().
+/// \return The wizard; null before Init(), after the application quit, or when \p pInterface is
+///         not a live service object.
+__attribute__((visibility("default"))) QWidget* FactoryMgrCalibrateWizard(IFactoryMgr* pInterface) noexcept;
 
 /// \brief Destroys a service object made by NewInterface().
 ///

@@ -21,8 +21,19 @@ private slots:
     void theVersionAndRevisionNeedNoApplication();
     void newInterfaceBeforeTheApplicationIsNullAndWritesNothing();
     void releasingTwiceOrAStrangePointerIsRefusedAndLogged();
+    void theWizardIsReachedThroughItsEntryPoint();
+
+public slots:
+    // The wizard's signal, as a host receives it.
+    void OnRatios(double dX, double dY)
+    {
+        m_dX = dX;
+        m_dY = dY;
+    }
 
 private:
+    double m_dX = 0.0;
+    double m_dY = 0.0;
     QTemporaryDir m_home;
     QLibrary m_library;
     std::unique_ptr<QApplication> m_pApp;
@@ -96,6 +107,39 @@ void TestPluginEntry::releasingTwiceOrAStrangePointerIsRefusedAndLogged()
     pfnRelease(pOther);
     QCOMPARE(log.filter("ReleaseInterface:").size(), 2);
     CLogWriter::GetInstance()->SetListener({});
+}
+
+void TestPluginEntry::theWizardIsReachedThroughItsEntryPoint()
+{
+    QVERIFY(m_pApp);   // made by the test before
+    const auto pfnNew = reinterpret_cast<PfnNewInterface>(m_library.resolve("NewInterface"));
+    const auto pfnRelease = reinterpret_cast<PfnReleaseInterface>(m_library.resolve("ReleaseInterface"));
+    const auto pfnWizard =
+        reinterpret_cast<PfnFactoryMgrCalibrateWizard>(m_library.resolve("FactoryMgrCalibrateWizard"));
+    QVERIFY(pfnNew && pfnRelease && pfnWizard);
+    QCOMPARE(pfnWizard(nullptr), nullptr);
+    IFactoryMgr* pMgr = pfnNew();
+    QVERIFY(pMgr);
+    // Before Init there is none.
+    QCOMPARE(pfnWizard(pMgr), nullptr);
+    QCOMPARE(pMgr->Init(nullptr, nullptr), 0);
+    QWidget* pWizard = pfnWizard(pMgr);
+    QVERIFY(pWizard);
+    QVERIFY(pWizard->isWindow());
+    QVERIFY(pWizard->metaObject()->indexOfSignal("CalibrateXyStepSignal(double,double)") >= 0);
+    // The signal a host connects to by name reaches it.
+    double dX = 0.0;
+    double dY = 0.0;
+    QVERIFY(QObject::connect(pWizard, SIGNAL(CalibrateXyStepSignal(double, double)), this,
+                             SLOT(OnRatios(double, double))));
+    QVERIFY(QMetaObject::invokeMethod(pWizard, "CalibrateXyStepSignal", Q_ARG(double, 1.25), Q_ARG(double, 0.5)));
+    dX = m_dX;
+    dY = m_dY;
+    QCOMPARE(dX, 1.25);
+    QCOMPARE(dY, 0.5);
+    pfnRelease(pMgr);
+    // A released object has none to give.
+    QCOMPARE(pfnWizard(pMgr), nullptr);
 }
 
 QTEST_APPLESS_MAIN(TestPluginEntry)
