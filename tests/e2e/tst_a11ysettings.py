@@ -128,9 +128,14 @@ class Session:
         return process
 
     def start(self, bus_launcher):
-        xvfb = self.spawn(["Xvfb", "-displayfd", "1", "-screen", "0", "1280x1024x24", "-nolisten", "tcp"],
-                          stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+        # -noreset: an X server that resets when its last client leaves (the
+        # bus launcher, which sets a root window property and may go) drops
+        # the connections made meanwhile.
+        xvfb = self.spawn(["Xvfb", "-displayfd", "1", "-screen", "0", "1280x1024x24", "-nolisten", "tcp",
+                           "-noreset"], stdout=subprocess.PIPE, stderr=open(self.path("xvfb.log"), "w"), text=True)
+        self.xvfb = xvfb
         self.env["DISPLAY"] = ":" + read_line(xvfb.stdout, 20, "Xvfb")
+        self.wait_for_display(xvfb)
 
         bus = self.spawn(["dbus-daemon", "--session", "--nofork", "--print-address=1",
                           "--address=unix:dir=" + self.path("runtime")],
@@ -164,6 +169,22 @@ class Session:
         # A host under the sanitizers on a loaded machine may take longer to
         # answer than the library's default of 800 ms.
         Atspi.set_timeout(10000, 30000)
+
+    def x_server_state(self):
+        """What became of the X server, for a failure's message."""
+        if self.xvfb.poll() is None:
+            return "Xvfb on %s is running" % self.env["DISPLAY"]
+        return "Xvfb on %s ended with %d:\n%s" % (self.env["DISPLAY"], self.xvfb.returncode,
+                                                open(self.path("xvfb.log")).read())
+
+    def wait_for_display(self, xvfb):
+        """Until the X server takes a connection; Failure with what it said if it ends instead."""
+        def answers():
+            if xvfb.poll() is not None:
+                raise Failure(self.x_server_state())
+            return subprocess.run(["xprop", "-root", "-len", "0"], env=self.env, stdout=subprocess.DEVNULL,
+                                  stderr=subprocess.DEVNULL).returncode == 0
+        wait_for("the X server on %s to take a connection" % self.env["DISPLAY"], answers, 20)
 
     def stop(self):
         for process in reversed(self.processes):
@@ -230,7 +251,7 @@ class Host:
 
         def application():
             if self.process.poll() is not None:
-                raise Failure("QuorvaneHost ended at start:\n" + self.output())
+                raise Failure("QuorvaneHost ended at start (%s):\n%s" % (session.x_server_state(), self.output()))
             desktop = pyatspi.Registry.getDesktop(0)
             for app in children(desktop):
                 if app is not None and app.get_process_id() == self.process.pid:
