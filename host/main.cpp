@@ -10,14 +10,20 @@
 namespace {
 // The tour takes seconds; under the sanitizers and a loaded machine, well under this.
 constexpr int kTourSeconds = 240;
+
+// Asked for help or the version, the host answers at a terminal without a display.
+bool OnlyText(int argc, char** argv)
+{
+    for (int i = 1; i < argc; ++i)
+        for (const char* szOption : {"-h", "--help", "--help-all", "-v", "--version"})
+            if (qstrcmp(argv[i], szOption) == 0)
+                return true;
+    return false;
+}
 }
 
 int main(int argc, char** argv)
 {
-    QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("QuorvaneHost"));
-    QApplication::setApplicationVersion(QStringLiteral(FACTORYMGR_VERSION));
-
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Reference host of the FactoryMgr plug-in on a simulated controller."));
     parser.addHelpOption();
@@ -26,6 +32,16 @@ int main(int argc, char** argv)
                                         QStringLiteral("Render the windows to PNG files in <dir> and exit."),
                                         QStringLiteral("dir"));
     parser.addOption(screenshot);
+    if (OnlyText(argc, argv)) {
+        QCoreApplication core(argc, argv);
+        QCoreApplication::setApplicationName(QStringLiteral("QuorvaneHost"));
+        QCoreApplication::setApplicationVersion(QStringLiteral(FACTORYMGR_VERSION));
+        parser.process(core);   // prints and exits
+    }
+
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("QuorvaneHost"));
+    QApplication::setApplicationVersion(QStringLiteral(FACTORYMGR_VERSION));
     parser.process(app);
 
     if (parser.isSet(screenshot))
