@@ -1,5 +1,6 @@
 # What `cmake --install` puts under the prefix, in two components:
-#   Runtime      the host, the tool, the plug-in, the platform libraries, the resources
+#   Runtime      the host, the tool, the plug-in, the platform libraries, the
+#                resources, the links in bin and the manual pages
 #   Development  the contract's headers, the CMake package, the pkg-config file
 include(CMakePackageConfigHelpers)
 
@@ -24,7 +25,8 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/install/FactoryMgrConfigVer
 install(FILES ${CMAKE_BINARY_DIR}/install/FactoryMgrConfig.cmake ${CMAKE_BINARY_DIR}/install/FactoryMgrConfigVersion.cmake
   DESTINATION lib/cmake/FactoryMgr COMPONENT Development)
 configure_file(cmake/factorymgr.pc.in ${CMAKE_BINARY_DIR}/install/factorymgr.pc @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/install/factorymgr.pc DESTINATION lib/pkgconfig COMPONENT Development)
+# In share/pkgconfig: it names no architecture's paths, and the development package is for all.
+install(FILES ${CMAKE_BINARY_DIR}/install/factorymgr.pc DESTINATION share/pkgconfig COMPONENT Development)
 
 # The guide and the API reference, built from the public headers as a host
 # sees them (copied together into the build tree) and shipped with the
@@ -48,6 +50,22 @@ add_custom_command(OUTPUT ${sdk_html}/index.html
 add_custom_target(api-reference ALL DEPENDS ${sdk_html}/index.html)
 install(FILES docs/host-integration.md DESTINATION share/doc/factorymgr COMPONENT Development)
 install(DIRECTORY ${sdk_html}/ DESTINATION share/doc/factorymgr/html COMPONENT Development)
+# The two example hosts, which build from there against the installed package.
+install(DIRECTORY examples/ DESTINATION share/doc/factorymgr/examples COMPONENT Development)
+
+# The host and the tool are reached from bin (and so from PATH) by relative
+# links; each runs from its own directory, where the plug-in, the libraries
+# and ../Resources are.
+file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/install/bin)
+foreach(program QuorvaneHost factoryparams)
+  file(CREATE_LINK ../${FACTORYMGR_INSTALL_BINDIR}/${program} ${CMAKE_BINARY_DIR}/install/bin/${program} SYMBOLIC)
+  install(FILES ${CMAKE_BINARY_DIR}/install/bin/${program} DESTINATION bin COMPONENT Runtime)
+  execute_process(COMMAND gzip -9nc ${CMAKE_SOURCE_DIR}/docs/man/${program}.1
+    OUTPUT_FILE ${CMAKE_BINARY_DIR}/install/${program}.1.gz COMMAND_ERROR_IS_FATAL ANY)
+  install(FILES ${CMAKE_BINARY_DIR}/install/${program}.1.gz DESTINATION share/man/man1 COMPONENT Runtime)
+endforeach()
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
+  ${CMAKE_SOURCE_DIR}/docs/man/QuorvaneHost.1 ${CMAKE_SOURCE_DIR}/docs/man/factoryparams.1 ${CMAKE_SOURCE_DIR}/cmake/changelog)
 
 # Each package's copyright and changelog, where Debian looks for them.
 execute_process(COMMAND gzip -9nc ${CMAKE_SOURCE_DIR}/cmake/changelog
