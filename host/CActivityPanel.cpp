@@ -2,7 +2,7 @@
 
 #include "CHostNotifier.h"
 #include "CLogWriter.h"
-#include "CTranslator.h"
+#include "Wording.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -19,11 +19,6 @@
 #include <QVBoxLayout>
 
 namespace {
-QString Wording(const char* szText)
-{
-    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
-}
-
 QStringList Columns(const QTreeWidgetItem* pRow)
 {
     QStringList columns;

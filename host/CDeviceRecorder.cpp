@@ -3,7 +3,7 @@
 #include "CHostNotifier.h"
 #include "CTaskProgressDialog.h"
 #include "ILog.h"
-#include "CTranslator.h"
+#include "Wording.h"
 #include "ThreadDialogRun.h"
 
 #include <QApplication>
@@ -25,11 +25,6 @@ enum Task
 
 // A card function that has not answered by then gets a progress dialog.
 constexpr int kQuietWaitMs = 250;
-
-QString Wording(const char* szText)
-{
-    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
-}
 
 bool OnGuiThread()
 {

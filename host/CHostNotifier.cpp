@@ -1,17 +1,10 @@
 #include "CHostNotifier.h"
 
 #include "CSimController.h"
-#include "CTranslator.h"
+#include "Wording.h"
 
 #include <QApplication>
 #include <QMessageBox>
-
-namespace {
-QString Wording(const char* szText)
-{
-    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
-}
-}
 
 QString CHostNotifier::Describe(int nCode)
 {

@@ -10,7 +10,7 @@
 #include "CSettingsFile.h"
 #include "CSettingsWindow.h"
 #include "CSimController.h"
-#include "CTranslator.h"
+#include "Wording.h"
 #include "CUiPermissionsManager.h"
 #include "CUploadReport.h"
 #include "FactoryParamIo.h"
@@ -38,11 +38,6 @@
 #include <cstring>
 
 namespace {
-QString Wording(const char* szText)
-{
-    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
-}
-
 QString UserDataDirectory()
 {
     return CHostPaths::UserDataDirectory(CUiPermissionsManager::GetInstance()->GetThemeName());

@@ -8,6 +8,7 @@
 #include "CParamAccount.h"
 #include "CSimController.h"
 #include "CTranslator.h"
+#include "Wording.h"
 #include "CUiPermissionsManager.h"
 #include "HostRules.h"
 #include "ILog.h"
@@ -23,11 +24,6 @@
 #include <QVBoxLayout>
 
 namespace {
-QString Wording(const char* szText)
-{
-    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
-}
-
 // Switches the wording to strLanguage; a table that cannot be used is logged.
 bool UseLanguage(const QString& strLanguage)
 {

@@ -2,13 +2,9 @@
 
 #include "CDisplayUnit.h"
 #include "CTranslator.h"
+#include "Wording.h"
 
 namespace {
-QString Wording(const char* szText)
-{
-    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
-}
-
 QString Translate(const QString& strText)
 {
     return CTranslator::GetInstance()->GetWording(strText);

@@ -1,13 +1,6 @@
 #include "CPluginHost.h"
 
-#include "CTranslator.h"
-
-namespace {
-QString Wording(const char* szText)
-{
-    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
-}
-}
+#include "Wording.h"
 
 CPluginHost::CPluginHost() = default;
 

@@ -3,6 +3,7 @@
 #include "CDisplayUnit.h"
 #include "CParamDiff.h"
 #include "CTranslator.h"
+#include "Wording.h"
 #include "FactoryParamIo.h"
 #include "ScreenFit.h"
 
@@ -17,11 +18,6 @@
 #include <QVBoxLayout>
 
 namespace {
-QString Wording(const char* szText)
-{
-    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
-}
-
 QString Translate(const QString& strText)
 {
     return CTranslator::GetInstance()->GetWording(strText);

@@ -3,16 +3,10 @@
 #include "CDisplayUnit.h"
 #include "CParamDiff.h"
 #include "CTranslator.h"
+#include "Wording.h"
 #include "FactoryParamKeys.h"
 #include "FactoryParams.h"
 #include "IFactoryMgr.h"
-
-namespace {
-QString Wording(const char* szText)
-{
-    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
-}
-}
 
 QStringList CUploadReport::PutBackLines(const FactoryParams& sent, const FactoryParams& kept,
                                         const FactoryParams& putBack, int nUnit)

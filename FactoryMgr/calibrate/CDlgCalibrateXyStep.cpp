@@ -3,7 +3,7 @@
 #include "CCutPatternTask.h"
 #include "CFactoryMgrApp.h"
 #include "CSettingsFile.h"
-#include "CTranslator.h"
+#include "Wording.h"
 #include "HostRules.h"
 #include "ILog.h"
 #include "ScreenFit.h"
@@ -23,10 +23,6 @@ const char* const kPowerKey = "CUTTING_POWER";
 const double kDefaultPower = 10.0;
 const double kTarget = 150.0;   // the standard pattern's side, mm
 
-QString Wording(const char* szText)
-{
-    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
-}
 }
 
 CDlgCalibrateXyStep::CDlgCalibrateXyStep(QWidget* parent)

@@ -2,7 +2,7 @@
 
 #include "CFactoryMgrApp.h"
 #include "CPropertyTable.h"
-#include "CTranslator.h"
+#include "Wording.h"
 #include "CardInfo.h"
 #include "DlgFactoryMgr.h"
 #include "ILog.h"
@@ -16,11 +16,6 @@
 #include <QTableWidget>
 
 namespace {
-QString Wording(const char* szText)
-{
-    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
-}
-
 // A box as narrow as its text gets its title cut by the window manager (an
 // empty title shows the application's name): the box is made wide enough
 // for the title and the title bar's buttons.

@@ -10,7 +10,7 @@
 #include "CThemeTab.h"
 #include "CTipsBox.h"
 #include "ComboBox.h"
-#include "CTranslator.h"
+#include "Wording.h"
 #include "FactoryParamFile.h"
 #include "FactoryParamKeys.h"
 #include "ILog.h"
@@ -32,11 +32,6 @@
 #include <iterator>
 
 namespace {
-QString Wording(const char* szText)
-{
-    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szText));
-}
-
 void SetHeaders(QTableWidget* pTable, const QStringList& headers)
 {
     for (int c = 0; c < headers.size() && c < pTable->columnCount(); ++c) {

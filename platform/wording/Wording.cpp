@@ -1,0 +1,8 @@
+#include "Wording.h"
+
+#include "CTranslator.h"
+
+QString Wording(const char* szEnglish)
+{
+    return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szEnglish));
+}
