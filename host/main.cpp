@@ -6,16 +6,19 @@
 #include <QTimer>
 
 #include <cstdio>
+#include <initializer_list>
 
 namespace {
 // The tour takes seconds; under the sanitizers and a loaded machine, well under this.
 constexpr int kTourSeconds = 240;
 
-// Asked for help or the version, the host answers at a terminal without a display.
-bool OnlyText(int argc, char** argv)
+// Asked for help or the version, the host answers at a terminal without a
+// display; Qt's own options beside them (-platform, -style) are let be.
+// --help-all lists those options too, which only a full application knows.
+bool Wants(int argc, char** argv, std::initializer_list<const char*> options)
 {
     for (int i = 1; i < argc; ++i)
-        for (const char* szOption : {"-h", "--help", "--help-all", "-v", "--version"})
+        for (const char* szOption : options)
             if (qstrcmp(argv[i], szOption) == 0)
                 return true;
     return false;
@@ -32,11 +35,14 @@ int main(int argc, char** argv)
                                         QStringLiteral("Render the windows to PNG files in <dir> and exit."),
                                         QStringLiteral("dir"));
     parser.addOption(screenshot);
-    if (OnlyText(argc, argv)) {
+    const bool bVersion = Wants(argc, argv, {"-v", "--version"});
+    if (bVersion || Wants(argc, argv, {"-h", "--help"})) {
         QCoreApplication core(argc, argv);
         QCoreApplication::setApplicationName(QStringLiteral("QuorvaneHost"));
         QCoreApplication::setApplicationVersion(QStringLiteral(FACTORYMGR_VERSION));
-        parser.process(core);   // prints and exits
+        if (bVersion)
+            parser.showVersion();   // both print and exit
+        parser.showHelp();
     }
 
     QApplication app(argc, argv);
