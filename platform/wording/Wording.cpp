@@ -2,7 +2,7 @@
 
 #include "CTranslator.h"
 
-QString Wording(const char* szEnglish)
+QString FactoryMgrPlatform::Wording(const char* szEnglish)
 {
     return CTranslator::GetInstance()->GetWording(QString::fromUtf8(szEnglish));
 }
