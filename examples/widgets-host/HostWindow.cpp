@@ -6,9 +6,9 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QDateTime>
 #include <QDialog>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QLabel>
 #include <QMenuBar>
@@ -17,6 +17,8 @@
 #include <QVBoxLayout>
 
 #include <utility>
+
+#include <sys/stat.h>
 
 namespace {
 // The host's pattern converter; this host has no cutting job to make, so the
@@ -27,16 +29,21 @@ int ConvertPattern(const char*, const char*, double)
 }
 
 // Where the plug-in keeps its parameter file: the user data directory, the
-// per-user configuration directory + "/../Quorvane/Resources".
+// per-user configuration directory + "/../Quorvane/Resources" (the theme this
+// host ships in Resources/Theme/Theme.ini is "Quorvane"; another theme name
+// makes it "/../Tessiflow/Resources").
 QString ParameterFile()
 {
     return QDir::cleanPath(QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation)
                            + "/../Quorvane/Resources/Data/FactoryParam.ini");
 }
 
-QDateTime Written()
+// The plug-in writes the file under a new name and renames it over the old
+// one: a save that worked leaves a file that is another file.
+ino_t Written()
 {
-    return QFileInfo(ParameterFile()).fileTime(QFileDevice::FileModificationTime);
+    struct stat status {};
+    return ::stat(QFile::encodeName(ParameterFile()).constData(), &status) == 0 ? status.st_ino : 0;
 }
 }
 
@@ -62,22 +69,28 @@ HostWindow::HostWindow(IFactoryMgr* pMgr, MemoryController* pController)
     if (!pDialog || !bAccess) {
         delete pDialog;
         pMachine->setEnabled(false);
-        Say(QStringLiteral("The settings cannot be shown: the access file is missing."));
+        Say(pDialog ? QStringLiteral("The settings cannot be shown: the access file Resources/Data/FactoryPsw.ini is "
+                                     "missing.")
+                    : QStringLiteral("The settings cannot be shown: the plug-in made no dialog (its log says why)."));
         return;
     }
-    // Embedded: the dialog becomes a plain child widget of the central widget.
+    // Embedded as a plain child widget, three levels below the window
+    // (window, central widget, page, dialog): Escape closes the dialog and
+    // the widget three levels above it, which is then this window.
     m_pDialog = pDialog;
     auto* pCentral = new QWidget(this);
-    auto* pLayout = new QVBoxLayout(pCentral);
+    auto* pPage = new QWidget(pCentral);
+    (new QVBoxLayout(pCentral))->addWidget(pPage);
+    auto* pLayout = new QVBoxLayout(pPage);
     pLayout->setContentsMargins(0, 0, 0, 0);
-    m_pDialog->setParent(pCentral, Qt::Widget);
+    m_pDialog->setParent(pPage, Qt::Widget);
     pLayout->addWidget(m_pDialog);
     setCentralWidget(pCentral);
     connect(m_pDialog, SIGNAL(ReadCurParamsFromDeviceSignal()), pRead, SLOT(trigger()));
     connect(m_pDialog, SIGNAL(UploadCurParamsToDeviceSignal()), pUpload, SLOT(trigger()));
     connect(m_pDialog, SIGNAL(CorrectXyStepSignal()), pCalibrate, SLOT(trigger()));
-    ShowRecordInDialog();
-    Say(QStringLiteral("The settings show the parameter file."));
+    Say(ShowRecordInDialog() ? QStringLiteral("The settings show the parameter file.")
+                             : QStringLiteral("The settings could not be filled in: the dialog has no DataToCtrlSlot."));
 }
 
 HostWindow::~HostWindow()
@@ -98,9 +111,9 @@ void HostWindow::Say(const QString& strText)
     m_pLine->setText(strText);
 }
 
-void HostWindow::ShowRecordInDialog()
+bool HostWindow::ShowRecordInDialog()
 {
-    QMetaObject::invokeMethod(m_pDialog, "DataToCtrlSlot", Q_ARG(bool, true));
+    return QMetaObject::invokeMethod(m_pDialog, "DataToCtrlSlot", Q_ARG(bool, true));
 }
 
 // Read: the controller's record into the plug-in's, then into the parameter
@@ -115,8 +128,9 @@ void HostWindow::Read()
     FactoryParams record;
     m_pMgr->GetFactoryParams(&record);
     m_pMgr->SetFactoryParams(&record);
-    ShowRecordInDialog();
-    Say(QStringLiteral("The parameters were read from the controller."));
+    Say(ShowRecordInDialog() ? QStringLiteral("The parameters were read from the controller.")
+                             : QStringLiteral("The parameters were read from the controller, but the settings could "
+                                              "not show them."));
 }
 
 // Upload: the dialog's values to the controller, then what it kept. The check
@@ -148,9 +162,11 @@ void HostWindow::Upload()
         for (const auto& [nFlag, szTab] : sections)
             if (nFlags & nFlag)
                 tabs << QLatin1String(szTab);
-        Say(QStringLiteral("The controller did not keep every value: the red cells on %1 are back at the values "
-                           "the settings opened with. Nothing was saved.")
-                .arg(tabs.join(QStringLiteral(", "))));
+        Say(tabs.isEmpty() ? QStringLiteral("The check of what the controller kept failed; see the plug-in's log. "
+                                            "Nothing was saved.")
+                           : QStringLiteral("The controller did not keep every value: the red cells on %1 are back at "
+                                            "the values the settings opened with. Nothing was saved.")
+                                 .arg(tabs.join(QStringLiteral(", "))));
     }
 }
 
@@ -164,13 +180,13 @@ void HostWindow::Save()
     Say(SaveFile(true));
 }
 
-// The plug-in does not say whether a save worked: the file it writes under a
-// new name and renames over the old one has a new modification time when it did.
+// The plug-in does not say whether a save worked: it did when the parameter
+// file is another file afterwards.
 QString HostWindow::SaveFile(bool bFromDialog)
 {
-    const QDateTime before = Written();
+    const ino_t before = Written();
     m_pMgr->SaveToFile(bFromDialog);
-    const QDateTime after = Written();
-    return after.isValid() && after != before ? QStringLiteral("Saved to %1.").arg(ParameterFile())
-                                              : QStringLiteral("The parameter file %1 was not written.").arg(ParameterFile());
+    const ino_t after = Written();
+    return after != 0 && after != before ? QStringLiteral("Saved to %1.").arg(ParameterFile())
+                                         : QStringLiteral("The parameter file %1 was not written.").arg(ParameterFile());
 }

@@ -31,7 +31,7 @@ private:
     void Save();
     void Say(const QString& strText);
     QString SaveFile(bool bFromDialog);
-    void ShowRecordInDialog();
+    bool ShowRecordInDialog();
 
     IFactoryMgr* m_pMgr;
     MemoryController* m_pController;

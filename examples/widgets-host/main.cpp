@@ -6,9 +6,10 @@
 //   widgets-host [--self-test] [path of libFactoryMgr.so]
 //
 // With --self-test it presses the dialog's Read and Upload buttons itself,
-// once with values the controller keeps and once with one it cannot, prints
-// "ok" or "FAIL" for each thing a person would see, and ends; the exit code is
-// the number of failures. QT_QPA_PLATFORM=offscreen runs it without a display.
+// once with values the controller keeps and once with one it cannot, then
+// Escape, prints "ok" or "FAIL" for each thing a person would see, and ends;
+// the exit code is the number of failures. QT_QPA_PLATFORM=offscreen runs it
+// without a display.
 #include "HostWindow.h"
 #include "MemoryController.h"
 
@@ -19,13 +20,16 @@
 #include <QDialog>
 #include <QFileInfo>
 #include <QImage>
+#include <QKeyEvent>
 #include <QLibrary>
 #include <QSet>
 #include <QTimer>
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
+constexpr int kSelfTestSeconds = 120;
 int g_nFailed = 0;
 
 void Step(const char* szWhat, bool bOk, const QString& strDetail = QString())
@@ -83,22 +87,23 @@ void CheckEmbedded(HostWindow& window)
                                                       && pDialog->isVisible());
     if (!pDialog)
         return;
-    const QRect inWindow(pDialog->mapTo(&window, QPoint(0, 0)), pDialog->size());
-    Step("the dialog lies within the window's client area", window.rect().contains(inWindow),
+    QWidget* pCentral = window.centralWidget();
+    const QRect inCentral(pDialog->mapTo(pCentral, QPoint(0, 0)), pDialog->size());
+    Step("the dialog lies within the window's central area", pCentral->rect().contains(inCentral),
          QStringLiteral("dialog %1,%2 %3x%4 in %5x%6")
-             .arg(inWindow.x())
-             .arg(inWindow.y())
-             .arg(inWindow.width())
-             .arg(inWindow.height())
-             .arg(window.width())
-             .arg(window.height()));
+             .arg(inCentral.x())
+             .arg(inCentral.y())
+             .arg(inCentral.width())
+             .arg(inCentral.height())
+             .arg(pCentral->width())
+             .arg(pCentral->height()));
     // A drawn dialog has text, lines and fields: many colours, not one fill.
-    const QImage picture = window.grab().toImage();
+    const QImage picture = pDialog->grab().toImage();
     QSet<QRgb> colours;
     for (int y = 0; y < picture.height(); y += 3)
         for (int x = 0; x < picture.width(); x += 3)
             colours.insert(picture.pixel(x, y));
-    Step("the window shows the dialog drawn", colours.size() > 8, QStringLiteral("%1 colours").arg(colours.size()));
+    Step("the dialog is drawn", colours.size() > 8, QStringLiteral("%1 colours").arg(colours.size()));
 }
 
 void SelfTest(HostWindow& window, IFactoryMgr* pMgr, MemoryController& controller)
@@ -118,6 +123,8 @@ void SelfTest(HostWindow& window, IFactoryMgr* pMgr, MemoryController& controlle
 
     Step("Upload is pressed", Press(pDialog, "pushButton_upload"));
     Step("Upload wrote to the controller once", controller.nWrites == 1, QString::number(controller.nWrites));
+    Step("the controller holds the values the dialog showed", controller.held.motor[0].speedMax == 1200.0,
+         QString::number(controller.held.motor[0].speedMax));
     Step("the window says all was kept and saved", window.Said().startsWith("The controller kept every value. Saved to "),
          window.Said());
 
@@ -125,7 +132,8 @@ void SelfTest(HostWindow& window, IFactoryMgr* pMgr, MemoryController& controlle
     // host's own import would: the controller keeps its limit instead.
     record.motor[0].speedMax = MemoryController::kSpeedMaxLimit + 500.0;
     pMgr->SetFactoryParams(&record);
-    QMetaObject::invokeMethod(pDialog, "DataToCtrlSlot", Q_ARG(bool, true));
+    Step("the dialog shows the new record",
+         QMetaObject::invokeMethod(pDialog, "DataToCtrlSlot", Q_ARG(bool, true)));
     Step("Upload is pressed again", Press(pDialog, "pushButton_upload"));
     Step("the controller holds its limit", controller.held.motor[0].speedMax == MemoryController::kSpeedMaxLimit,
          QString::number(controller.held.motor[0].speedMax));
@@ -167,9 +175,21 @@ int main(int argc, char** argv)
         window.resize(1000, 700);
         window.show();
         if (bSelfTest) {
+            // A box nobody answers would keep it waiting: it gives up instead.
+            QTimer::singleShot(kSelfTestSeconds * 1000, [] {
+                Step("the self-test ended in time", false, QStringLiteral("%1 s").arg(kSelfTestSeconds));
+                std::_Exit(99);
+            });
             QTimer::singleShot(0, &window, [&] {
                 SelfTest(window, pMgr, controller);
                 Step("no result code was shown to the person", notifier.codes.isEmpty());
+                // Escape closes the dialog and the window it is embedded in.
+                QDialog* pDialog = window.Dialog();
+                if (pDialog) {
+                    QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+                    QCoreApplication::sendEvent(pDialog, &escape);
+                }
+                Step("Escape closes the window", pDialog && !window.isVisible());
                 window.close();
             });
         }
