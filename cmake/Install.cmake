@@ -60,12 +60,13 @@ file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/install/bin)
 foreach(program QuorvaneHost factoryparams)
   file(CREATE_LINK ../${FACTORYMGR_INSTALL_BINDIR}/${program} ${CMAKE_BINARY_DIR}/install/bin/${program} SYMBOLIC)
   install(FILES ${CMAKE_BINARY_DIR}/install/bin/${program} DESTINATION bin COMPONENT Runtime)
-  execute_process(COMMAND gzip -9nc ${CMAKE_SOURCE_DIR}/docs/man/${program}.1
+  # The page names the version it describes.
+  configure_file(docs/man/${program}.1 ${CMAKE_BINARY_DIR}/install/${program}.1 @ONLY)
+  execute_process(COMMAND gzip -9nc ${CMAKE_BINARY_DIR}/install/${program}.1
     OUTPUT_FILE ${CMAKE_BINARY_DIR}/install/${program}.1.gz COMMAND_ERROR_IS_FATAL ANY)
   install(FILES ${CMAKE_BINARY_DIR}/install/${program}.1.gz DESTINATION share/man/man1 COMPONENT Runtime)
 endforeach()
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
-  ${CMAKE_SOURCE_DIR}/docs/man/QuorvaneHost.1 ${CMAKE_SOURCE_DIR}/docs/man/factoryparams.1 ${CMAKE_SOURCE_DIR}/cmake/changelog)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/changelog)
 
 # Each package's copyright and changelog, where Debian looks for them.
 execute_process(COMMAND gzip -9nc ${CMAKE_SOURCE_DIR}/cmake/changelog

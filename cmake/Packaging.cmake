@@ -1,6 +1,10 @@
 # Debian packages, with `cpack` in a build tree:
-#   factorymgr      the host, the tool, the plug-in, the platform libraries, the resources
-#   factorymgr-dev  the headers, the CMake package, the pkg-config file
+#   factorymgr      under /usr/lib/factorymgr the host, the tool, the plug-in, the
+#                   platform libraries and the resources; the links in /usr/bin, the
+#                   manual pages
+#   factorymgr-dev  the headers, the CMake package, the pkg-config file, the link
+#                   names of libThreadDialog and libTranslator, the guide, the API
+#                   reference and the example hosts
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME factorymgr)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
@@ -35,13 +39,16 @@ simulated controller.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME factorymgr-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION devel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_ARCHITECTURE all)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "factorymgr (= ${PROJECT_VERSION}), qt6-base-dev (>= ${FACTORYMGR_QT_MIN})")
+# qt6-5compat-dev: the CMake package and the pkg-config file require Core5Compat.
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+  "factorymgr (= ${PROJECT_VERSION}), qt6-base-dev (>= ${FACTORYMGR_QT_MIN}), qt6-5compat-dev (>= ${FACTORYMGR_QT_MIN})")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "factory parameter plug-in for laser machine hosts - development files
 FactoryMgr is the plug-in in which a laser machine builder sets and keeps a
 machine's factory parameters.
 
 This package holds what a host application compiles against: the headers of
 the plug-in's interface, its parameter record and the host objects, a CMake
-package (find_package(FactoryMgr)) and a pkg-config file (factorymgr).")
+package (find_package(FactoryMgr)) and a pkg-config file (factorymgr), with
+the integration guide, the API reference and two example hosts.")
 
 include(CPack)
